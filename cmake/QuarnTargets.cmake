@@ -1,0 +1,53 @@
+# What every target of the project is built with, and the one way to declare a library.
+
+add_library(quarn_build_flags INTERFACE)
+target_include_directories(quarn_build_flags INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_definitions(
+  quarn_build_flags INTERFACE QT_NO_FOREACH QT_DEPRECATED_WARNINGS
+                              QT_NO_CAST_TO_ASCII)
+target_compile_options(
+  quarn_build_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(QUARN_SANITIZE)
+  target_compile_options(
+    quarn_build_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
+                                -fno-omit-frame-pointer)
+  target_link_options(quarn_build_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# quarn_precompiled_headers(name HEADERS ... LINK ...): compiles headers of the toolkit once.
+# quarn_use_precompiled(target name): uses them. A source still names all that it includes: the
+# header checks and clang-tidy read it without these.
+function(quarn_precompiled_headers name)
+  cmake_parse_arguments(ARG "" "" "HEADERS;LINK" ${ARGN})
+  set(source "${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp")
+  file(CONFIGURE OUTPUT "${source}" CONTENT "")
+  add_library(${name} OBJECT "${source}")
+  set_target_properties(${name} PROPERTIES AUTOMOC OFF)
+  target_link_libraries(${name} PRIVATE ${ARG_LINK} quarn_build_flags)
+  target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
+endfunction()
+
+function(quarn_use_precompiled target name)
+  target_precompile_headers(${target} REUSE_FROM ${name})
+endfunction()
+
+quarn_precompiled_headers(
+  precompiled_widgets HEADERS <QtWidgets/QtWidgets> <functional> <memory> LINK Qt6::Widgets)
+
+# quarn_library(name SOURCES ... HEADERS ... LINK ...)
+# Headers are compiled on their own by the target all_verify_interface_header_sets.
+function(quarn_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;LINK" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES
+                                ${ARG_HEADERS})
+  target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE quarn_build_flags)
+  target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}")
+endfunction()
+
+add_library(simpleini INTERFACE)
+find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
+find_library(SIMPLEINI_LIBRARY simpleini REQUIRED)
+target_include_directories(simpleini SYSTEM INTERFACE "${SIMPLEINI_INCLUDE_DIR}")
+target_compile_definitions(simpleini INTERFACE SI_NO_CONVERSION)
+target_link_libraries(simpleini INTERFACE "${SIMPLEINI_LIBRARY}")
