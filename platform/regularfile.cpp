@@ -1,0 +1,58 @@
+#include "platform/regularfile.h"
+
+#include <QFile>
+#include <QScopeGuard>
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr qsizetype ChunkBytes = 64 * 1024;
+
+/// Appends up to `count` bytes. Gives what read() gave; an interrupted call is repeated.
+qsizetype appendFrom(int file, QByteArray& bytes, qsizetype count)
+{
+    const qsizetype before = bytes.size();
+    bytes.resize(before + count);
+    ssize_t got = 0;
+    do {
+        got = ::read(file, bytes.data() + before, static_cast<size_t>(count));
+    } while (got < 0 && errno == EINTR);
+    bytes.resize(before + std::max<ssize_t>(got, 0));
+    return got;
+}
+
+} // namespace
+
+std::optional<QByteArray> readRegularFile(const QString& path, qsizetype maxBytes)
+{
+    // The system would see only what precedes the zero character: another file.
+    if (path.contains(QChar::Null))
+        return std::nullopt;
+    const int file =
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (file < 0)
+        return std::nullopt;
+    const auto closing = qScopeGuard([file] { ::close(file); });
+
+    struct stat about = {};
+    if (::fstat(file, &about) != 0 || !S_ISREG(about.st_mode))
+        return std::nullopt;
+
+    // Read to the end rather than to st_size: files of /proc say 0, and a file may be growing.
+    QByteArray bytes("");
+    while (bytes.size() < maxBytes) {
+        const qsizetype got =
+            appendFrom(file, bytes, std::min(ChunkBytes, maxBytes - bytes.size()));
+        if (got < 0)
+            return std::nullopt;
+        if (got == 0)
+            break;
+    }
+    return bytes;
+}

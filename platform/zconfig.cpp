@@ -1,0 +1,36 @@
+#include "platform/zconfig.h"
+
+#include "platform/regularfile.h"
+
+#include <QStringDecoder>
+
+#include <SimpleIni.h>
+
+struct ZConfig::Private {
+    CSimpleIniCaseA ini{true, false, false};
+};
+
+ZConfig::ZConfig(const QString& file, [[maybe_unused]] bool create) : d(std::make_unique<Private>())
+{
+    std::optional<QByteArray> bytes = readRegularFile(file, MaxBytes);
+    if (!bytes)
+        return;
+    // The parser works on C strings and would end at the first zero byte of a binary file.
+    bytes->replace('\0', ' ');
+    d->ini.LoadData(bytes->constData(), static_cast<size_t>(bytes->size()));
+}
+
+ZConfig::~ZConfig() = default;
+
+QString ZConfig::readEntry(const QString& group, const QString& key, const QString& fallback) const
+{
+    const char* value =
+        d->ini.GetValue(group.toUtf8().constData(), key.toUtf8().constData(), nullptr);
+    if (value == nullptr)
+        return fallback;
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = decoder.decode(QByteArrayView(value));
+    if (decoder.hasError())
+        return QString::fromLatin1(value);
+    return text.isNull() ? QStringLiteral("") : text;
+}

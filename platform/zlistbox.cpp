@@ -1,0 +1,351 @@
+#include "platform/zlistbox.h"
+
+#include "platform/keymap.h"
+#include "platform/zpixmap.h"
+
+#include <QAbstractItemDelegate>
+#include <QAbstractListModel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cstdlib>
+
+class ZListBox::Model : public QAbstractListModel
+{
+public:
+    explicit Model(ZListBox* box) : QAbstractListModel(box), box_(box) {}
+
+    int rowCount(const QModelIndex& parent = {}) const override
+    {
+        return parent.isValid() ? 0 : committed_;
+    }
+
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        const ZListBoxItem* item = box_->item(index.row());
+        return role == Qt::DisplayRole && item != nullptr ? item->getSubItemText(1, 0) : QVariant();
+    }
+
+    /// Makes `rows` the size of the list, whatever changed in it.
+    void commit(int rows)
+    {
+        beginResetModel();
+        committed_ = rows;
+        endResetModel();
+    }
+
+private:
+    ZListBox* box_;
+    int committed_ = 0;
+};
+
+class ZListBox::Delegate : public QAbstractItemDelegate
+{
+public:
+    explicit Delegate(ZListBox* box) : QAbstractItemDelegate(box), box_(box) {}
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override
+    {
+        const ZListBoxItem* item = box_->item(index.row());
+        if (item == nullptr)
+            return;
+        const bool highlighted = index == box_->currentIndex();
+        const ZListRowPainter::State state{highlighted, box_->iconWidth_,
+                                           box_->fonts_.at(highlighted ? 1 : 0), box_->look_};
+        ZListRowPainter::paint(*painter, option.rect, *item, state);
+    }
+
+    QSize sizeHint(const QStyleOptionViewItem& /*option*/,
+                   const QModelIndex& /*index*/) const override
+    {
+        return {1, box_->rowHeight_};
+    }
+
+private:
+    ZListBox* box_;
+};
+
+ZListBox::ZListBox([[maybe_unused]] const QString& type, QWidget* parent,
+                   [[maybe_unused]] unsigned flags, unsigned widgetClass)
+    : QListView(parent), model_(new Model(this)), look_(&ZSkinService::look(widgetClass))
+{
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollMode(ScrollPerItem);
+    setSelectionMode(NoSelection);
+    setEditTriggers(NoEditTriggers);
+    setUniformItemSizes(true);
+    setAutoScroll(false);
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, look_->background);
+    colours.setColor(QPalette::Window, look_->background);
+    setPalette(colours);
+    setAutoFillBackground(true);
+    setModel(model_);
+    setItemDelegate(new Delegate(this));
+    fonts_.fill(font());
+    updateRowHeight();
+}
+
+ZListBox::~ZListBox()
+{
+    qDeleteAll(items_);
+}
+
+void ZListBox::insertItem(ZListBoxItem* item, int index, [[maybe_unused]] bool updateLater)
+{
+    if (index < 0 || index >= count())
+        items_.push_back(item);
+    else
+        items_.insert(items_.begin() + index, item);
+    if (!uncommitted_) {
+        uncommitted_ = true;
+        QMetaObject::invokeMethod(
+            this, [this] { commitRows(); }, Qt::QueuedConnection);
+    }
+}
+
+void ZListBox::clear()
+{
+    qDeleteAll(items_);
+    items_.clear();
+    uncommitted_ = false;
+    iconWidth_ = 0;
+    iconHeight_ = 0;
+    lines_ = 1;
+    model_->commit(0);
+    updateRowHeight();
+}
+
+ZListBoxItem* ZListBox::item(int row) const
+{
+    return row >= 0 && row < count() ? items_[size_t(row)] : nullptr;
+}
+
+void ZListBox::itemChanged(const ZListBoxItem& item)
+{
+    const QSize icon = pixmapSize(item.pixmap(0));
+    const int lines = std::max(lines_, item.subItemCount(1) > 1 ? 2 : 1);
+    if (icon.width() > iconWidth_ || icon.height() > iconHeight_ || lines > lines_) {
+        iconWidth_ = std::max(iconWidth_, icon.width());
+        iconHeight_ = std::max(iconHeight_, icon.height());
+        lines_ = lines;
+        updateRowHeight();
+    }
+    if (!uncommitted_)
+        viewport()->update();
+}
+
+void ZListBox::commitRows()
+{
+    if (!uncommitted_)
+        return;
+    uncommitted_ = false;
+    const int current = currentIndex().row();
+    const int top = verticalScrollBar()->value();
+    model_->commit(count());
+    executeDelayedItemsLayout();
+    if (current >= 0) {
+        silent_ = true;
+        setCurrentIndex(model_->index(current));
+        silent_ = false;
+        verticalScrollBar()->setValue(top);
+    }
+}
+
+int ZListBox::currentItem() const
+{
+    return currentIndex().row();
+}
+
+void ZListBox::setCurrentItem(int row)
+{
+    commitRows();
+    if (row < 0 || count() == 0)
+        return;
+    const int target = std::min(row, count() - 1);
+    ensureVisible(target);
+    setCurrentIndex(model_->index(target));
+}
+
+void ZListBox::currentChanged(const QModelIndex& current, const QModelIndex& previous)
+{
+    QListView::currentChanged(current, previous);
+    viewport()->update();
+    if (current.isValid() && !silent_)
+        emit highlighted(current.row());
+}
+
+bool ZListBox::itemChecked(int row) const
+{
+    const ZListBoxItem* wanted = item(row);
+    return wanted != nullptr && wanted->isChecked();
+}
+
+bool ZListBox::itemVisible(int row)
+{
+    const int top = topItem();
+    return row >= top && row < top + visibleItems();
+}
+
+void ZListBox::setBottomItem(int row)
+{
+    commitRows();
+    executeDelayedItemsLayout();
+    verticalScrollBar()->setValue(row - visibleItems() + 1);
+}
+
+int ZListBox::topItem()
+{
+    commitRows();
+    executeDelayedItemsLayout();
+    return verticalScrollBar()->value();
+}
+
+int ZListBox::visibleItems()
+{
+    commitRows();
+    return std::clamp(viewport()->height() / std::max(rowHeight_, 1), 1, std::max(count(), 1));
+}
+
+void ZListBox::ensureVisible(int row)
+{
+    const int top = topItem();
+    if (row < top)
+        verticalScrollBar()->setValue(row);
+    else if (row >= top + visibleItems())
+        setBottomItem(row);
+}
+
+void ZListBox::setItemFont(int region, const QFont& font, bool highlighted)
+{
+    constexpr int TextRegion = 2;
+    QFont& kept = fonts_.at(highlighted ? 1 : 0);
+    if (region != TextRegion || kept == font)
+        return;
+    kept = font;
+    updateRowHeight();
+}
+
+int ZListBox::rowHeight() const
+{
+    return rowHeight_;
+}
+
+void ZListBox::updateRowHeight()
+{
+    const int text = std::max(QFontMetrics(fonts_[0]).height(), QFontMetrics(fonts_[1]).height());
+    const int height = lines_ > 1 ? std::max(lines_ * text, iconHeight_)
+                                  : std::max(text, iconHeight_) + ZSkinService::RowMargin / 2;
+    if (height == rowHeight_)
+        return;
+    rowHeight_ = height;
+    fitViewport();
+    scheduleDelayedItemsLayout();
+}
+
+void ZListBox::fitViewport()
+{
+    setViewportMargins(0, 0, 0, height() > rowHeight_ ? height() % rowHeight_ : 0);
+}
+
+void ZListBox::resizeEvent(QResizeEvent* event)
+{
+    fitViewport();
+    QListView::resizeEvent(event);
+    if (currentItem() >= 0)
+        ensureVisible(currentItem());
+}
+
+void ZListBox::selectRow(int row)
+{
+    ZListBoxItem* chosen = item(row);
+    if (chosen == nullptr)
+        return;
+    chosen->setChecked(!chosen->isChecked());
+    emit selected(row);
+}
+
+void ZListBox::keyPressEvent(QKeyEvent* event)
+{
+    const int code = PhoneKey::code(*event);
+    commitRows();
+    if (code == PhoneKey::Up && currentItem() > 0) {
+        setCurrentItem(currentItem() - 1);
+    } else if (code == PhoneKey::Down) {
+        setCurrentItem(currentItem() + 1);
+    } else if (PhoneKey::isSelect(code)) {
+        // A held key would walk down into folder after folder.
+        if (!event->isAutoRepeat())
+            selectRow(currentItem());
+    } else if (code != PhoneKey::Up) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+}
+
+int ZListBox::rowAt(QPoint point)
+{
+    if (!viewport()->rect().contains(point))
+        return -1;
+    const int row = topItem() + point.y() / std::max(rowHeight_, 1);
+    return row < count() ? row : -1;
+}
+
+void ZListBox::mousePressEvent(QMouseEvent* event)
+{
+    event->accept();
+    pressY_ = event->position().toPoint().y();
+    pressTop_ = topItem();
+    dragged_ = false;
+}
+
+void ZListBox::mouseMoveEvent(QMouseEvent* event)
+{
+    event->accept();
+    if (pressY_ < 0)
+        return;
+    const int distance = pressY_ - event->position().toPoint().y();
+    dragged_ = dragged_ || std::abs(distance) > ZSkinService::TapSlop;
+    if (dragged_)
+        verticalScrollBar()->setValue(pressTop_ + distance / std::max(rowHeight_, 1));
+}
+
+void ZListBox::mouseReleaseEvent(QMouseEvent* event)
+{
+    event->accept();
+    const bool tapped = pressY_ >= 0 && !dragged_;
+    pressY_ = -1;
+    const int row = tapped ? rowAt(event->position().toPoint()) : -1;
+    if (row < 0)
+        return;
+    const bool again = row == currentItem();
+    setCurrentItem(row);
+    if (again || items_[size_t(row)]->layout().checkBox)
+        selectRow(row);
+}
+
+void ZListBox::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    mousePressEvent(event);
+}
+
+void ZListBox::paintEvent(QPaintEvent* event)
+{
+    commitRows();
+    QListView::paintEvent(event);
+    const int shown = visibleItems();
+    if (count() <= shown)
+        return;
+    QPainter painter(viewport());
+    const int track = viewport()->height();
+    const int thumb = std::max(int(qint64(track) * shown / count()), 12);
+    const int top = int(qint64(track - thumb) * topItem() / (count() - shown));
+    painter.fillRect(viewport()->width() - ZSkinService::ScrollBarWidth, top,
+                     ZSkinService::ScrollBarWidth, thumb, look_->disabledText);
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "platform/zlistboxitem.h"
+#include "platform/zlistrowpainter.h"
+
+#include <QListView>
+
+#include <array>
+
+/// A list of rows of one height, of which one is current (highlighted).
+///
+/// Up and Down move, Return checks or unchecks a row that has a check box and selects the row. A
+/// tap makes a row current, a tap on the current row or on one with a check box works like Return;
+/// a drag or the wheel scrolls. All other keys are left to the parent. Only whole rows are shown.
+///
+/// Rows inserted in a run become part of the list together: with the next call that needs them or
+/// when the event loop is back.
+class ZListBox : public QListView
+{
+    Q_OBJECT
+
+public:
+    /// `type` is the layout string that the phone's box took as its default; each item brings its
+    /// own here.
+    ZListBox(const QString& type, QWidget* parent, unsigned flags, unsigned widgetClass);
+    ~ZListBox() override;
+
+    /// Takes ownership. A negative index, or one past the end, appends. `updateLater` is accepted
+    /// for the framework's sake: inserting never paints.
+    void insertItem(ZListBoxItem* item, int index = -1, bool updateLater = true);
+    /// Deletes all rows; nothing is current then. Emits nothing.
+    void clear();
+    int count() const { return int(items_.size()); }
+    /// The item of a row; nullptr if there is no such row.
+    ZListBoxItem* item(int row) const;
+
+    /// The current row; -1 while there is none.
+    int currentItem() const;
+    /// Makes a row current, scrolling as needed, and emits highlighted() if that is a change or the
+    /// list was filled anew. A row past the end gives the last one; a negative one does nothing.
+    void setCurrentItem(int row);
+    bool itemChecked(int row) const;
+    /// Whether a row is in view.
+    bool itemVisible(int row);
+    /// Scrolls so that a row is the lowest in view, as far as the list allows.
+    void setBottomItem(int row);
+    /// The rows in view: the first and how many (at most what is there).
+    int topItem();
+    int visibleItems();
+
+    /// The font of a region of all rows, in the highlighted or the normal state. Region 2 is the
+    /// text, the only one there is.
+    void setItemFont(int region, const QFont& font, bool highlighted);
+    /// Pixels from row to row.
+    int rowHeight() const;
+
+signals:
+    void highlighted(int row);
+    void selected(int row);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+
+private:
+    class Model;
+    class Delegate;
+    friend class ZListBoxItem;
+
+    void itemChanged(const ZListBoxItem& item);
+    void commitRows();
+    void updateRowHeight();
+    void fitViewport();
+    void ensureVisible(int row);
+    void selectRow(int row);
+    int rowAt(QPoint point);
+
+    Model* model_;
+    std::vector<ZListBoxItem*> items_;
+    std::array<QFont, 2> fonts_; ///< normal, highlighted
+    const ZSkinService::Look* look_;
+    int iconWidth_ = 0;
+    int iconHeight_ = 0;
+    int lines_ = 1;
+    int rowHeight_ = 0;
+    bool uncommitted_ = false;
+    bool silent_ = false; ///< a current row is being put back, which is no news
+    int pressY_ = -1;     ///< where a finger went down; -1 while none is
+    int pressTop_ = 0;
+    bool dragged_ = false;
+};

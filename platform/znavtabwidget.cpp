@@ -1,0 +1,136 @@
+#include "platform/znavtabwidget.h"
+
+#include "platform/keymap.h"
+#include "platform/zpixmap.h"
+#include "platform/zskinservice.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+class ZNavTabWidget::Bar : public QWidget
+{
+public:
+    struct Tab {
+        QPixmap icon;
+        QString label;
+    };
+
+    Bar(ZNavTabWidget* owner, unsigned widgetClass)
+        : QWidget(owner), owner_(owner), look_(ZSkinService::look(widgetClass))
+    {
+        setFixedHeight(ZSkinService::TabBarHeight);
+        setAttribute(Qt::WA_OpaquePaintEvent);
+    }
+
+    QList<Tab> tabs;
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QPainter painter(this);
+        painter.fillRect(rect(), look_.background);
+        for (int i = 0; i < tabs.size(); ++i)
+            paintTab(painter, i);
+    }
+
+    void mousePressEvent(QMouseEvent* event) override
+    {
+        for (int i = 0; i < tabs.size(); ++i) {
+            if (tabRect(i).contains(event->position().toPoint()))
+                owner_->setCurrentPage(i);
+        }
+        event->accept();
+    }
+
+private:
+    QRect tabRect(int index) const
+    {
+        const int count = int(tabs.size());
+        const int left = width() * index / count;
+        return {left, 0, width() * (index + 1) / count - left, height()};
+    }
+
+    void paintTab(QPainter& painter, int index) const
+    {
+        const Tab& tab = tabs.at(index);
+        const QRect area = tabRect(index);
+        const bool current = index == owner_->currentPageIndex();
+        if (current) {
+            painter.fillRect(area, look_.highlight);
+            painter.fillRect(area.left(), 0, area.width(), 2,
+                             ZSkinService::look(ZSkinService::clsListBox).highlight);
+        }
+        const QSize size = pixmapSize(tab.icon);
+        const QFontMetrics metrics(font());
+        const int labelWidth = metrics.horizontalAdvance(tab.label);
+        int x = area.center().x() - (size.width() + labelWidth) / 2;
+        painter.drawPixmap(x, area.top() + 1 + (area.height() - size.height()) / 2, tab.icon);
+        x += size.width();
+        painter.setPen(current ? look_.highlightText : look_.text);
+        painter.drawText(x, area.top(), labelWidth, area.height(), Qt::AlignVCenter, tab.label);
+    }
+
+    ZNavTabWidget* owner_;
+    const ZSkinService::Look& look_;
+};
+
+ZNavTabWidget::ZNavTabWidget([[maybe_unused]] int style, [[maybe_unused]] bool buttons,
+                             [[maybe_unused]] bool closable, QWidget* parent, const char* name,
+                             unsigned widgetClass)
+    : QWidget(parent)
+{
+    setObjectName(QLatin1String(name));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    bar_ = new Bar(this, widgetClass);
+    pages_ = new QStackedWidget(this);
+    layout->addWidget(bar_);
+    layout->addWidget(pages_, 1);
+}
+
+void ZNavTabWidget::addTab(QWidget* page, const QPixmap& icon, const QString& label)
+{
+    bar_->tabs.append({icon, label});
+    pages_->addWidget(page);
+    bar_->update();
+}
+
+int ZNavTabWidget::currentPageIndex() const
+{
+    return pages_->currentIndex();
+}
+
+QWidget* ZNavTabWidget::currentPage() const
+{
+    return pages_->currentWidget();
+}
+
+void ZNavTabWidget::setCurrentPage(int index)
+{
+    if (index == currentPageIndex() || index < 0 || index >= count())
+        return;
+    pages_->setCurrentIndex(index);
+    bar_->update();
+    currentPage()->setFocus(Qt::OtherFocusReason);
+    emit currentChanged(currentPage());
+}
+
+int ZNavTabWidget::count() const
+{
+    return pages_->count();
+}
+
+void ZNavTabWidget::keyPressEvent(QKeyEvent* event)
+{
+    const int code = PhoneKey::code(*event);
+    if ((code != PhoneKey::Left && code != PhoneKey::Right) || count() == 0) {
+        event->ignore();
+        return;
+    }
+    const int step = code == PhoneKey::Right ? 1 : count() - 1;
+    setCurrentPage((currentPageIndex() + step) % count());
+    event->accept();
+}

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <QPixmap>
+#include <QPointer>
+#include <QWidget>
+
+/// A menu of items with texts, icons and submenus, opened by show() as a box of the screen.
+///
+/// Up and Down move (going round, disabled items included), Return or the left soft key chooses or
+/// opens a submenu, Right opens one, Left or the right soft key goes back. A tap chooses, a tap
+/// beside the menu closes it and its openers. Choosing closes all of them, then runs the slots
+/// that the item is connected to; these may change, disconnect and delete any menu.
+///
+/// A menu whose parent is given is deleted with it; otherwise it is the screen's.
+class ZOptionsMenu : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// An empty `rect` leaves the place to the menu: at the lower left, above the soft-key bar.
+    ZOptionsMenu(const QRect& rect, QWidget* parent, const char* name, Qt::WindowFlags flags,
+                 unsigned widgetClass);
+    ~ZOptionsMenu() override;
+
+    /// Inserts an item at position `index` (one past the end, or negative, appends). Tabs at the
+    /// beginning of the text indent it past the icon. The icon is copied; the submenu is not owned.
+    void insertItem(const QString& text, ZOptionsMenu* submenu, const QPixmap& icon, bool enabled,
+                    int id, int index);
+    /// Changes the text and icon of the item `id`. False if there is none.
+    bool changeItem(int id, const QString& text, const QPixmap& icon);
+    void setItemEnabled(int id, bool enabled);
+    bool isItemEnabled(int id) const;
+    /// Lets choosing the item run an argument-free slot of `receiver` ("slot_Copy()"). A slot that
+    /// is connected already stays connected once. False if there is no such item or slot.
+    bool connectItem(int id, QObject* receiver, const char* slot);
+    bool disconnectItem(int id, QObject* receiver, const char* slot);
+
+    int count() const;
+    /// Positions run from 0 to count() - 1.
+    int idAt(int position) const;
+    QString textAt(int position) const;
+    QPixmap iconAt(int position) const;
+    ZOptionsMenu* submenuAt(int position) const;
+    /// The position of the highlighted item; -1 while the menu is empty.
+    int currentPosition() const;
+
+    /// The id of the item last chosen; -1 before the first.
+    int getActiveItemId() const;
+    /// The part of the screen within which the menu is placed. One without a size gives its top
+    /// left corner, the room reaching to the soft-key bar.
+    void setLimitRect(const QRect& rect);
+
+public slots:
+    /// Closes the menu, its submenus and its openers.
+    void closeAll();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    struct Connection {
+        QPointer<QObject> receiver;
+        QByteArray slot;
+        bool operator==(const Connection&) const = default;
+    };
+    struct Item {
+        QString text;
+        QPointer<ZOptionsMenu> submenu;
+        QPixmap icon;
+        bool enabled = true;
+        int id = 0;
+        QList<Connection> connections;
+    };
+
+    Item* itemOf(int id);
+    const Item* itemOf(int id) const;
+    QRect room() const;
+    int contentWidth() const;
+    int visibleRows() const;
+    QRect rowRect(int position) const;
+    int positionAt(QPoint point) const;
+    void moveTo(int position);
+    void scrollTo(int first);
+    void choose(int position);
+    void openSubmenu(ZOptionsMenu* submenu);
+    void paintRow(QPainter& painter, int position) const;
+    void paintScrollMarks(QPainter& painter) const;
+
+    QRect limit_;
+    unsigned widgetClass_;
+    QList<Item> items_;
+    QPointer<ZOptionsMenu> opener_;
+    int current_ = -1;
+    int first_ = 0; ///< position of the topmost visible row
+    int activeId_ = -1;
+    int pressY_ = -1; ///< where a finger went down; -1 while none is
+    int pressFirst_ = 0;
+    bool dragged_ = false;
+};

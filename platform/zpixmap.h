@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QPixmap>
+#include <QString>
+
+/// Loads the picture file `path` into `pixmap`. On a dense screen "NAME@2x.EXT" or "NAME@3x.EXT"
+/// beside it is preferred, so that the pixmap keeps its size in screen pixels and gains detail.
+/// Returns false, and leaves `pixmap` as it was, when there is no such picture.
+bool loadPixmap(QPixmap& pixmap, const QString& path);
+
+/// The width and height of a pixmap in pixels of the screen, whatever its density. 0 x 0 if null.
+QSize pixmapSize(const QPixmap& pixmap);
+
+/// The pixmaps that the whole process keeps at hand, by file path. The least recently used go when
+/// the limit is reached. (The toolkit's own cache empties itself bit by bit when a program idles,
+/// waking it up to do so; this one keeps what it has and never wakes anybody.)
+class ZPixmapCache
+{
+public:
+    /// Fills `pixmap` and returns true when something is kept under `key`.
+    static bool find(const QString& key, QPixmap& pixmap);
+    /// Keeps a pixmap (a null one too). One larger than the whole cache is not kept.
+    static void insert(const QString& key, const QPixmap& pixmap);
+    /// The limit in kilobytes of picture data; 10240 at first. Each call overrides the last.
+    static void setCacheLimit(int kilobytes);
+    static int cacheLimit();
+    static void clear();
+};

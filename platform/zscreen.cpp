@@ -1,0 +1,344 @@
+#include "platform/zscreen.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QPainter>
+#include <QResizeEvent>
+#include <QScreen>
+#include <QWindow>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+namespace
+{
+
+QPointer<ZScreen> theScreen;
+const char* scaleVariable = nullptr;
+constexpr double SmallestScale = 0.25;
+constexpr double LargestScale = 16;
+
+/// Platforms of the toolkit that show one full-screen window and have no window manager.
+bool isBareDisplay(const QString& platform)
+{
+    static const QStringList bare{"linuxfb",  "eglfs", "directfb",
+                                  "kmsconvt", "vnc",   "vkkhrdisplay"};
+    return bare.contains(platform);
+}
+
+/// The window around the screen. A window manager or a bare display may make it larger than the
+/// screen, which then sits in its middle on black.
+class ZScreenFrame : public QWidget
+{
+public:
+    ZScreenFrame() : QWidget(nullptr)
+    {
+        setWindowTitle(QGuiApplication::applicationDisplayName());
+        setAttribute(Qt::WA_OpaquePaintEvent);
+        if (isBareDisplay(QGuiApplication::platformName()))
+            setWindowState(Qt::WindowFullScreen);
+        else
+            setFixedSize(ZScreen::Width, ZScreen::Height);
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).fillRect(rect(), Qt::black); }
+
+    void resizeEvent(QResizeEvent* /*event*/) override
+    {
+        if (theScreen)
+            theScreen->move((width() - ZScreen::Width) / 2, (height() - ZScreen::Height) / 2);
+    }
+
+    void closeEvent(QCloseEvent* event) override
+    {
+        event->ignore();
+        // Not from in here: who is told may ask a question, and the toolkit takes a second request
+        // that comes while this one is handled as agreed to.
+        if (theScreen)
+            QMetaObject::invokeMethod(theScreen, &ZScreen::closeRequested, Qt::QueuedConnection);
+    }
+};
+
+bool isPointerEvent(QEvent::Type type)
+{
+    switch (type) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseMove:
+    case QEvent::Wheel:
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+        return true;
+    default:
+        return false;
+    }
+}
+
+double scaleFromVariable()
+{
+    if (scaleVariable == nullptr || !qEnvironmentVariableIsSet(scaleVariable))
+        return 0;
+    const QByteArray text = qgetenv(scaleVariable);
+    bool ok = false;
+    const double scale = text.toDouble(&ok);
+    if (ok && scale >= SmallestScale && scale <= LargestScale)
+        return scale;
+    qWarning("%s: not a scale from 0.25 to 16: %s", scaleVariable, text.constData());
+    return 0;
+}
+
+/// The toolkit's platform as it will be chosen, as far as it can be known before it is loaded.
+QString platformToBe(int argc, char** argv)
+{
+    QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
+    for (int i = 1; i + 1 < argc; ++i) {
+        if (qstrcmp(argv[i], "-platform") == 0)
+            platform = QString::fromLocal8Bit(argv[i + 1]);
+    }
+    return platform.section(QLatin1Char(':'), 0, 0);
+}
+
+/// The largest scale at which the screen fits on the display. Only the toolkit knows the size of a
+/// bare display, so it is started and ended once.
+double fittingScale(int& argc, char** argv)
+{
+    int count = argc;
+    QGuiApplication probe(count, argv);
+    const QSize size = QGuiApplication::primaryScreen()->geometry().size();
+    const double fit =
+        std::min(double(size.width()) / ZScreen::Width, double(size.height()) / ZScreen::Height);
+    return std::clamp(fit, SmallestScale, LargestScale);
+}
+
+} // namespace
+
+ZScreen::MainInputPause::MainInputPause() : screen_(instance())
+{
+    ++screen_->mainInputPauses_;
+}
+
+ZScreen::MainInputPause::~MainInputPause()
+{
+    if (screen_)
+        --screen_->mainInputPauses_;
+}
+
+void ZScreen::setScaleVariable(const char* name)
+{
+    scaleVariable = name;
+}
+
+void ZScreen::prepareScale(int& argc, char** argv)
+{
+    double scale = scaleFromVariable();
+    if (scale == 0 && isBareDisplay(platformToBe(argc, argv)))
+        scale = fittingScale(argc, argv);
+    if (scale == 0)
+        return;
+    // The display's own density must not come on top.
+    qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+    qputenv("QT_SCALE_FACTOR", QByteArray::number(scale));
+}
+
+ZScreen* ZScreen::instance()
+{
+    if (!theScreen) {
+        auto frame = std::make_unique<ZScreenFrame>();
+        theScreen = new ZScreen(frame.release());
+    }
+    return theScreen;
+}
+
+void ZScreen::destroyInstance()
+{
+    if (theScreen)
+        delete theScreen->window();
+}
+
+ZScreen::ZScreen(QWidget* frame) : QWidget(frame)
+{
+    setObjectName(QStringLiteral("ZScreen"));
+    resize(Width, Height);
+    setFocusPolicy(Qt::NoFocus);
+    qApp->installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this,
+            [this](QWidget*, QWidget* now) { focusMoved(now); });
+}
+
+ZScreen::~ZScreen()
+{
+    qApp->removeEventFilter(this);
+    disconnect(qApp, nullptr, this, nullptr);
+    const QList<Entry> entries = std::exchange(placed_, {});
+    stack_.clear();
+    for (const Entry& entry : entries) {
+        if (entry.widget)
+            disconnect(entry.widget, nullptr, this, nullptr);
+    }
+    // They go while the screen is still there for them; one may take others with it.
+    for (const Entry& entry : entries)
+        delete entry.widget.data();
+}
+
+void ZScreen::place(QWidget* widget, Layer layer)
+{
+    placed_.append({widget, layer, nullptr});
+    widget->installEventFilter(this);
+    connect(widget, &QObject::destroyed, this, [this](QObject* gone) { widgetGone(gone); });
+}
+
+QWidget* ZScreen::active() const
+{
+    return stack_.isEmpty() ? nullptr : stack_.last();
+}
+
+bool ZScreen::isActive(const QWidget* widget) const
+{
+    const QWidget* top = active();
+    return top != nullptr && widget != nullptr && (top == widget || top->isAncestorOf(widget));
+}
+
+void ZScreen::raiseWindow()
+{
+    if (stack_.isEmpty())
+        return;
+    window()->raise();
+    window()->activateWindow();
+}
+
+ZScreen::Entry* ZScreen::entryOf(const QWidget* widget)
+{
+    for (Entry& entry : placed_) {
+        if (entry.widget == widget || (entry.widget && entry.widget->isAncestorOf(widget)))
+            return &entry;
+    }
+    return nullptr;
+}
+
+bool ZScreen::eventFilter(QObject* watched, QEvent* event)
+{
+    if (!watched->isWidgetType())
+        return false;
+    auto* widget = static_cast<QWidget*>(watched);
+    switch (event->type()) {
+    case QEvent::ShowToParent:
+        if (widget->parentWidget() == this)
+            widgetShown(widget);
+        return false;
+    case QEvent::HideToParent:
+        if (widget->parentWidget() == this)
+            widgetHidden(widget);
+        return false;
+    case QEvent::KeyPress:
+    case QEvent::ShortcutOverride:
+        return blocksInput(widget);
+    case QEvent::ContextMenu:
+        // The toolkit's own menus would be windows beside the screen.
+        return widget == this || isAncestorOf(widget);
+    case QEvent::MouseButtonPress:
+        if (widget != this && !blocksInput(widget))
+            return false;
+        emit pressedOutside();
+        return true;
+    default:
+        return isPointerEvent(event->type()) && blocksInput(widget);
+    }
+}
+
+bool ZScreen::blocksInput(QWidget* receiver) const
+{
+    if (receiver == this || !isAncestorOf(receiver))
+        return false;
+    if (!isActive(receiver))
+        return true;
+    const auto entry = std::find_if(placed_.begin(), placed_.end(),
+                                    [this](const Entry& each) { return each.widget == active(); });
+    return mainInputPauses_ > 0 && entry != placed_.end() && entry->layer == Layer::Main;
+}
+
+void ZScreen::widgetShown(QWidget* widget)
+{
+    const Entry* entry = entryOf(widget);
+    if (entry == nullptr || stack_.contains(widget))
+        return;
+    // Hiding a widget moves the focus somewhere, so what had it before is noted now.
+    if (QWidget* top = active())
+        entryOf(top)->focus = top->focusWidget();
+    if (entry->layer == Layer::Box) {
+        stack_.append(widget);
+    } else {
+        const auto firstBox = std::find_if(stack_.begin(), stack_.end(), [this](QWidget* other) {
+            return entryOf(other)->layer == Layer::Box;
+        });
+        stack_.insert(firstBox, widget);
+    }
+    restack();
+    updateWindow();
+    giveFocus();
+}
+
+void ZScreen::widgetHidden(QWidget* widget)
+{
+    if (!stack_.removeOne(widget))
+        return;
+    updateWindow();
+    giveFocus();
+}
+
+void ZScreen::widgetGone(QObject* widget)
+{
+    placed_.removeIf([](const Entry& entry) { return entry.widget.isNull(); });
+    if (stack_.removeIf([widget](QWidget* other) { return other == widget; }) > 0) {
+        updateWindow();
+        giveFocus();
+    }
+}
+
+void ZScreen::updateWindow()
+{
+    if (stack_.isEmpty()) {
+        window()->hide();
+    } else if (window()->isHidden()) {
+        window()->show();
+        // Without a window manager nobody else would hand the keyboard to a new window.
+        window()->activateWindow();
+    }
+}
+
+void ZScreen::restack()
+{
+    for (QWidget* widget : std::as_const(stack_))
+        widget->raise();
+}
+
+void ZScreen::giveFocus()
+{
+    QWidget* top = active();
+    if (top == nullptr || givingFocus_)
+        return;
+    givingFocus_ = true;
+    QWidget* target = entryOf(top)->focus;
+    if (target == nullptr)
+        target = top->focusWidget();
+    (target != nullptr ? target : top)->setFocus(Qt::OtherFocusReason);
+    givingFocus_ = false;
+}
+
+void ZScreen::focusMoved(QWidget* now)
+{
+    const QWidget* top = active();
+    // The toolkit hands the focus of a widget that is being hidden to any other; not our business.
+    if (now == nullptr || top == nullptr || top->isHidden() || !isAncestorOf(now))
+        return;
+    Entry* entry = entryOf(now);
+    if (entry == nullptr)
+        return;
+    entry->focus = now;
+    if (!isActive(now))
+        giveFocus();
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QList>
+#include <QPointer>
+#include <QWidget>
+
+/// The phone's display: 240 x 320 pixels at any density, the only thing with a window of its own.
+///
+/// Whatever a program treats as a top-level widget is a child of the screen at screen coordinates:
+/// its constructor passes ZScreen::instance() as parent and calls place(). The window is shown
+/// while any of them is shown and hidden with the last.
+///
+/// The shown ones form a stack, main widgets below boxes, later ones above earlier ones. The
+/// topmost has keys and pointer; those below are inert. When it goes, the one below it gets the
+/// focus back where it was. Focus given to something inert meanwhile takes effect then.
+class ZScreen : public QWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr int Width = 240;
+    static constexpr int Height = 320;
+
+    enum class Layer { Main, Box };
+
+    /// The screen, made at the first call. Needs the application object.
+    static ZScreen* instance();
+    static void destroyInstance();
+
+    /// While one lives, main widgets get no keys and no pointer, so that work which handles events
+    /// in between is not started a second time by them. Boxes are not affected.
+    class MainInputPause
+    {
+    public:
+        MainInputPause();
+        ~MainInputPause();
+        MainInputPause(const MainInputPause&) = delete;
+        MainInputPause& operator=(const MainInputPause&) = delete;
+
+    private:
+        QPointer<ZScreen> screen_;
+    };
+
+    /// Names the environment variable that sets the scale; before the application object is made.
+    static void setScaleVariable(const char* name);
+    /// Settles the scale for the application about to be made: the variable's value (a number from
+    /// 0.25 to 16; anything else is named on stderr and ignored), else on a bare display (no
+    /// windows) the largest scale at which the screen fits, else the display's own.
+    static void prepareScale(int& argc, char** argv);
+
+    /// Makes a child one of the stack's. Call it once, before the child is first shown.
+    void place(QWidget* widget, Layer layer);
+    /// The widget that has keys and pointer; nullptr while nothing is shown.
+    QWidget* active() const;
+    /// Whether `widget` is the topmost one or inside it.
+    bool isActive(const QWidget* widget) const;
+    /// Whether keys and pointer reach `widget` now.
+    bool takesInput(QWidget* widget) const { return !blocksInput(widget); }
+    /// Brings the window to the front and asks for the keyboard. Nothing while nothing is shown.
+    void raiseWindow();
+
+signals:
+    /// The window manager or the user asks to close the window. It stays open.
+    void closeRequested();
+    /// A press that hit nothing of the topmost widget.
+    void pressedOutside();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    struct Entry {
+        QPointer<QWidget> widget;
+        Layer layer;
+        QPointer<QWidget> focus; ///< what had, or is to get, the focus inside it
+    };
+
+    explicit ZScreen(QWidget* frame);
+    ~ZScreen() override;
+    Entry* entryOf(const QWidget* widget);
+    void widgetShown(QWidget* widget);
+    void widgetHidden(QWidget* widget);
+    void widgetGone(QObject* widget);
+    void updateWindow();
+    void restack();
+    void giveFocus();
+    void focusMoved(QWidget* now);
+    bool blocksInput(QWidget* receiver) const;
+
+    QList<Entry> placed_;
+    QList<QWidget*> stack_;
+    bool givingFocus_ = false;
+    int mainInputPauses_ = 0;
+};

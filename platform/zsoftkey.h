@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+#include <array>
+
+class ZOptionsMenu;
+
+/// The bar at the bottom of a main widget that says what the two soft keys do, each with an
+/// optional menu. A tap on a side works like its key.
+class ZSoftKey : public QWidget
+{
+    Q_OBJECT
+
+public:
+    enum Key { Left = 0, Right = 1 };
+
+    /// `resource` names a layout of the phone's skin and is not used; `receiver` is the widget that
+    /// the bar serves (informative).
+    ZSoftKey(const QString& resource, QWidget* parent, QWidget* receiver);
+    ~ZSoftKey() override;
+
+    /// The text over a key (0 left, 1 right). `priority` was for keys that shared a place.
+    void setText(int key, const QString& text, int priority = 0);
+    QString text(int key) const;
+    /// The menu that a key opens; nullptr for none. Not owned.
+    void setOptMenu(int key, ZOptionsMenu* menu);
+    ZOptionsMenu* optMenu(int key) const;
+
+    /// What pressing the key does: opens its menu. False when it has none.
+    bool activate(int key);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    struct Side {
+        QString text;
+        QPointer<ZOptionsMenu> menu;
+    };
+    std::array<Side, 2> sides_;
+};

@@ -1,0 +1,150 @@
+#include "platform/zscreen.h"
+#include "tests/platform/selfrun.h"
+#include "tests/support/testmain.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
+#include <QWindow>
+
+#include <cstdio>
+
+#ifdef __SANITIZE_ADDRESS__
+/// The toolkit's plugin for bare displays keeps the picture of the display at its end.
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libqvnc.so\n";
+}
+#endif
+
+/// The scale is settled once a process, so every case runs in a process of its own.
+class tst_ZScreenScale : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void variableSetsTheScale_data()
+    {
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<double>("scale");
+        QTest::newRow("not set") << QString() << 1.0;
+        QTest::newRow("one") << "1" << 1.0;
+        QTest::newRow("two") << "2" << 2.0;
+        QTest::newRow("with a fraction") << "1.5" << 1.5;
+        QTest::newRow("smallest") << "0.25" << 0.25;
+        QTest::newRow("largest") << "16" << 16.0;
+    }
+
+    void variableSetsTheScale()
+    {
+        QFETCH(QString, value);
+        const SelfRun run = probe("offscreen", value);
+        QTEST(densityOf(run), "scale");
+        QCOMPARE(run.errors, QByteArray());
+    }
+
+    void scaleIgnoresTheDisplaysOwnFactors()
+    {
+        const SelfRun run = SelfRun::with(
+            {"--probe"},
+            {{"QT_QPA_PLATFORM", "offscreen"}, {"PROBE_SCALE", "1"}, {"QT_SCALE_FACTOR", "3"}});
+        QCOMPARE(densityOf(run), 1.0);
+    }
+
+    void absurdScaleIsNamedAndIgnored_data()
+    {
+        QTest::addColumn<QString>("value");
+        for (const char* value :
+             {"0", "-1", "17", "0.2", "1e300", "nan", "inf", "two", "2x", "1,5"})
+            QTest::newRow(value) << value;
+        QTest::newRow("empty") << "";
+        QTest::newRow("endless") << QString(5000, '9');
+    }
+
+    void absurdScaleIsNamedAndIgnored()
+    {
+        QFETCH(QString, value);
+        const SelfRun run = probe("offscreen", value);
+        QCOMPARE(densityOf(run), 1.0);
+        QVERIFY2(run.errors.contains("PROBE_SCALE"), run.errors.constData());
+        QVERIFY2(run.errors.contains(value.toUtf8()), run.errors.constData());
+    }
+
+    void bareDisplayIsFilled_data()
+    {
+        QTest::addColumn<QString>("display");
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<QPoint>("corner");
+        QTest::newRow("twice the size") << "480x640" << 2.0 << QPoint(0, 0);
+        QTest::newRow("same size") << "240x320" << 1.0 << QPoint(0, 0);
+        QTest::newRow("wide") << "960x480" << 1.5 << QPoint((640 - 240) / 2, 0);
+        QTest::newRow("tall") << "480x960" << 2.0 << QPoint(0, (480 - 320) / 2);
+        QTest::newRow("small") << "120x160" << 0.5 << QPoint(0, 0);
+    }
+
+    void bareDisplayIsFilled()
+    {
+        QFETCH(QString, display);
+        QFETCH(QPoint, corner);
+        const SelfRun run = probe("vnc:port=0:size=" + display, QString());
+        QTEST(densityOf(run), "scale");
+        QCOMPARE(run.output.split(' ').mid(1),
+                 QList<QByteArray>({QByteArray::number(corner.x()), QByteArray::number(corner.y()),
+                                    "240", "320"}));
+    }
+
+    void variableWinsOnABareDisplay()
+    {
+        const SelfRun run = probe("vnc:port=0:size=480x640", "1");
+        QCOMPARE(densityOf(run), 1.0);
+        QCOMPARE(run.output, "1 120 160 240 320");
+    }
+
+private:
+    static SelfRun probe(const QString& platform, const QString& scale)
+    {
+        return SelfRun::with({"--probe"}, {{"QT_QPA_PLATFORM", platform},
+                                           {"PROBE_SCALE", scale},
+                                           {"QT_SCALE_FACTOR", QString()}});
+    }
+
+    static double densityOf(const SelfRun& run)
+    {
+        return run.status == 0 ? run.output.split(' ').first().toDouble() : -1;
+    }
+};
+
+namespace
+{
+
+/// Prints the density of the display and where the screen is in its window.
+int printScale(int argc, char** argv)
+{
+    ZScreen::setScaleVariable("PROBE_SCALE");
+    const ZApplication application(argc, argv, ZApplication::GuiClient);
+    QWidget main(ZScreen::instance());
+    ZScreen::instance()->place(&main, ZScreen::Layer::Main);
+    main.show();
+    const QWidget* window = ZScreen::instance()->window();
+    const auto inPlace = [window] {
+        return window->windowHandle()->isExposed() &&
+               (!window->isFullScreen() || window->size() == window->screen()->size());
+    };
+    if (!QTest::qWaitFor(inPlace, 20000))
+        return 1;
+    const QRect area = ZScreen::instance()->geometry();
+    std::printf("%g %d %d %d %d", ZScreen::instance()->devicePixelRatio(), area.x(), area.y(),
+                area.width(), area.height());
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc == 2 && qstrcmp(argv[1], "--probe") == 0)
+        return printScale(argc, argv);
+    return runTest<tst_ZScreenScale>(argc, argv);
+}
+
+#include "tst_zscreenscale.moc"

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QKeyEvent>
+
+class QWidget;
+
+/// Keys as a user presses them: to whatever has the focus in the topmost widget of the screen.
+
+/// The toolkit's key for a phone's code (0x1030 gives F1); characters are themselves.
+int toolkitKey(int phoneCode);
+/// The widget that a key would go to now; nullptr if nothing is shown.
+QWidget* keyReceiver();
+void pressKey(int phoneCode);
+void holdKey(int phoneCode);
+void releaseKey(int phoneCode);
+/// The press that the keyboard repeats while a key is held, with or without the release before it.
+void repeatKey(int phoneCode);
