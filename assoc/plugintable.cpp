@@ -1,0 +1,43 @@
+#include "assoc/plugintable.h"
+
+#include "assoc/tablefile.h"
+#include "platform/regularfile.h"
+
+#include <QTextStream>
+
+std::vector<plugin_struct> plugins;
+int plug_nums = 0;
+
+plugin_struct parsePluginLine(const QString& line)
+{
+    return {line.mid(5, 100), columnNumber(line, 0, 2), columnNumber(line, 3, 1)};
+}
+
+void loadPlugins(const QString& file)
+{
+    for (const QString& line : readTableLines(file)) {
+        plugins.push_back(parsePluginLine(line));
+        ++plug_nums;
+    }
+}
+
+QString pluginExecutable(const QString& workFolder, const QString& name)
+{
+    return workFolder + QStringLiteral("/plugins/") + name + QLatin1Char('/') + name;
+}
+
+QString fullPathPluginFolder(const QString& workFolder, int pluginNumber)
+{
+    return workFolder + QStringLiteral("/plugins/full_path/") + QString::number(pluginNumber) +
+           QLatin1Char('/');
+}
+
+QString pluginLabel(const QString& workFolder, const plugin_struct& plugin)
+{
+    if (plugin.kind == 0)
+        return plugin.name;
+    const QString file =
+        fullPathPluginFolder(workFolder, plugin.plugin_num) + QStringLiteral("desktop.ini");
+    const auto bytes = readRegularFile(file, MaxTableLine);
+    return bytes ? QTextStream(*bytes).readLine() : QStringLiteral("Unknown");
+}
