@@ -1,0 +1,96 @@
+#pragma once
+
+#include "platform/zlistbox.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QTimer>
+
+struct FolderEntry;
+class FolderScan;
+
+/// A directory panel: the list of one folder's entries with icons, and, in full-information mode,
+/// sizes, dates and thumbnails. In multi-selection mode the rows have check boxes.
+class FileBrowserFtab : public ZListBox
+{
+    Q_OBJECT
+
+public:
+    FileBrowserFtab(bool fullInfoMode, const QString& type, QWidget* parent, unsigned flags,
+                    unsigned widgetClass);
+
+    /// The folder listed: canonical, without a "/" at its end but for the root.
+    QString curPath;
+    /// The full path of the highlighted entry, or of the picked file.
+    QString curFile;
+    /// The highlighted row, the back entry counted.
+    int curIndex = 0;
+
+    /// Lists a folder (the current one for an empty path) and makes row `index` current. An
+    /// unreadable folder leaves the list empty and `curPath` as it was.
+    void setDir(const QString& path, int index);
+    /// Flips full-information mode; the rows follow with the next setDir().
+    void setFullInf();
+    /// Flips multi-selection mode; the rows follow with the next setDir().
+    void switchMultiSelect();
+    bool isMultiSelect() const { return multiSelect; }
+    /// Full paths of the checked entries, in row order.
+    QStringList getChkFileList() const;
+    /// Makes a folder inside `parent`. False if either text is empty or the file system refuses.
+    static bool makedir(const QString& parent, const QString& name);
+    /// A path up to and including its last "/".
+    static QString getProgramDir(const QString& path);
+
+    /// Fills a pixmap from a picture file through the process's pixmap cache; a missing file gives
+    /// an empty one.
+    static void loadPic(QPixmap& pixmap, const QString& path);
+    static QString get_Mime(const QString& name);
+    static QString fDate(const QDateTime& stamp);
+
+signals:
+    /// The panel moved to a folder. The path is the one asked for, not the canonical one.
+    void picked(const QString& path);
+    /// True: a file was chosen; false: the panel moved to a folder.
+    void isFilePicked(bool file);
+
+public slots:
+    void itemHighlighted(int row);
+    void itemSelected(int row);
+    void LoadPreview();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    QString entryName(int row) const;
+    QString entryPath(int row) const;
+    void openFolder(const QString& path);
+    void restartPreview();
+    int pageLength();
+    void pageUp();
+    void pageDown();
+
+    // Filling the list (listing.cpp).
+    struct Listing;
+    void loadKindIcons(Listing& listing) const;
+    void addFolders(Listing& listing);
+    void addOthers(Listing& listing);
+    void addRow(Listing& listing, const QString& name, const FolderEntry& entry,
+                const QString& detail);
+    void addBackEntry();
+    QPixmap fileIcon(Listing& listing, const QString& name);
+    QString iconPath(const char* picture) const;
+    void applyFonts(const Listing& listing);
+
+    // One step of the thumbnail loader for a picture's row.
+    void showPreview(int row, const QString& path);
+
+    bool multiSelect = false;
+    QString itemFormat = QStringLiteral("%I%M");
+    QTimer* previewTimer;
+    QPixmap rowIcon;
+    int previewIndex = 0;
+    bool previewIdle = true;
+    int fullInfo;
+    bool dirsOnly = false;
+};

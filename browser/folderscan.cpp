@@ -1,0 +1,104 @@
+#include "browser/folderscan.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+
+EntryKind kindOf(unsigned char type, bool isLink)
+{
+    switch (type) {
+    case DT_DIR:
+        return isLink ? EntryKind::FolderLink : EntryKind::Folder;
+    case DT_REG:
+        return isLink ? EntryKind::FileLink : EntryKind::File;
+    default:
+        return EntryKind::Other;
+    }
+}
+
+/// The directory's kind of entry that a file mode stands for.
+unsigned char typeOf(unsigned mode)
+{
+    return static_cast<unsigned char>(IFTODT(mode));
+}
+
+bool stat(int folder, const char* name, int flags, struct statx& info)
+{
+    return statx(folder, name, AT_NO_AUTOMOUNT | flags, STATX_TYPE | STATX_SIZE | STATX_MTIME,
+                 &info) == 0;
+}
+
+} // namespace
+
+std::optional<FolderScan> FolderScan::read(const QString& path, bool withInfo)
+{
+    const QByteArray encoded = path.isEmpty() ? QByteArrayLiteral(".") : QFile::encodeName(path);
+    const int descriptor = open(encoded.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return std::nullopt;
+    const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(descriptor));
+    if (!folder) {
+        close(descriptor);
+        return std::nullopt;
+    }
+    FolderScan scan;
+    while (const dirent* entry = readdir(folder.get())) {
+        const char* name = entry->d_name;
+        if (std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0)
+            scan.add(descriptor, name, entry->d_type, withInfo);
+    }
+    scan.sort(scan.folders_);
+    scan.sort(scan.others_);
+    return scan;
+}
+
+void FolderScan::add(int folder, const char* name, unsigned char type, bool withInfo)
+{
+    struct statx info {
+    };
+    if (type == DT_UNKNOWN && stat(folder, name, AT_SYMLINK_NOFOLLOW, info))
+        type = typeOf(info.stx_mode);
+    const bool isLink = type == DT_LNK;
+    FolderEntry entry;
+    if ((withInfo || isLink) && stat(folder, name, 0, info)) {
+        type = typeOf(info.stx_mode);
+        entry.hasInfo = true;
+        entry.size = qint64(info.stx_size);
+        entry.modified = info.stx_mtime.tv_sec;
+    }
+    entry.kind = kindOf(type, isLink);
+    entry.nameOffset = quint32(names_.size());
+    entry.nameLength = quint16(std::strlen(name));
+    names_.append(name, entry.nameLength);
+    const bool isFolder = entry.kind == EntryKind::Folder || entry.kind == EntryKind::FolderLink;
+    (isFolder ? folders_ : others_).push_back(entry);
+}
+
+void FolderScan::sort(std::vector<FolderEntry>& entries) const
+{
+    const char* names = names_.constData();
+    std::sort(entries.begin(), entries.end(),
+              [names](const FolderEntry& left, const FolderEntry& right) {
+                  const int order = std::memcmp(names + left.nameOffset, names + right.nameOffset,
+                                                std::min(left.nameLength, right.nameLength));
+                  return order != 0 ? order < 0 : left.nameLength < right.nameLength;
+              });
+}
+
+QString FolderScan::name(const FolderEntry& entry) const
+{
+    return QString::fromUtf8(names_.constData() + entry.nameOffset, entry.nameLength);
+}
