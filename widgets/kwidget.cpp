@@ -1,0 +1,236 @@
+#include "widgets/kwidget.h"
+
+#include "platform/keymap.h"
+#include "platform/zapplication.h"
+#include "platform/zpixmap.h"
+#include "platform/zscreen.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+kWidget* textView = nullptr;
+kWidget* processView = nullptr;
+
+namespace
+{
+
+constexpr int BoxCacheKilobytes = 4096;
+constexpr int FrameMilliseconds = 80;
+constexpr int FrameCount = 8;
+constexpr int ShowDelayMilliseconds = 10;
+constexpr int PaintDelayMilliseconds = 1;
+
+QTimer* makeTimer(QObject* parent, bool once, int milliseconds)
+{
+    auto* timer = new QTimer(parent);
+    timer->setSingleShot(once);
+    timer->setInterval(milliseconds);
+    return timer;
+}
+
+} // namespace
+
+kWidget::kWidget()
+    : QWidget(ZScreen::instance()),
+      aniTimer(makeTimer(this, false, FrameMilliseconds)),
+      showTimer(makeTimer(this, true, ShowDelayMilliseconds)),
+      paintTimer(makeTimer(this, true, PaintDelayMilliseconds))
+{
+    hide();
+    setObjectName(QStringLiteral("kWidget"));
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    ZScreen::instance()->place(this, ZScreen::Layer::Box);
+    ZPixmapCache::setCacheLimit(BoxCacheKilobytes);
+    connect(aniTimer, &QTimer::timeout, this, &kWidget::aniUpdate);
+    connect(showTimer, &QTimer::timeout, this, &QWidget::show);
+    connect(paintTimer, &QTimer::timeout, this, &kWidget::paint);
+    init();
+}
+
+int kWidget::showText(const QString& title, const QString& text, int align, const QString& icon,
+                      int mode)
+{
+    setContent({title, icon, text, align, false, QString(), 0, mode == Question ? YesNo : NoKeys});
+    return Show(mode);
+}
+
+int kWidget::showProcess(const QString& title, const QString& above, int alignAbove,
+                         const QString& below, int alignBelow, const QString& icon, int mode)
+{
+    setContent(
+        {title, icon, above, alignAbove, true, below, alignBelow, mode != Plain ? Cancel : NoKeys});
+    aniFrame = QPixmap();
+    loadPixmap(aniFrame, framePath(0));
+    frameNo = 1;
+    aniTimer->start();
+    return Show(mode);
+}
+
+void kWidget::setContent(const Content& next)
+{
+    content = next;
+    stale = true;
+}
+
+QRect kWidget::compose()
+{
+    if (!stale)
+        return {};
+    stale = false;
+    if (redrawLastSection()) {
+        composed = content;
+        return {0, lastSectionTop, BoxWidth, y - lastSectionTop};
+    }
+    drawAll();
+    composed = content;
+    return {0, 0, BoxWidth, y};
+}
+
+int kWidget::Show(int mode)
+{
+    result = mode != Plain;
+    closed = false;
+    waiting = mode == Question;
+    visible = true;
+    repaint();
+    if (isHidden())
+        showTimer->start();
+    ZApplication::processEventsButInput();
+    if (!waiting)
+        return result ? 1 : 0;
+    if (!ZApplication::waitUntil([this] { return !waiting; }))
+        close(0);
+    return result ? 1 : 0;
+}
+
+void kWidget::stop(int ticks)
+{
+    countdown = ticks;
+}
+
+void kWidget::init()
+{
+    ZApplication::processEventsButInput();
+    visible = false;
+    countdown = 0;
+    showTimer->stop();
+    paintTimer->stop();
+    hide();
+    aniTimer->stop();
+    aniFrame = QPixmap();
+    constexpr int ClearedTop = 20;
+    setGeometry(BoxLeft, ClearedTop, BoxWidth, ZScreen::Height);
+    content = Content();
+    composed = Content();
+    stale = true;
+    y = 0;
+    ZApplication::processEventsButInput();
+}
+
+void kWidget::repaint()
+{
+    if (!paintTimer->isActive())
+        paintTimer->start();
+}
+
+void kWidget::paint()
+{
+    const QRect changed = compose();
+    setGeometry(BoxLeft, (ZScreen::Height - y) / 2, BoxWidth, y);
+    update(changed.isEmpty() ? rect() : changed);
+}
+
+void kWidget::paintNow()
+{
+    if (!visible)
+        return;
+    paintTimer->stop();
+    paint();
+    if (isHidden()) {
+        showTimer->stop();
+        show();
+    }
+    ZApplication::processEventsButInput();
+    QWidget::repaint();
+}
+
+void kWidget::aniUpdate()
+{
+    const QString path = framePath(frameNo);
+    QPixmap frame;
+    if (!ZPixmapCache::find(path, frame)) {
+        loadPixmap(frame, path);
+        ZPixmapCache::insert(path, frame);
+    }
+    update(frameRect());
+    aniFrame = frame;
+    update(frameRect());
+    frameNo = (frameNo + 1) % FrameCount;
+    if (countdown > 0 && --countdown == 0)
+        init();
+}
+
+QRect kWidget::frameRect() const
+{
+    const QSize size = pixmapSize(aniFrame);
+    return {QPoint((BoxWidth - size.width()) / 2, aniY), size};
+}
+
+void kWidget::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(this);
+    painter.setClipRect(event->rect());
+    painter.drawPixmap(0, 0, canvas);
+    if (composed.process)
+        painter.drawPixmap(frameRect().topLeft(), aniFrame);
+}
+
+void kWidget::close(int answer)
+{
+    if (waiting)
+        result = answer != 0;
+    closed = true;
+    waiting = false;
+    init();
+}
+
+void kWidget::keyPressEvent(QKeyEvent* event)
+{
+    event->accept();
+    // A key that is still held from before the box came up must not answer or dismiss it.
+    if (!result || event->isAutoRepeat())
+        return;
+    const int code = PhoneKey::code(*event);
+    const bool isPhoneKey = code != 0;
+    if (!isPhoneKey || PhoneKey::isArrow(code))
+        return;
+    if (code == PhoneKey::SoftRight)
+        close(0);
+    else if (code == PhoneKey::SoftLeft || !waiting)
+        close(1);
+}
+
+void kWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    event->accept();
+    const QPoint point = event->position().toPoint();
+    if (!result || !rect().contains(point))
+        return;
+    const bool onBar = composed.keyBar != NoKeys && point.y() >= height() - 2 * KeyBarHeight;
+    if (!waiting && (onBar || composed.keyBar == NoKeys))
+        close(1);
+    else if (waiting && onBar)
+        close(point.x() < width() / 2 ? 1 : 0);
+}
+
+void kWidget::focusInEvent(QFocusEvent* /*event*/)
+{
+    repaint();
+}
+
+void kWidget::focusOutEvent(QFocusEvent* /*event*/)
+{
+    if (visible)
+        repaint();
+}

@@ -1,0 +1,200 @@
+#include "widgets/textinput.h"
+
+#include "platform/keymap.h"
+#include "platform/zapplication.h"
+#include "platform/zmultilineedit.h"
+#include "platform/zoptionsmenu.h"
+#include "platform/zpixmap.h"
+#include "platform/zscreen.h"
+#include "platform/zskinservice.h"
+
+#include <QDebug>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollArea>
+
+namespace
+{
+
+constexpr int PageWidth = 220;
+constexpr int FieldWidth = 215;
+constexpr int LargestHeight = 300;
+constexpr int Left = 10;
+constexpr int TopOfLargest = 10;
+constexpr int CopyItem = 2;
+constexpr int PasteItem = 4;
+/// How much of the page's foot answers to a finger.
+constexpr int AnswerHeight = 28;
+
+QString keyCell(const QString& text)
+{
+    return QStringLiteral("<td align=\"center\" ><font size=\"3\" color=\"#eeeeee\">") + text +
+           QStringLiteral("</font></td>");
+}
+
+QString blackTable()
+{
+    return QStringLiteral("<table width=\"100%\" border=\"0\" cellspacing=\"0\" cellpadding=\"0\" "
+                          "bgcolor=\"#000000\"><tr>");
+}
+
+} // namespace
+
+TextInput::TextInput(const QString& programFolder)
+    : QWidget(ZScreen::instance()),
+      view(new QScrollArea(this)),
+      label(new QLabel),
+      progDir(programFolder)
+{
+    hide();
+    setObjectName(QStringLiteral("TextInput"));
+    resize(ZScreen::Width, ZScreen::Height);
+    ZScreen::instance()->place(this, ZScreen::Layer::Box);
+    view->setObjectName(QStringLiteral("TextInput"));
+    view->setFixedWidth(PageWidth);
+    view->setFrameShape(QFrame::NoFrame);
+    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->setFocusPolicy(Qt::NoFocus);
+    label->setFixedWidth(PageWidth);
+    label->setTextFormat(Qt::RichText);
+    label->setWordWrap(true);
+    label->setAlignment(Qt::AlignTop);
+    label->setAutoFillBackground(true);
+    QPalette colours = label->palette();
+    colours.setColor(QPalette::Window, Qt::white);
+    colours.setColor(QPalette::WindowText, Qt::black);
+    label->setPalette(colours);
+    view->setWidget(label);
+    edit = new ZMultiLineEdit(label, false, 1, "ZLineEdit");
+    edit->setFixedWidth(FieldWidth);
+    QPalette fieldColours = edit->palette();
+    const ZSkinService::Look& look = ZSkinService::look(ZSkinService::clsListBox);
+    fieldColours.setColor(QPalette::Highlight, look.highlight);
+    fieldColours.setColor(QPalette::HighlightedText, look.highlightText);
+    edit->setPalette(fieldColours);
+}
+
+void TextInput::Init()
+{
+    menu = new ZOptionsMenu(QRect(), nullptr, nullptr, {}, ZSkinService::clsOptionsMenu);
+    menu->setFont(font());
+    connect(this, &QObject::destroyed, menu, &QObject::deleteLater);
+    QPixmap icon;
+    loadPixmap(icon, progDir + QStringLiteral("res/img/copy.png"));
+    menu->insertItem(copyText, nullptr, icon, true, CopyItem, CopyItem);
+    loadPixmap(icon, progDir + QStringLiteral("res/img/paste.png"));
+    menu->insertItem(pasteText, nullptr, icon, true, PasteItem, PasteItem);
+    menu->connectItem(CopyItem, this, "Copy()");
+    menu->connectItem(PasteItem, this, "Paste()");
+    keyBarHtml = QStringLiteral("<br><br><br>") + blackTable() + keyCell(yesText) +
+                 keyCell(noText) + QStringLiteral("</tr></table>");
+}
+
+QString TextInput::titleHtml(const QString& title, const QString& icon) const
+{
+    const QString image =
+        icon.isEmpty() ? QString() : QStringLiteral("<img src=%1 ><br>").arg(progDir + icon);
+    return blackTable() + QStringLiteral("<td align=\"center\" >") + image +
+           QStringLiteral("<font size=\"4\" color=\"#eeeeee\"><b>") + title.toHtmlEscaped() +
+           QStringLiteral("</b></font></td></tr></table>");
+}
+
+int TextInput::showText(const QString& title, const QString& prompt, const QString& icon)
+{
+    running = true;
+    accepted = true;
+    menu->closeAll();
+    edit->setText(inputText);
+    edit->selectAll();
+    // A name may hold anything; it must be shown and not be taken for markup.
+    layOut(titleHtml(title, icon) + QStringLiteral("<p align=\"center\" >") +
+           prompt.toHtmlEscaped() + QStringLiteral("</p>"));
+    show();
+    edit->setFocus();
+    if (!ZApplication::waitUntil([this] { return !running; }))
+        finish(false);
+    inputText = edit->text();
+    return accepted ? 1 : 0;
+}
+
+int TextInput::pageHeight() const
+{
+    return label->heightForWidth(PageWidth);
+}
+
+void TextInput::layOut(const QString& page)
+{
+    label->setText(page);
+    edit->move(1, pageHeight());
+    label->setText(page + keyBarHtml);
+    const int height = pageHeight();
+    label->setFixedHeight(height);
+    if (height >= LargestHeight) {
+        view->setFixedHeight(LargestHeight);
+        view->move(Left, TopOfLargest);
+        menu->setLimitRect(QRect(QPoint(Left, TopOfLargest), QSize()));
+        return;
+    }
+    const int top = (ZScreen::Height - height) / 2;
+    view->setFixedHeight(height);
+    view->move(Left, top);
+    menu->setLimitRect(QRect(QPoint(Left, top), QSize()));
+}
+
+void TextInput::finish(bool confirmed)
+{
+    if (running)
+        accepted = confirmed;
+    running = false;
+    hide();
+}
+
+/// A frame sets the page off from the list behind it.
+void TextInput::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.setPen(Qt::black);
+    painter.drawRect(view->geometry().adjusted(-1, -1, 0, 0));
+}
+
+void TextInput::keyPressEvent(QKeyEvent* event)
+{
+    event->accept();
+    const int code = PhoneKey::code(*event);
+    qDebug("KEY: %d", code);
+    if (PhoneKey::isArrow(code) || event->isAutoRepeat())
+        return;
+    if (code == PhoneKey::Modifier)
+        menu->show();
+    else if (code == PhoneKey::SoftLeft)
+        finish(true);
+    else if (code == PhoneKey::SoftRight)
+        finish(false);
+    else if (!running)
+        hide();
+}
+
+void TextInput::mouseReleaseEvent(QMouseEvent* event)
+{
+    event->accept();
+    const QPoint point = event->position().toPoint() - view->pos();
+    if (view->rect().contains(point) && point.y() >= view->height() - AnswerHeight)
+        finish(point.x() < PageWidth / 2);
+}
+
+void TextInput::Copy()
+{
+    edit->copy();
+}
+
+void TextInput::Paste()
+{
+    edit->paste();
+}
+
+QString TextInput::getProgramDir(const QString& path)
+{
+    return path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QScrollArea;
+class ZMultiLineEdit;
+class ZOptionsMenu;
+
+/// The dialog in which a line of text is typed. It blocks its caller in an event loop until the
+/// user confirms or cancels. One serves the whole program.
+class TextInput : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// `progDir` is where pictures lie; it ends in "/".
+    explicit TextInput(const QString& progDir);
+
+    /// Texts of the menu's items and of the two answers; set them before Init().
+    QString copyText = QStringLiteral("\t\t\tCopy");
+    QString pasteText = QStringLiteral("\t\t\tPaste");
+    QString yesText = QStringLiteral("Yes");
+    QString noText = QStringLiteral("No");
+    /// What the field starts with; afterwards what the user left in it, also when cancelled.
+    QString inputText;
+
+    /// Builds what depends on the texts. Call it once.
+    void Init();
+    /// Shows the dialog; 1 when the user confirmed, 0 when cancelled or when the program ends.
+    /// `icon` is a path below `progDir`; empty for none.
+    int showText(const QString& title, const QString& prompt, const QString& icon);
+    bool isRunning() const { return running; }
+    /// A path up to and including its last "/".
+    static QString getProgramDir(const QString& path);
+
+public slots:
+    void Copy();
+    void Paste();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    QString titleHtml(const QString& title, const QString& icon) const;
+    void layOut(const QString& page);
+    int pageHeight() const;
+    void finish(bool confirmed);
+
+    QScrollArea* view;
+    QLabel* label;
+    ZMultiLineEdit* edit;
+    ZOptionsMenu* menu = nullptr;
+    QString keyBarHtml;
+    QString progDir;
+    bool running = false;
+    bool accepted = false;
+};
