@@ -1,0 +1,56 @@
+#pragma once
+
+#include "tools/sys_gui/move.h"
+
+#include <QPixmap>
+#include <QStringList>
+#include <QWidget>
+
+/// The box of a move: a title bar with an icon, a text, and how far the move is. It looks like the
+/// boxes of the program that starts the move. All lengths are pixels of the screen.
+class MoveBox : public QWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr int BoxWidth = 220;
+    static constexpr int BoxLeft = 10;
+
+    /// `icon` is the path of a picture file; a missing one leaves the title alone.
+    MoveBox(const QString& title, const QString& text, const QString& icon);
+
+    void showProgress(const MoveProgress& progress);
+    /// Shows a message in place of the text and the progress, until a key or a tap closes it.
+    void showFailure(const QString& message);
+
+    /// Makes the font of the boxes known, which lies in the folder above that of the icon.
+    static void addFont(const QString& icon);
+
+signals:
+    void closed();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    struct Block {
+        QFont font;
+        QStringList lines;
+        int lineHeight = 0;
+        int height = 0;
+    };
+
+    static Block block(const QString& text, const QFont& font);
+    static void drawLines(QPainter& painter, const Block& block, int top);
+    void drawProgress(QPainter& painter, int top) const;
+    QString progressText() const;
+    void place();
+
+    QPixmap icon_;
+    Block title_;
+    Block text_;
+    MoveProgress progress_;
+    bool hasFailed_ = false;
+};
