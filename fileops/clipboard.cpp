@@ -1,0 +1,167 @@
+// Copy, move and paste in two steps, through a clipboard of paths.
+
+#include "shell/fm.h"
+
+#include "browser/filebrowserftab.h"
+#include "lang/texts.h"
+#include "launch/shellcommand.h"
+#include "platform/zapplication.h"
+#include "platform/zoptionsmenu.h"
+#include "platform/zscreen.h"
+#include "platform/zsoftkey.h"
+#include "shell/settings.h"
+#include "shell/util.h"
+#include "widgets/kwidget.h"
+
+#include <QFile>
+
+namespace
+{
+
+constexpr int PasteItem = 3;
+constexpr int Centred = Qt::AlignHCenter;
+
+void showError(const QString& text)
+{
+    textView->showText(LANG_ERROR, text, Centred, QStringLiteral("res/img/error.png"),
+                       kWidget::Message);
+}
+
+bool ask(const QString& title, const QString& text)
+{
+    return textView->showText(title, text, Centred, QStringLiteral("res/img/warning.png"),
+                              kWidget::Question) == 1;
+}
+
+bool askToReplace(const QString& name)
+{
+    return ask(LANG_WARNING, QLatin1Char('"') + name + QStringLiteral("\" ") + LANG_COPY_EXISTS);
+}
+
+} // namespace
+
+QStringList FM::getActiveEntries()
+{
+    return getActiveMultiStat() ? getActiveFileNames() : QStringList{getActiveFileName()};
+}
+
+void FM::slot_Copy()
+{
+    armPaste("slot_CopyTo()", "slot_MoveTo()");
+}
+
+void FM::slot_Move()
+{
+    armPaste("slot_MoveTo()", "slot_CopyTo()");
+}
+
+void FM::armPaste(const char* slot, const char* otherSlot)
+{
+    copyMenu->disconnectItem(PasteItem, this, otherSlot);
+    copyMenu->connectItem(PasteItem, this, slot);
+    copyMenu->setItemEnabled(PasteItem, true);
+    clipboardList = getActiveEntries();
+}
+
+void FM::slot_CopyTo()
+{
+    paste(&FM::ChkCopy);
+}
+
+void FM::slot_MoveTo()
+{
+    paste(&FM::ChkMove);
+}
+
+void FM::paste(void (FM::*pasteOne)(const QString& src, const QString& dstDir))
+{
+    if (activePage() == Panel1)
+        createSoftKeysFtab();
+    else if (activePage() == Panel2)
+        createSoftKeysStab();
+    const FileBrowserFtab* active = activePanel();
+    const QString destination = active != nullptr ? active->curPath : QString();
+    copyMenu->setItemEnabled(PasteItem, false);
+    softKey->setOptMenu(ZSoftKey::Left, optionsMenu);
+    const ZScreen::MainInputPause pause;
+    for (const QString& entry : std::as_const(clipboardList)) {
+        if (!entry.isEmpty())
+            (this->*pasteOne)(entry, destination);
+    }
+}
+
+void FM::relistBoth()
+{
+    for (const Page page : {Panel1, Panel2})
+        relist(panel(page));
+}
+
+void FM::ChkCopy(const QString& src, const QString& dstDir)
+{
+    const QString name = getFileName(src);
+    const QString target = dstDir + QLatin1Char('/') + name;
+    if (src == dstDir) {
+        showError(LANG_DON_TRY_COPY);
+    } else if (!QFile::exists(target)) {
+        copy(src, dstDir);
+    } else if (askToReplace(name)) {
+        DeleteFile(target);
+        if (QFile::exists(target))
+            showError(LANG_DON_TRY_COPY);
+        else
+            copy(src, dstDir);
+    }
+    relistBoth();
+}
+
+void FM::ChkMove(const QString& src, const QString& dstDir)
+{
+    if (src == dstDir) {
+        showError(LANG_DON_TRY_MOVE);
+    } else {
+        const bool refused = !moveAfterQuestions(src, dstDir);
+        ZApplication::processEvents();
+        // The message of a refusal stays until the user closes it.
+        if (!refused)
+            textView->init();
+    }
+    relistBoth();
+}
+
+/// False when what is in the way could not be removed, which a message then says.
+bool FM::moveAfterQuestions(const QString& src, const QString& dstDir)
+{
+    const QString name = getFileName(src);
+    const QString target = dstDir + QLatin1Char('/') + name;
+    if (!ask(LANG_MOVE_SURE, name + QStringLiteral(" to ") + dstDir))
+        return true;
+    if (QFile::exists(target)) {
+        if (!askToReplace(name))
+            return true;
+        DeleteFile(target);
+        if (QFile::exists(target)) {
+            showError(LANG_DON_TRY_MOVE);
+            return false;
+        }
+    }
+    moveByTool(src, dstDir);
+    return true;
+}
+
+void FM::moveByTool(const QString& src, const QString& dstDir)
+{
+    ZApplication::processEvents();
+    if (u->fExist(programDir + QStringLiteral("/bin/sys_gui"))) {
+        runShell(QStringLiteral("%1bin/sys_gui mv %2 %3 %4 %5 %6")
+                     .arg(shellBytes(programDir), ExecFormat(src), ExecFormat(dstDir),
+                          ExecFormat(QStringLiteral("Moving")),
+                          ExecFormat(QStringLiteral("Please wait..")),
+                          ExecFormat(work_folder + QStringLiteral("res/img/copy.png"))));
+        return;
+    }
+    textView->showText(LANG_MOVING, LANG_PLEASE_WAIT, Centred, QStringLiteral("res/img/copy.png"),
+                       kWidget::Plain);
+    textView->paintNow();
+    ZApplication::processEvents();
+    runShell(QStringLiteral("mv %1 %2").arg(ExecFormat(src), ExecFormat(dstDir)));
+}

@@ -1,0 +1,115 @@
+// The copy engine of the main window: by the shell, or block by block with a percentage.
+
+#include "shell/fm.h"
+
+#include "browser/entrytexts.h"
+#include "fileops/copyfile.h"
+#include "fileops/walk.h"
+#include "lang/texts.h"
+#include "launch/shellcommand.h"
+#include "platform/zapplication.h"
+#include "widgets/kwidget.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace
+{
+
+void showCopyBox(const QString& text, int mode)
+{
+    textView->showText(LANG_COPYING, text, Qt::AlignHCenter, QStringLiteral("res/img/copy.png"),
+                       mode);
+}
+
+/// Files whose folder is missing get it; files come before subfolders, so one level is enough.
+void makeFolderOf(const QString& path)
+{
+    const QString folder = path.left(path.lastIndexOf(QLatin1Char('/')));
+    if (!QFile::exists(folder))
+        QDir().mkdir(folder);
+}
+
+} // namespace
+
+QString FM::countSize(double bytes)
+{
+    return sizeText(bytes);
+}
+
+void FM::copy(const QString& src, const QString& dstDir)
+{
+    if (modKeyHeld)
+        copyBuiltIn(src, dstDir + QLatin1Char('/'));
+    else
+        copyByShell(src, dstDir);
+}
+
+void FM::copyByShell(const QString& src, const QString& dstDir)
+{
+    showCopyBox(LANG_PLEASE_WAIT, kWidget::Plain);
+    textView->paintNow();
+    ZApplication::processEvents();
+    runShell(QStringLiteral("cp -R %1 %2").arg(ExecFormat(src), ExecFormat(dstDir)));
+    textView->init();
+}
+
+/// `dstDir` ends with "/", and what is made from it has the separator twice.
+void FM::copyBuiltIn(const QString& src, const QString& dstDir)
+{
+    const QString target = dstDir + QLatin1Char('/') + getFileName(src);
+    const QFileInfo info(src);
+    qint32 size = 0;
+    if (info.isDir()) {
+        if (!QFile::exists(target))
+            QDir().mkdir(target);
+        size = GetDirSize(src);
+        if (size >= 0)
+            copyTree(src, dstDir);
+    } else if (info.isFile()) {
+        size = qint32(quint32(info.size()));
+    }
+    if (size < 0)
+        showCopyBox(QStringLiteral("IDS_ERROR_NON_FREE_SPACE"), kWidget::Message);
+    else
+        CopyFile(src, target);
+}
+
+void FM::copyTree(const QString& src, const QString& dstDir)
+{
+    const QStringList files = GetFilesInFolder(src);
+    if (files.isEmpty()) {
+        copyByShell(src, dstDir);
+        return;
+    }
+    const qsizetype parentLength = getFilePath(src).size();
+    for (const QString& file : files) {
+        const QString destination = dstDir + file.mid(parentLength);
+        makeFolderOf(destination);
+        CopyFile(file, destination);
+    }
+}
+
+bool FM::CopyFile(const QString& src, const QString& dst)
+{
+    const QFileInfo info(src);
+    if (!info.isFile()) {
+        textView->init();
+        return true;
+    }
+    const auto total = qint32(quint32(info.size()));
+    const QString totalText = countSize(total);
+    const QString head = QStringLiteral("%1\nto\n%2").arg(src, dst);
+    const auto show = [&head, &totalText](int percent, quint32 done) {
+        showCopyBox(head + QStringLiteral("<hr>Completed: %1% (%2/%3)")
+                               .arg(QString::number(percent), countSize(done), totalText),
+                    kWidget::Plain);
+    };
+    show(0, 0);
+    const bool copied = copyFileBlocks(
+        src, dst, [&show, total](quint32 done) { show(copiedPercent(done, total), done); },
+        [] { ZApplication::processEvents(); });
+    if (copied)
+        textView->init();
+    return copied;
+}

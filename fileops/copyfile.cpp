@@ -1,0 +1,97 @@
+#include "fileops/copyfile.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+namespace
+{
+
+/// A file descriptor that is closed with its owner. Opening never waits, be it for a FIFO's other
+/// end or for a device.
+class Descriptor
+{
+public:
+    Descriptor(const QString& path, int flags)
+        : number_(open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666))
+    {
+    }
+    ~Descriptor()
+    {
+        if (isOpen())
+            close(number_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    bool isOpen() const { return number_ >= 0; }
+    int number() const { return number_; }
+
+private:
+    int number_;
+};
+
+/// Fills a block as far as the file goes; -1 when reading fails.
+ssize_t readBlock(int file, char* block)
+{
+    ssize_t filled = 0;
+    while (filled < CopyBlockBytes) {
+        const ssize_t got = read(file, block + filled, size_t(CopyBlockBytes - filled));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return -1;
+        if (got == 0)
+            break;
+        filled += got;
+    }
+    return filled;
+}
+
+bool writeBlock(int file, const char* block, ssize_t size)
+{
+    for (ssize_t written = 0; written < size;) {
+        const ssize_t put = write(file, block + written, size_t(size - written));
+        if (put < 0 && errno == EINTR)
+            continue;
+        if (put <= 0)
+            return false;
+        written += put;
+    }
+    return true;
+}
+
+} // namespace
+
+bool copyFileBlocks(const QString& source, const QString& destination,
+                    const std::function<void(quint32 done)>& progress,
+                    const std::function<void()>& pause)
+{
+    pause();
+    const Descriptor from(source, O_RDONLY);
+    if (!from.isOpen()) {
+        pause();
+        return true;
+    }
+    const auto block = std::make_unique_for_overwrite<char[]>(size_t(CopyBlockBytes));
+    const Descriptor to(destination, O_WRONLY | O_CREAT | O_TRUNC);
+    quint32 done = 0;
+    ssize_t size = CopyBlockBytes;
+    while (size == CopyBlockBytes) {
+        size = readBlock(from.number(), block.get());
+        if (size < 0 || !to.isOpen() || !writeBlock(to.number(), block.get(), size))
+            return false;
+        progress(done);
+        done += quint32(size);
+        pause();
+    }
+    pause();
+    return true;
+}
+
+int copiedPercent(quint32 done, qint32 total)
+{
+    return total == 0 ? 0 : int(double(done) * 100 / double(total));
+}

@@ -1,0 +1,107 @@
+// The size of a folder and the properties of an entry.
+
+#include "shell/fm.h"
+
+#include "fileops/linktext.h"
+#include "fileops/permissiontext.h"
+#include "fileops/walk.h"
+#include "lang/texts.h"
+#include "platform/zapplication.h"
+#include "platform/zscreen.h"
+#include "widgets/kwidget.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace
+{
+
+const QLatin1String Icon("res/img/props.png");
+
+QString typeText(const QFileInfo& info)
+{
+    if (info.isSymLink())
+        return LANG_SYMLINK;
+    if (info.isDir())
+        return LANG_FOLDER;
+    return info.isFile() ? LANG_FILE : LANG_UNK;
+}
+
+/// The first section: what it is and where.
+QString identityText(const QString& path, const QFileInfo& info)
+{
+    QString text = QLatin1Char(' ') + LANG_TYPE + QStringLiteral(": ") + typeText(info);
+    text += QStringLiteral("\n ") + LANG_NAME + QStringLiteral(": ") + FM::getFileName(path);
+    text += QStringLiteral("\n ") + LANG_PATH + QStringLiteral(": ") + path;
+    if (info.isSymLink())
+        text += QStringLiteral("\n LinkPath: ") + linkText(path);
+    return text;
+}
+
+/// "1.5 Kb (1536 b)"; up to a kilobyte the exact number would only repeat the first.
+QString sizeWithBytes(quint32 bytes, const QString& mark)
+{
+    constexpr quint32 Kilobyte = 1024;
+    QString text = mark + FM::countSize(bytes);
+    if (bytes > Kilobyte)
+        text += QStringLiteral(" (") + mark + QString::number(bytes) + QStringLiteral(" b)");
+    return text;
+}
+
+} // namespace
+
+qint32 FM::GetDirSize(const QString& folder)
+{
+    FolderCount count{dirCount, fileCount, 0};
+    const auto publish = [this, &count] {
+        dirCount = count.folders;
+        fileCount = count.files;
+    };
+    countFolder(
+        folder, count,
+        [&publish] {
+            publish();
+            ZApplication::processEvents();
+        },
+        [] { return processView->isClosed() || ZApplication::isQuitting(); });
+    publish();
+    return qint32(count.bytes);
+}
+
+QStringList FM::GetFilesInFolder(const QString& folder)
+{
+    return filesBelow(folder);
+}
+
+QString FM::folderSizeText(const QString& path, const QString& textSoFar)
+{
+    dirCount = -1;
+    fileCount = 0;
+    processView->init();
+    processView->showProcess(LANG_PROPERTIES, textSoFar + QStringLiteral("..."), Qt::AlignLeft,
+                             QString(), 0, Icon, kWidget::Message);
+    const auto total = quint32(GetDirSize(path));
+    const bool cancelled = processView->isClosed();
+    processView->init();
+    const QString mark = cancelled ? QStringLiteral(">") : QString();
+    return sizeWithBytes(total, mark) + QStringLiteral("\n ") + LANG_DIRS + QStringLiteral(": ") +
+           mark + QString::number(dirCount) + QStringLiteral(" | ") + LANG_FILES +
+           QStringLiteral(": ") + mark + QString::number(fileCount);
+}
+
+void FM::slot_Properties()
+{
+    const QString path = getActiveFileName();
+    if (path.isEmpty() || getFileName(path) == QLatin1String(".."))
+        return;
+    const ZScreen::MainInputPause pause;
+    const QFileInfo info(path);
+    QString text = identityText(path, info);
+    text += QStringLiteral("<hr> ") + LANG_SIZE + QStringLiteral(": ");
+    text +=
+        info.isDir() ? folderSizeText(path, text) : sizeWithBytes(quint32(info.size()), QString());
+    text += QStringLiteral("<hr> ") + LANG_OWNER + QStringLiteral(": ") + info.owner();
+    text += QStringLiteral("\n ") + LANG_PERM + QStringLiteral(": ") +
+            permissionText(info.permissions());
+    textView->showText(LANG_PROPERTIES, text, Qt::AlignLeft, Icon, kWidget::Message);
+}

@@ -1,0 +1,61 @@
+// Renaming an entry and making a folder.
+
+#include "shell/fm.h"
+
+#include "browser/filebrowserftab.h"
+#include "lang/texts.h"
+#include "widgets/kwidget.h"
+#include "widgets/textinput.h"
+
+#include <QDir>
+
+namespace
+{
+
+void showError(const QString& text)
+{
+    textView->showText(LANG_ERROR, text, Qt::AlignHCenter, QStringLiteral("res/img/error.png"),
+                       kWidget::Message);
+}
+
+} // namespace
+
+void FM::slot_Rename()
+{
+    FileBrowserFtab* active = activePanel();
+    if (active == nullptr || active->curFile.isEmpty())
+        return;
+    const QString old = active->curFile;
+    const QString name = getFileName(old);
+    const QString folder = getFilePath(old);
+    textInput->inputText = name;
+    const QString prompt = LANG_RENAME + QStringLiteral(" \"") + name + QStringLiteral("\":");
+    if (textInput->showText(LANG_RENAME, prompt, QStringLiteral("res/img/rename.png")) == 0)
+        return;
+    const QString renamed = folder + textInput->inputText;
+    if (QFile::exists(renamed)) {
+        showError(LANG_RENAME_EXISTS);
+    } else if (!QDir().rename(old, renamed)) {
+        showError(LANG_RENAME_ERROR);
+    } else {
+        active->setDir(folder, active->curIndex);
+        relist(active == panel(Panel1) ? panel(Panel2) : panel(Panel1));
+    }
+}
+
+void FM::slot_MkDir()
+{
+    FileBrowserFtab* active = activePanel();
+    const QString folder = active != nullptr ? active->curPath : QString();
+    textInput->inputText = QString();
+    if (textInput->showText(LANG_MKDIR, LANG_ENTER_DIRNAME, QStringLiteral("res/img/mkdir.png")) ==
+        0)
+        return;
+    const QString name = textInput->inputText;
+    if (name.isEmpty())
+        return;
+    if (active != nullptr && FileBrowserFtab::makedir(folder, name))
+        active->setDir(folder, active->curIndex);
+    else
+        showError(LANG_RENAME_DIREXISTS);
+}

@@ -1,0 +1,140 @@
+#include "launch/shellcommand.h"
+#include "shell/fm.h"
+#include "tests/support/scratchfolder.h"
+#include "tests/support/testmain.h"
+
+#include <QFile>
+
+#include <sys/wait.h>
+
+class tst_ShellCommand : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void pathIsItsUtf8BytesBetweenQuotes_data();
+    void pathIsItsUtf8BytesBetweenQuotes();
+    void bytesArePutInWithoutQuotes();
+    void shellReceivesThePathsBytes_data();
+    void shellReceivesThePathsBytes();
+    void shellExpandsWhatIsNotEscaped_data();
+    void shellExpandsWhatIsNotEscaped();
+    void statusOfTheShellIsReturned();
+    void commandInTheBackgroundIsNotWaitedFor();
+    void commandInTheForegroundIsWaitedFor();
+
+private:
+    /// What a program started by the shell gets as its only argument for a quoted path.
+    static QByteArray argumentFor(const QString& path);
+};
+
+QByteArray tst_ShellCommand::argumentFor(const QString& path)
+{
+    const ScratchFolder folder;
+    const QString output = FM::ExecFormat(folder.path("argument"));
+    runShell(QStringLiteral("printf %s ") + FM::ExecFormat(path) + QStringLiteral(" > ") + output);
+    return folder.read("argument");
+}
+
+void tst_ShellCommand::pathIsItsUtf8BytesBetweenQuotes_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("plain") << "/mmc/a.txt" << QByteArray("\"/mmc/a.txt\"");
+    QTest::newRow("empty") << "" << QByteArray("\"\"");
+    QTest::newRow("blanks") << "/my card/a b" << QByteArray("\"/my card/a b\"");
+    QTest::newRow("Latin-1") << QString::fromUtf8("/ü") << QByteArray("\"/\xc3\xbc\"");
+    QTest::newRow("Cyrillic") << QString::fromUtf8("/Я") << QByteArray("\"/\xd0\xaf\"");
+    QTest::newRow("four bytes") << QString::fromUtf8("/😀") << QByteArray("\"/\xf0\x9f\x98\x80\"");
+    QTest::newRow("special characters stay")
+        << "/a\"b$c\\d`e'f" << QByteArray("\"/a\"b$c\\d`e'f\"");
+    QTest::newRow("percent signs stay") << "/%1 %2 %%" << QByteArray("\"/%1 %2 %%\"");
+}
+
+void tst_ShellCommand::pathIsItsUtf8BytesBetweenQuotes()
+{
+    QFETCH(QString, path);
+    QFETCH(QByteArray, bytes);
+    QCOMPARE(FM::ExecFormat(path), QString::fromLatin1(bytes));
+    QCOMPARE(quotedForShell(path), QString::fromLatin1(bytes));
+    QCOMPARE(FM::ExecFormat(path).toLatin1(), bytes);
+}
+
+void tst_ShellCommand::bytesArePutInWithoutQuotes()
+{
+    QCOMPARE(shellBytes(QString::fromUtf8("/Я b/")).toLatin1(), QByteArray("/\xd0\xaf b/"));
+    QCOMPARE(shellBytes(QString()), QString());
+}
+
+void tst_ShellCommand::shellReceivesThePathsBytes_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("plain") << "/mmc/a.txt";
+    QTest::newRow("blanks") << "/my  card/ a b ";
+    QTest::newRow("empty") << "";
+    QTest::newRow("Latin-1") << QString::fromUtf8("/mmc/Müsik/ß");
+    QTest::newRow("Cyrillic") << QString::fromUtf8("/Карта/Музыка.mp3");
+    QTest::newRow("Chinese") << QString::fromUtf8("/卡/音乐");
+    QTest::newRow("beyond the first plane") << QString::fromUtf8("/😀");
+    QTest::newRow("decomposed") << QString::fromUtf8("/u\u0308");
+    QTest::newRow("shell's characters") << "/a;b&c|d>e<f(g)h*i?j#k~l!m'n[o]{p}";
+    QTest::newRow("line break") << "/a\nb";
+    QTest::newRow("tab") << "/a\tb";
+    QTest::newRow("percent signs") << "/%1%s%%";
+    QTest::newRow("leading minus") << "-rf";
+    QTest::newRow("longest path") << QString(4095, QLatin1Char('p'));
+}
+
+void tst_ShellCommand::shellReceivesThePathsBytes()
+{
+    QFETCH(QString, path);
+    QCOMPARE(argumentFor(path), path.toUtf8());
+}
+
+void tst_ShellCommand::shellExpandsWhatIsNotEscaped_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QByteArray>("argument");
+    QTest::newRow("variable") << "/a$NO_SUCH_VARIABLE/b" << QByteArray("/a/b");
+    QTest::newRow("backslash before a dollar sign") << "/a\\$b" << QByteArray("/a$b");
+    QTest::newRow("two double quotes") << "/a\"b\"c" << QByteArray("/abc");
+}
+
+void tst_ShellCommand::shellExpandsWhatIsNotEscaped()
+{
+    QFETCH(QString, path);
+    QTEST(argumentFor(path), "argument");
+}
+
+void tst_ShellCommand::statusOfTheShellIsReturned()
+{
+    QCOMPARE(runShell("true"), 0);
+    const int status = runShell("exit 3");
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 3);
+}
+
+void tst_ShellCommand::commandInTheBackgroundIsNotWaitedFor()
+{
+    const ScratchFolder folder;
+    folder.makeFifo("gate");
+    // The reader behind the gate cannot end before something is written.
+    runShell("cat " + quotedForShell(folder.path("gate")) + " > " +
+             quotedForShell(folder.path("copy")) + "&");
+    QFile gate(folder.path("gate"));
+    QVERIFY(gate.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    QCOMPARE(gate.write("through"), 7);
+    gate.close();
+    QTRY_COMPARE(folder.read("copy"), QByteArray("through"));
+}
+
+void tst_ShellCommand::commandInTheForegroundIsWaitedFor()
+{
+    const ScratchFolder folder;
+    const QString file = quotedForShell(folder.path("done"));
+    runShell("i=0; while [ $i -lt 2000 ]; do i=$((i+1)); done; echo $i > " + file);
+    QCOMPARE(folder.read("done"), QByteArray("2000\n"));
+}
+
+QUARN_TEST_MAIN(tst_ShellCommand)
+#include "tst_shellcommand.moc"
