@@ -1,0 +1,173 @@
+// The keypad shortcuts of the main window.
+
+#include "shell/fm.h"
+
+#include "browser/filebrowserftab.h"
+#include "lang/texts.h"
+#include "launch/shellcommand.h"
+#include "platform/keymap.h"
+#include "platform/qcopchannel.h"
+#include "shell/settings.h"
+#include "widgets/kwidget.h"
+
+#include <QKeyEvent>
+
+namespace
+{
+
+const char Player[] = "LyraPlayer";
+
+} // namespace
+
+/// While the modifier is not held. It only begins to count with the next key.
+const FM::KeyAction FM::PlainKeys[] = {
+    {PhoneKey::Modifier, &FM::holdModifier},
+    {PhoneKey::Hide, &FM::hideWindow},
+    {PhoneKey::Music, &FM::playMusic},
+    {PhoneKey::MusicPrevious, &FM::previousTrack},
+    {PhoneKey::MusicNext, &FM::nextTrack},
+    {'*', &FM::toggleFullScreen},
+    {'#', &FM::toggleFullInfo},
+    {'0', &FM::toggleMultiSelect},
+};
+
+/// While it is held. The digits, which all do the same, are not in the table.
+const FM::KeyAction FM::ModifiedKeys[] = {
+    {'#', &FM::showTestBox},
+    {PhoneKey::Hide, &FM::askExit},
+    {PhoneKey::Music, &FM::showPlayer},
+};
+
+void FM::keyPressEvent(QKeyEvent* event)
+{
+    event->accept();
+    if (event->isAutoRepeat())
+        return;
+    const int code = PhoneKey::code(*event);
+    if (modKeyHeld) {
+        if (code >= '1' && code <= '9') {
+            pendingPlugin = code - '0';
+            slot_OpenWith();
+        }
+        for (const KeyAction& action : ModifiedKeys) {
+            if (action.code == code)
+                return (this->*action.run)();
+        }
+        return;
+    }
+    for (const KeyAction& action : PlainKeys) {
+        if (action.code == code)
+            return (this->*action.run)();
+    }
+}
+
+void FM::keyReleaseEvent(QKeyEvent* event)
+{
+    event->accept();
+    if (!event->isAutoRepeat() && PhoneKey::code(*event) == PhoneKey::Modifier)
+        modKeyHeld = false;
+}
+
+/// Sees the modifier's release when a box or menu has the focus.
+bool FM::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyRelease && watched->isWidgetType() && watched != this)
+        keyReleaseEvent(static_cast<QKeyEvent*>(event));
+    return ZKbMainWidget::eventFilter(watched, event);
+}
+
+void FM::holdModifier()
+{
+    modKeyHeld = true;
+}
+
+void FM::hideWindow()
+{
+    hide();
+}
+
+bool FM::playerInstalled()
+{
+    if (searchPlugin(QString::fromLatin1(Player)))
+        return true;
+    textView->showText(LANG_ERROR, QStringLiteral("Please install LyraPlayer"), Qt::AlignHCenter,
+                       QStringLiteral("res/img/error.png"), kWidget::Message);
+    return false;
+}
+
+void FM::playMusic()
+{
+    if (playerInstalled())
+        LyraPlayer();
+}
+
+void FM::sendToPlayer(const char* message)
+{
+    if (playerInstalled() && QCopChannel::isRegistered(Player))
+        QCopChannel::send(Player, message);
+}
+
+void FM::previousTrack()
+{
+    sendToPlayer("prew");
+}
+
+void FM::nextTrack()
+{
+    sendToPlayer("next");
+}
+
+void FM::showPlayer()
+{
+    modKeyHeld = false;
+    if (!playerInstalled())
+        return;
+    if (QCopChannel::isRegistered(Player)) {
+        QCopChannel::send(Player, "show");
+        return;
+    }
+    processView->showProcess(QStringLiteral("Processing.."), QString(), 0, LANG_PLEASE_WAIT,
+                             Qt::AlignHCenter, QStringLiteral("res/img/open_with.png"),
+                             kWidget::Plain);
+    const QString folder = shellBytes(work_folder) + QStringLiteral("/plugins/LyraPlayer/");
+    runShell(folder + QStringLiteral("LyraPlayer -d ") + folder + QStringLiteral("TempList.m3u &"));
+    constexpr int LingerTicks = 15;
+    processView->stop(LingerTicks);
+}
+
+void FM::toggleFullScreen()
+{
+    full_scr = !full_scr;
+    fullScreenModeChanged(full_scr);
+}
+
+void FM::toggleFullInfo()
+{
+    for (FileBrowserFtab* each : panels_)
+        each->setFullInf();
+    for (FileBrowserFtab* each : panels_)
+        relist(each);
+}
+
+void FM::toggleMultiSelect()
+{
+    if (FileBrowserFtab* active = activePanel()) {
+        active->switchMultiSelect();
+        relist(active);
+    }
+}
+
+/// A display for trying out the progress box; nothing stops it but a key.
+void FM::showTestBox()
+{
+    processView->showProcess(LANG_PROPERTIES, QStringLiteral("Please wait"), Qt::AlignLeft,
+                             QStringLiteral("testing..."), 0, QStringLiteral("res/img/props.png"),
+                             kWidget::Message);
+    modKeyHeld = false;
+}
+
+void FM::askExit()
+{
+    CloseProgramm();
+    modKeyHeld = false;
+}

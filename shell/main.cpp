@@ -1,0 +1,45 @@
+#include "platform/zscreen.h"
+#include "shell/startup.h"
+
+#include <QGuiApplication>
+#include <QLoggingCategory>
+
+#include <cstdio>
+#include <cstring>
+
+namespace
+{
+
+QLoggingCategory::CategoryFilter followRules = nullptr;
+
+/// Debug texts are a documented interface: they reach stderr as they are, whatever the environment
+/// says about the toolkit's logging.
+void writeLine(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
+{
+    const QByteArray line = message.toUtf8() + '\n';
+    std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
+}
+
+/// Of the rules for the toolkit's logging only those count that are not about our own lines.
+void keepLinesOn(QLoggingCategory* category)
+{
+    followRules(category);
+    if (std::strcmp(category->categoryName(), "default") == 0) {
+        for (const QtMsgType type : {QtDebugMsg, QtInfoMsg, QtWarningMsg, QtCriticalMsg})
+            category->setEnabled(type, true);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qInstallMessageHandler(writeLine);
+    followRules = QLoggingCategory::installFilter(nullptr);
+    QLoggingCategory::installFilter(keepLinesOn);
+    QCoreApplication::setApplicationName(QStringLiteral("quarn"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Quarn"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("quarn"));
+    ZScreen::setScaleVariable("QUARN_SCALE");
+    return startQuarn(argc, argv);
+}

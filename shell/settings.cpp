@@ -1,0 +1,38 @@
+#include "shell/settings.h"
+
+#include "platform/zconfig.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
+QString work_folder;
+QString path_tab1 = QStringLiteral("/");
+QString path_tab2 = QStringLiteral("/");
+QString lang;
+bool full_scr = true;
+int header_type = 3;
+bool full_inf = false;
+
+void readConfig(const QString& programDir)
+{
+    const ZConfig config(programDir + QStringLiteral("fm.cfg"), true);
+    const auto text = [&config](const char* key, const QString& fallback = QStringLiteral("")) {
+        return config.readEntry(QStringLiteral("Setting"), QString::fromLatin1(key), fallback);
+    };
+    const auto number = [&text](const char* key) {
+        const long value = std::strtol(text(key).toLatin1().constData(), nullptr, 10);
+        // Cut off, a number beyond the range could become 0.
+        return int(std::clamp<long>(value, std::numeric_limits<int>::min(),
+                                    std::numeric_limits<int>::max()));
+    };
+    work_folder = text("Work_folder", QString());
+    if (work_folder.isEmpty())
+        work_folder = QString();
+    path_tab1 = text("Start_path_tab1");
+    path_tab2 = text("Start_path_tab2");
+    lang = text("Language");
+    full_scr = number("Full_screen") != 0;
+    header_type = number("Header_type");
+    full_inf = number("Full_info") != 0;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+// What the user sets in "fm.cfg", read once at start.
+
+/// The program's own folder, normally ending with "/". Null while the settings gave none.
+extern QString work_folder;
+/// The folders that the panels show first. May be empty.
+extern QString path_tab1;
+extern QString path_tab2;
+/// The language file's base name. May be empty.
+extern QString lang;
+extern bool full_scr;
+/// One of ZMainWidget::HeaderType.
+extern int header_type;
+/// Whether the panels show the line with size and date.
+extern bool full_inf;
+
+/// Fills all of the above from "fm.cfg" in `programDir` (which ends with "/", or is empty for the
+/// current folder). A key that is missing, or the whole file, leaves its setting empty, 0 or false.
+/// A work folder given as an empty text counts as not given.
+void readConfig(const QString& programDir);

@@ -1,0 +1,69 @@
+#include "shell/startup.h"
+
+#include "platform/keymap.h"
+#include "platform/qcopchannel.h"
+#include "platform/qdiskfont.h"
+#include "platform/zskinservice.h"
+#include "shell/fm.h"
+#include "shell/qdaemonapp.h"
+#include "shell/settings.h"
+#include "shell/util.h"
+
+#include <QElapsedTimer>
+
+namespace
+{
+
+const char Channel[] = "Quarn";
+const QLatin1String ProgramFont("ZarnikFont");
+
+/// Whether this process is the one to run. Another one that is just starting is waited for.
+bool becomeTheInstance()
+{
+    constexpr int LongestStartMilliseconds = 10000;
+    if (QCopChannel::isRegistered(Channel))
+        return false;
+    QElapsedTimer waited;
+    waited.start();
+    if (QCopChannel::reserve(Channel, LongestStartMilliseconds))
+        return true;
+    // Without a usable folder for channels there are no other instances to be found; the program
+    // is of use all the same.
+    return waited.elapsed() < LongestStartMilliseconds && !QCopChannel::isRegistered(Channel);
+}
+
+void registerFont(int weight)
+{
+    QDiskFont record;
+    record.factory = ZFontManager::firstFactory();
+    record.name = ProgramFont;
+    record.weight = weight;
+    record.flavour = QStringLiteral("s");
+    record.file = work_folder + QStringLiteral("res/font.ttf");
+    ZFontManager::diskFonts().append(record);
+}
+
+} // namespace
+
+int startQuarn(int argc, char** argv)
+{
+    const QDaemonApp local(argc, argv);
+    if (!becomeTheInstance()) {
+        QCopChannel::send(Channel, "show()");
+        return 0;
+    }
+    u = new util;
+    a = new QDaemonApp(argc, argv);
+    const QString programDir = u->getProgramDir();
+    readConfig(programDir);
+    KeyMap::instance().load(programDir + QStringLiteral("keymap.cfg"));
+    registerFont(25);
+    registerFont(87);
+    for (const QDiskFont& record : ZFontManager::diskFonts())
+        ZFontManager::addDiskFont(record);
+    quarn = new FM;
+    quarn->setFont(ZSkinService::font(ProgramFont, 14, 25));
+    a->setMainWidget(quarn);
+    quarn->show();
+    return a->exec();
+}
