@@ -1,0 +1,488 @@
+"""Drives the staged program as a user does: a virtual display, a copy of the work folder, keys,
+clicks, the debug stream and pictures of the window."""
+
+import contextlib
+import os
+import pathlib
+import re
+import select
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+
+from PIL import ImageGrab
+
+WIDTH, HEIGHT = 240, 320
+DEADLINE = 60  # seconds; for what takes a fraction of one on an idle machine
+POLL = 0.02    # seconds between two looks at something that is awaited
+
+# Names of the phone's keys, each with the X key that stands for it.
+KEYS = {
+    "up": "Up", "down": "Down", "left": "Left", "right": "Right", "select": "Return",
+    "modifier": "F1", "hide": "F2", "folderup": "F3", "softleft": "F9", "softright": "F11",
+    "pageup": "Prior", "pagedown": "Next", "music": "F26", "prev": "F28", "next": "F29",
+    "star": "asterisk", "hash": "numbersign", **{digit: digit for digit in "0123456789"},
+}
+
+SPARE_KEYCODES = {247: "F26", 248: "F28", 249: "F29"}
+
+# F12 asks the active window to close, as its button or a task bar would.
+MANAGER_SETTINGS = """<?xml version="1.0"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <keyboard><keybind key="F12"><action name="Close"/></keybind></keyboard>
+</openbox_config>
+"""
+
+# Root reads and writes everything; with these the program is bound as a user is.
+WITHOUT_ROOT_POWERS = ["setpriv", "--bounding-set", "-dac_override,-dac_read_search",
+                       "--inh-caps", "-all"]
+ENDS_WITH_US = ["setpriv", "--pdeathsig", "KILL"]
+
+
+class Failure(AssertionError):
+    pass
+
+
+def wait_until(condition, what="the condition", deadline=DEADLINE):
+    """Polls until condition() is true, and gives its value."""
+    end = time.monotonic() + deadline
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            what = what() if callable(what) else what
+            raise Failure(f"not within {deadline} s: {what}")
+        time.sleep(POLL)  # waits: the interval of polling
+
+
+def stage_folder():
+    stage = os.environ.get("QUARN_STAGE")
+    if not stage or not (pathlib.Path(stage) / "quarn").exists():
+        sys.exit("QUARN_STAGE must name a staged work folder")
+    return pathlib.Path(stage)
+
+
+def is_sanitized():
+    """Whether the staged program is the one that is built with the sanitizers."""
+    return b"__asan_init" in (stage_folder() / "quarn").read_bytes()
+
+
+def processes():
+    """(pid, parent, state) of every process."""
+    for entry in os.listdir("/proc"):
+        if entry.isdigit():
+            with contextlib.suppress(OSError):
+                stat = pathlib.Path("/proc", entry, "stat").read_text(errors="replace")
+                fields = stat.rpartition(")")[2].split()
+                yield int(entry), int(fields[1]), fields[0]
+
+
+def environment_of(pid):
+    with contextlib.suppress(OSError):
+        return pathlib.Path("/proc", str(pid), "environ").read_bytes().split(b"\0")
+    return []
+
+
+class Display:
+    """A virtual display of its own, optionally with a window manager."""
+
+    def __init__(self, width=300, height=400, window_manager=False):
+        self.folder = tempfile.mkdtemp(prefix="qd")
+        reading, writing = os.pipe()
+        self.server = subprocess.Popen(
+            [*ENDS_WITH_US, "Xvfb", "-displayfd", str(writing), "-screen", "0",
+             f"{width}x{height}x24", "-nolisten", "tcp", "-noreset"],
+            pass_fds=[writing], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL)
+        os.close(writing)
+        with open(reading) as pipe:
+            ready, _, _ = select.select([pipe], [], [], DEADLINE)
+            number = pipe.readline().strip() if ready else ""
+        if not number:
+            self.stop()
+            raise Failure("the virtual display did not start")
+        self.name = f":{number}"
+        self.add_keys()
+        self.manager = self.start_manager() if window_manager else None
+
+    def add_keys(self):
+        """The keyboard has no such keys. Without this xdotool lends it one for a moment, which is
+        often over when the program asks what was pressed."""
+        for code, key in SPARE_KEYCODES.items():
+            self.do("xmodmap", "-e", f"keycode {code} = {key}")
+
+    def start_manager(self):
+        settings = pathlib.Path(self.folder, "openbox.xml")
+        settings.write_text(MANAGER_SETTINGS)
+        manager = subprocess.Popen(
+            [*ENDS_WITH_US, "openbox", "--config-file", str(settings)], env=self.environment(),
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        wait_until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
+                   "a window manager")
+        return manager
+
+    def environment(self):
+        # No session bus: without an address its library would look for one, and leaks if none is.
+        return {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent",
+                "PATH": "/usr/local/bin:/usr/bin:/bin", "DISPLAY": self.name, "TZ": "UTC",
+                "LANG": "C.UTF-8", "HOME": self.folder, "XDG_RUNTIME_DIR": self.folder}
+
+    def run(self, *command):
+        """What an X client prints; empty if it fails."""
+        done = subprocess.run(command, env=self.environment(), capture_output=True, text=True,
+                              timeout=DEADLINE, check=False)
+        return done.stdout if done.returncode == 0 else ""
+
+    def do(self, *command):
+        """Runs an X client that must succeed."""
+        subprocess.run(command, env=self.environment(), check=True, capture_output=True,
+                       timeout=DEADLINE)
+
+    def screenshot(self):
+        return ImageGrab.grab(xdisplay=self.name).convert("RGB")
+
+    def pressed(self, *names):
+        # With no time in between a second press of a key would be taken for its auto-repeat.
+        self.do("xdotool", "key", "--delay", "12", *[KEYS[name] for name in names])
+
+    def windows(self, pid=None):
+        """The ids of the visible windows of the program, or of one process of it."""
+        of_process = [] if pid is None else ["--all", "--pid", str(pid)]
+        return self.run("xdotool", "search", "--onlyvisible", *of_process,
+                        "--class", "^quarn$").split()
+
+    def stop(self):
+        for process in (getattr(self, "manager", None), self.server):
+            if process is not None:
+                process.kill()
+                process.wait()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+
+class Program:
+    """One running copy of the program with a work folder, home and runtime folder of its own.
+
+    It must be stopped; stop() also fails if a process that it started is still there."""
+
+    def __init__(self, display, folder=None, second_folder="/", settings=None, name="work"):
+        self.display = display
+        self.base = pathlib.Path(tempfile.mkdtemp(prefix="q"))
+        self.stage = self.base / name
+        self.home = self.base / "home"
+        self.runtime = self.base / "run"
+        self.home.mkdir()
+        self.runtime.mkdir(mode=0o700)
+        shutil.copytree(stage_folder(), self.stage, symlinks=True)
+        self.settings = {"Work_folder": f"{self.stage}/", "Start_path_tab1": folder or self.home,
+                         "Start_path_tab2": second_folder, "Language": "english",
+                         "Full_screen": 0, "Header_type": 3, "Full_info": 1, **(settings or {})}
+        self.write_settings()
+        self.environment = {**display.environment(), "HOME": str(self.home), "QUARN_SCALE": "1",
+                            "XDG_RUNTIME_DIR": str(self.runtime), "QT_QPA_PLATFORM": "xcb"}
+        for variable in ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS"):
+            if variable in os.environ:
+                self.environment[variable] = os.environ[variable]
+        # The toolkit's keyboard library copies counted strings that no zero ends.
+        if "ASAN_OPTIONS" in self.environment:
+            self.environment["ASAN_OPTIONS"] += ":strict_string_checks=0"
+        self.process = None
+        self.lines = []
+        self.mark = 0
+        self.place = None
+
+    def write_settings(self):
+        text = "".join(f"{key} = {value}\n" for key, value in self.settings.items()
+                       if value is not None)
+        (self.stage / "fm.cfg").write_text(f"[Setting]\n{text}")
+
+    # Starting and ending.
+
+    def command(self, start=None, prefix=()):
+        return [*prefix, *(start or [str(self.stage / "quarn")])]
+
+    def start(self, start=None, prefix=(), cwd="/", wait=True, **environment):
+        """Starts the program by its absolute path unless told otherwise. Environment entries of
+        None are taken away. With `wait` it is ready for keys afterwards."""
+        if self.process is not None:
+            self.reader.join(DEADLINE)
+            self.process.stderr.close()
+        self.lines, self.mark, self.place = [], 0, None
+        self.process = self.spawn(start, [*ENDS_WITH_US, *prefix], cwd, **environment)
+        self.reader = threading.Thread(target=self.read, args=(self.process.stderr, self.lines),
+                                       daemon=True)
+        self.reader.start()
+        if wait:
+            self.wait_ready()
+        return self
+
+    def spawn(self, start=None, prefix=(), cwd="/", **environment):
+        """Only starts a process; the caller looks after it."""
+        merged = {key: value for key, value in {**self.environment, **environment}.items()
+                  if value is not None}
+        return subprocess.Popen(self.command(start, prefix), cwd=cwd, env=merged,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                stderr=subprocess.PIPE)
+
+    @staticmethod
+    def read(stream, lines):
+        for line in stream:
+            lines.append(line.decode(errors="surrogateescape").rstrip("\n"))
+
+    def start_again(self, **environment):
+        """A second start; waits for its end. Gives (status, debug lines)."""
+        second = self.spawn(**environment)
+        try:
+            _, errors = second.communicate(timeout=DEADLINE)
+        finally:
+            second.kill()
+            second.wait()
+        return second.returncode, errors.decode(errors="replace").splitlines()
+
+    def wait_ready(self):
+        """Waits until both panels are listed and the start box, which takes all keys, is gone."""
+        wait_until(lambda: len(self.listings()) >= 2 or not self.is_running(), self.describe)
+        if not self.is_running():
+            raise Failure(f"ended with {self.process.poll()}: {self.lines}")
+        wait_until(lambda: not self.shows_box(), "the start box to go")
+
+    def shows_box(self):
+        """Whether a message, question or progress box is up, by its black title: a box is 220 wide
+        and in the middle. Not to be asked on the about page, which is black."""
+        picture = self.screenshot()
+        if picture is None:
+            return True
+        scale = picture.width / WIDTH
+        return any(all(picture.getpixel((int(x * scale), int(y * scale))) == (0, 0, 0)
+                       for x in (12, 40, 200, 228)) for y in range(70, 260))
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    def wait_end(self, deadline=DEADLINE):
+        """The exit status of the program, which ends by itself."""
+        wait_until(lambda: self.process.poll() is not None, "the program to end", deadline)
+        self.reader.join(DEADLINE)
+        return self.process.returncode
+
+    def kill(self, number=signal.SIGKILL):
+        self.process.send_signal(number)
+
+    def relatives(self):
+        """Processes that have this program's home, apart from itself."""
+        home = os.fsencode(f"HOME={self.home}")
+        return [pid for pid, _, state in processes()
+                if state != "Z" and home in environment_of(pid)
+                and (self.process is None or pid != self.process.pid)]
+
+    def stop(self):
+        """Ends the program and takes its folders away. The second time it does nothing."""
+        if not self.base.exists():
+            return
+        crashed = None
+        if self.process is not None:
+            crashed = self.process.poll() if self.process.poll() not in (None, 0, -9, -15) else None
+            if self.is_running():
+                self.kill(signal.SIGCONT)
+                self.kill(signal.SIGTERM if is_sanitized() else signal.SIGKILL)
+            try:
+                self.process.wait(DEADLINE)
+            except subprocess.TimeoutExpired:
+                self.kill()
+                self.process.wait()
+        left = self.relatives()
+        for pid in left:
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(pid, signal.SIGKILL)
+        if self.process is not None:
+            self.reader.join(DEADLINE)
+            self.process.stderr.close()
+        subprocess.run(["chmod", "-R", "u+rwX", self.base], check=False)
+        shutil.rmtree(self.base, ignore_errors=True)
+        if crashed is not None:
+            raise Failure(f"the program ended with {crashed}: {self.lines}")
+        if left:
+            raise Failure(f"processes survived: {left}")
+        report = [line for line in self.lines if "Sanitizer" in line or "runtime error" in line]
+        if report:
+            raise Failure("\n".join(self.lines))
+
+    # The debug stream.
+
+    def describe(self):
+        return f"got these lines: {self.lines}"
+
+    def listings(self, start=0):
+        head = "fb::set path "
+        return [line[len(head):] for line in self.lines[start:] if line.startswith(head)]
+
+    def wait_for_line(self, text, start=0, deadline=DEADLINE):
+        return wait_until(lambda: text in self.lines[start:],
+                          lambda: f"the line {text!r} in {self.lines[start:]}", deadline)
+
+    def wait_for_listing(self, path, deadline=DEADLINE):
+        """A listing of the folder since the last key."""
+        wait_until(lambda: str(path) in self.listings(self.mark),
+                   lambda: f"a listing of {path}; got {self.listings(self.mark)}", deadline)
+
+    # What the user does.
+
+    def key(self, *names):
+        """Presses and releases phone keys, one after the other."""
+        self.mark = len(self.lines)
+        self.display.pressed(*names)
+
+    def keydown(self, name):
+        self.mark = len(self.lines)
+        self.display.do("xdotool", "keydown", KEYS[name])
+
+    def keyup(self, name):
+        self.display.do("xdotool", "keyup", KEYS[name])
+
+    def with_modifier(self, *names):
+        """Presses keys while the modifier is held."""
+        self.keydown("modifier")
+        self.key(*names)
+        self.keyup("modifier")
+
+    def click(self, x, y, button=1):
+        """A click at a point of the screen, in pixels of the window."""
+        self.mark = len(self.lines)
+        left, top, _, _ = self.rectangle()
+        self.display.do("xdotool", "mousemove", str(left + x), str(top + y), "click", str(button))
+
+    # What the user sees.
+
+    def window(self):
+        """The id of the visible window; None without one."""
+        windows = self.display.windows(self.process.pid if self.process else None)
+        return windows[0] if windows else None
+
+    def rectangle(self):
+        """(left, top, width, height) of the window on the display; None without one."""
+        if self.place is None:
+            window = self.window()
+            if window is None:
+                return None
+            text = self.display.run("xwininfo", "-id", window)
+            wanted = ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
+            numbers = [re.search(rf"{name}: +(-?\d+)", text) for name in wanted]
+            if None in numbers:
+                return None
+            place = tuple(int(match[1]) for match in numbers)
+            if self.display.manager is not None:
+                return place  # the manager may move it at any time
+            self.place = place
+        return self.place
+
+    def screenshot(self):
+        """A picture of the window; None without one."""
+        place = self.rectangle()
+        if place is None:
+            return None
+        left, top, width, height = place
+        return self.display.screenshot().crop((left, top, left + width, top + height))
+
+    def wait_stable(self, deadline=DEADLINE):
+        """The picture as soon as two pictures that follow one another are equal."""
+        last = None
+
+        def settled():
+            nonlocal last
+            before, last = last, self.screenshot()
+            return last is not None and before is not None and last.tobytes() == before.tobytes()
+
+        wait_until(settled, "a picture that stays the same", deadline)
+        return last
+
+    def wait_change(self, before, deadline=DEADLINE):
+        """The settled picture after it has become another one than `before`."""
+        def changed():
+            now = self.screenshot()
+            return now is not None and now.tobytes() != before.tobytes()
+
+        wait_until(changed, "the picture to change", deadline)
+        return self.wait_stable(deadline)
+
+    def wait_hidden(self):
+        wait_until(lambda: self.window() is None, "the window to go")
+        self.place = None
+
+    def wait_shown(self):
+        self.place = None
+        wait_until(self.rectangle, "the window to come")
+
+    # What the program does.
+
+    def wake_ups(self):
+        """How often its threads have gone to sleep by themselves."""
+        total = 0
+        for task in pathlib.Path("/proc", str(self.process.pid), "task").iterdir():
+            status = (task / "status").read_text()
+            total += int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", status, re.MULTILINE)[1])
+        return total
+
+    def wait_idle(self, calm=0.3, deadline=DEADLINE):
+        """Waits until nothing has woken the program for `calm` seconds."""
+        last, since = self.wake_ups(), time.monotonic()
+
+        def is_calm():
+            nonlocal last, since
+            now = self.wake_ups()
+            if now != last:
+                last, since = now, time.monotonic()
+            return time.monotonic() - since >= calm
+
+        wait_until(is_calm, "the program to become idle", deadline)
+
+
+def make_file(path, content=b"", stamp="2008-03-05"):
+    """A file of this content and day, the same wherever and whenever it is made."""
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(content)
+    set_day(path, stamp)
+    return path
+
+
+def make_folder(path, stamp="2008-12-25"):
+    path.mkdir(parents=True, exist_ok=True)
+    set_day(path, stamp)
+    return path
+
+
+def set_day(path, stamp):
+    seconds = time.mktime(time.strptime(f"{stamp} 12:00 UTC", "%Y-%m-%d %H:%M %Z"))
+    os.utime(path, (seconds, seconds), follow_symlinks=False)
+
+
+class Case(unittest.TestCase):
+    """A test with a display that its class shares."""
+
+    display_options = {}
+
+    @classmethod
+    def setUpClass(cls):
+        cls.display = Display(**cls.display_options)
+        cls.addClassCleanup(cls.display.stop)
+
+    def program(self, *arguments, **options):
+        """A program that is stopped when the test is over; not started yet."""
+        program = Program(self.display, *arguments, **options)
+        self.addCleanup(program.stop)
+        return program
+
+    def scratch(self):
+        folder = pathlib.Path(tempfile.mkdtemp(prefix="qs"))
+        self.addCleanup(shutil.rmtree, folder, True)
+        return folder
+
+
+def main():
+    os.environ["TZ"] = "UTC"
+    time.tzset()
+    unittest.main(verbosity=2)
