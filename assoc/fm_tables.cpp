@@ -6,10 +6,23 @@
 #include "assoc/mimetable.h"
 #include "assoc/plugintable.h"
 #include "browser/filebrowserftab.h"
+#include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zoptionsmenu.h"
+#include "platform/zpixmap.h"
 #include "shell/settings.h"
 #include "shell/util.h"
+#include "widgets/textinput.h"
+
+namespace
+{
+
+QString bookmarkFile()
+{
+    return work_folder + QStringLiteral("/bookmark.cfg");
+}
+
+} // namespace
 
 void FM::MimeConfig()
 {
@@ -23,7 +36,7 @@ void FM::PluginConfig()
 
 void FM::BookmarkConfig()
 {
-    const Bookmarks bookmarks = readBookmarks(work_folder + QStringLiteral("/bookmark.cfg"));
+    const Bookmarks bookmarks = readBookmarks(bookmarkFile());
     bookmarkList = bookmarks.names;
     bookmarkPaths = bookmarks.paths;
 }
@@ -48,4 +61,34 @@ void FM::slot_BookMark()
     FileBrowserFtab* active = activePanel();
     if (active != nullptr)
         active->setDir(bookmarkPaths.value(bookmarkMenu->getActiveItemId()), 0);
+}
+
+void FM::slot_AddBookMark()
+{
+    textInput->inputText = QString();
+    if (textInput->showText(LANG_BOOKMARK, LANG_ADD_BOOKMARK + QLatin1Char(':'),
+                            QStringLiteral("res/img/bookmark.png")) == 0)
+        return;
+    QString name = textInput->inputText;
+    if (name.isEmpty() || name.startsWith(QLatin1Char(' ')))
+        name = QStringLiteral("BookMark");
+    const FileBrowserFtab* active = activePanel();
+    const QString folder = active != nullptr ? active->curPath : QString();
+    // One that cannot be kept lives until the program ends.
+    appendBookmark(bookmarkFile(), name, folder);
+    bookmarkList.append(name);
+    bookmarkPaths.append(folder);
+    growBookmarkMenu();
+}
+
+/// Turns the item that adds bookmarks into the new bookmark, and adds it anew below.
+void FM::growBookmarkMenu()
+{
+    const int chosen = bookmarkMenu->getActiveItemId();
+    bookmarkMenu->changeItem(chosen, bookmarkList.value(chosen), QPixmap());
+    bookmarkMenu->disconnectItem(chosen, this, "slot_AddBookMark()");
+    bookmarkMenu->connectItem(chosen, this, "slot_BookMark()");
+    QPixmap icon;
+    loadPixmap(icon, work_folder + QStringLiteral("res/img/add.png"));
+    insertAddBookmark(chosen + 1, icon);
 }

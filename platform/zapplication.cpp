@@ -49,6 +49,30 @@ void keepArguments(int argc, char** argv)
     kept.pointers.push_back(nullptr);
 }
 
+/// Leaves an environment variable as it was.
+class KeptVariable
+{
+public:
+    explicit KeptVariable(const char* name)
+        : name_(name), wasSet_(qEnvironmentVariableIsSet(name)), value_(qgetenv(name))
+    {
+    }
+    ~KeptVariable()
+    {
+        if (wasSet_)
+            qputenv(name_, value_);
+        else
+            qunsetenv(name_);
+    }
+    KeptVariable(const KeptVariable&) = delete;
+    KeptVariable& operator=(const KeptVariable&) = delete;
+
+private:
+    const char* name_;
+    bool wasSet_;
+    QByteArray value_;
+};
+
 /// File names and debug texts are UTF-8. Without this the toolkit would switch over by itself, with
 /// a warning on stderr at every start.
 void useUtf8Locale()
@@ -101,6 +125,9 @@ ZApplication::ZApplication(const int& argc, char** argv, [[maybe_unused]] int ty
     quitting = false;
     useUtf8Locale();
     keepArguments(argc, argv);
+    // What only this process is told is not for the programs that it starts.
+    const KeptVariable scaling("QT_ENABLE_HIGHDPI_SCALING");
+    const KeptVariable factor("QT_SCALE_FACTOR");
     ZScreen::prepareScale(arguments().count, arguments().pointers.data());
     auto* toolkit = new ToolkitApplication(arguments().count, arguments().pointers.data());
     // A hidden program goes on running.

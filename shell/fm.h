@@ -141,6 +141,8 @@ private:
     void drawAbout();
     void fillOpenWithMenu(QPixmap& icon);
     void fillBookmarkMenu(QPixmap& icon);
+    void insertAddBookmark(int position, const QPixmap& icon);
+    void growBookmarkMenu();
     void addTab(QWidget* page, const char* icon);
 
     // What keys do.

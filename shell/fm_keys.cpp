@@ -4,20 +4,11 @@
 
 #include "browser/filebrowserftab.h"
 #include "lang/texts.h"
-#include "launch/shellcommand.h"
 #include "platform/keymap.h"
-#include "platform/qcopchannel.h"
 #include "shell/settings.h"
 #include "widgets/kwidget.h"
 
 #include <QKeyEvent>
-
-namespace
-{
-
-const char Player[] = "LyraPlayer";
-
-} // namespace
 
 /// While the modifier is not held. It only begins to count with the next key.
 const FM::KeyAction FM::PlainKeys[] = {
@@ -84,55 +75,6 @@ void FM::holdModifier()
 void FM::hideWindow()
 {
     hide();
-}
-
-bool FM::playerInstalled()
-{
-    if (searchPlugin(QString::fromLatin1(Player)))
-        return true;
-    textView->showText(LANG_ERROR, QStringLiteral("Please install LyraPlayer"), Qt::AlignHCenter,
-                       QStringLiteral("res/img/error.png"), kWidget::Message);
-    return false;
-}
-
-void FM::playMusic()
-{
-    if (playerInstalled())
-        LyraPlayer();
-}
-
-void FM::sendToPlayer(const char* message)
-{
-    if (playerInstalled() && QCopChannel::isRegistered(Player))
-        QCopChannel::send(Player, message);
-}
-
-void FM::previousTrack()
-{
-    sendToPlayer("prew");
-}
-
-void FM::nextTrack()
-{
-    sendToPlayer("next");
-}
-
-void FM::showPlayer()
-{
-    modKeyHeld = false;
-    if (!playerInstalled())
-        return;
-    if (QCopChannel::isRegistered(Player)) {
-        QCopChannel::send(Player, "show");
-        return;
-    }
-    processView->showProcess(QStringLiteral("Processing.."), QString(), 0, LANG_PLEASE_WAIT,
-                             Qt::AlignHCenter, QStringLiteral("res/img/open_with.png"),
-                             kWidget::Plain);
-    const QString folder = shellBytes(work_folder) + QStringLiteral("/plugins/LyraPlayer/");
-    runShell(folder + QStringLiteral("LyraPlayer -d ") + folder + QStringLiteral("TempList.m3u &"));
-    constexpr int LingerTicks = 15;
-    processView->stop(LingerTicks);
 }
 
 void FM::toggleFullScreen()

@@ -133,6 +133,11 @@ void FM::fillBookmarkMenu(QPixmap& icon)
         bookmarkMenu->connectItem(i, this, "slot_BookMark()");
     }
     loadMenuIcon(icon, QStringLiteral("add.png"));
-    bookmarkMenu->insertItem(Indent + LANG_ADD_BOOKMARK, nullptr, icon, true, count, count);
-    bookmarkMenu->connectItem(count, this, "slot_AddBookMark()");
+    insertAddBookmark(count, icon);
+}
+
+void FM::insertAddBookmark(int position, const QPixmap& icon)
+{
+    bookmarkMenu->insertItem(Indent + LANG_ADD_BOOKMARK, nullptr, icon, true, position, position);
+    bookmarkMenu->connectItem(position, this, "slot_AddBookMark()");
 }

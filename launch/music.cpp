@@ -1,0 +1,127 @@
+// Playing music: what is picked in a panel becomes the player's file or list.
+
+#include "shell/fm.h"
+
+#include "lang/texts.h"
+#include "launch/commandlines.h"
+#include "launch/shellcommand.h"
+#include "platform/qcopchannel.h"
+#include "platform/zapplication.h"
+#include "shell/settings.h"
+#include "widgets/kwidget.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace
+{
+
+const char Channel[] = "LyraPlayer";
+// Ticks of the busy box after the player was started.
+constexpr int LingerTicks = 15;
+
+void showBusy(const QString& above)
+{
+    processView->showProcess(QStringLiteral("Processing.."), above,
+                             above.isEmpty() ? 0 : Qt::AlignHCenter, LANG_PLEASE_WAIT,
+                             Qt::AlignHCenter, QStringLiteral("res/img/open_with.png"),
+                             kWidget::Plain);
+}
+
+void showGenerating()
+{
+    showBusy(QStringLiteral("Generate playlist..."));
+}
+
+void startOnList()
+{
+    runShell(CommandLine::playList(work_folder));
+    processView->stop(LingerTicks);
+}
+
+void playMarked(const QStringList& entries)
+{
+    showGenerating();
+    processView->paintNow();
+    const QString list = CommandLine::playlist(work_folder);
+    if (QFile::exists(list))
+        QFile::remove(list);
+    // One pass more than there are entries: the list ends with an empty line.
+    for (qsizetype i = 0; i <= entries.size(); ++i) {
+        const QString entry = entries.value(i);
+        runShell(QFileInfo(entry).isDir() ? CommandLine::addFolder(work_folder, entry)
+                                          : CommandLine::addFile(work_folder, entry));
+    }
+    startOnList();
+}
+
+void playFolder(const QString& folder)
+{
+    showGenerating();
+    processView->paintNow();
+    ZApplication::processEvents();
+    runShell(CommandLine::listFolder(work_folder, folder));
+    startOnList();
+}
+
+} // namespace
+
+void FM::LyraPlayer()
+{
+    if (QCopChannel::isRegistered(Channel)) {
+        QCopChannel::send(Channel, "show");
+        return;
+    }
+    const QString current = getActiveFileName();
+    const QStringList marked = getActiveMultiStat() ? getActiveFileNames() : QStringList();
+    if (!marked.isEmpty())
+        playMarked(marked);
+    else if (QFileInfo(current).isDir())
+        playFolder(current);
+    else
+        runShell(CommandLine::playFile(work_folder, current));
+}
+
+bool FM::playerInstalled()
+{
+    if (searchPlugin(QString::fromLatin1(Channel)))
+        return true;
+    textView->showText(LANG_ERROR, QStringLiteral("Please install LyraPlayer"), Qt::AlignHCenter,
+                       QStringLiteral("res/img/error.png"), kWidget::Message);
+    return false;
+}
+
+void FM::playMusic()
+{
+    if (playerInstalled())
+        LyraPlayer();
+}
+
+void FM::sendToPlayer(const char* message)
+{
+    if (playerInstalled() && QCopChannel::isRegistered(Channel))
+        QCopChannel::send(Channel, message);
+}
+
+void FM::previousTrack()
+{
+    sendToPlayer("prew");
+}
+
+void FM::nextTrack()
+{
+    sendToPlayer("next");
+}
+
+void FM::showPlayer()
+{
+    modKeyHeld = false;
+    if (!playerInstalled())
+        return;
+    if (QCopChannel::isRegistered(Channel)) {
+        QCopChannel::send(Channel, "show");
+        return;
+    }
+    showBusy(QString());
+    startOnList();
+}
