@@ -123,6 +123,8 @@ bool ZKbMainWidget::eventFilter(QObject* watched, QEvent* event)
         (receiver != this && !isAncestorOf(receiver)))
         return false;
     const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->isAutoRepeat())
+        return false;
     switch (PhoneKey::code(*key)) {
     case PhoneKey::SoftLeft:
         return softKey_->activate(ZSoftKey::Left);

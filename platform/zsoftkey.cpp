@@ -53,8 +53,10 @@ ZOptionsMenu* ZSoftKey::optMenu(int key) const
 bool ZSoftKey::activate(int key)
 {
     ZOptionsMenu* menu = optMenu(key);
-    if (menu == nullptr)
+    if (menu == nullptr) {
+        emit pressed(key);
         return false;
+    }
     menu->show();
     return true;
 }

@@ -28,8 +28,12 @@ public:
     void setOptMenu(int key, ZOptionsMenu* menu);
     ZOptionsMenu* optMenu(int key) const;
 
-    /// What pressing the key does: opens its menu. False when it has none.
+    /// What pressing the key does: opens its menu. Without one it emits pressed() and returns false.
     bool activate(int key);
+
+signals:
+    /// A key that has no menu was pressed or tapped.
+    void pressed(int key);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

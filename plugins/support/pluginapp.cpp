@@ -1,0 +1,64 @@
+#include "plugins/support/pluginapp.h"
+
+#include "platform/keymap.h"
+#include "platform/qdiskfont.h"
+#include "platform/zscreen.h"
+#include "plugins/support/pluginwindow.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+
+namespace
+{
+
+constexpr int LightWeight = 25;
+constexpr int BlackWeight = 87;
+
+/// Before the application object is made, which reads it.
+int withScale(int argc)
+{
+    ZScreen::setScaleVariable("QUARN_SCALE");
+    return argc;
+}
+
+QString fileOf(int argc, char** argv)
+{
+    const int position = argc > 2 && qstrcmp(argv[1], "-d") == 0 ? 2 : 1;
+    return argc > position ? QFile::decodeName(argv[position]) : QString();
+}
+
+void registerFont(const QString& file)
+{
+    for (const int weight : {LightWeight, BlackWeight}) {
+        QDiskFont record;
+        record.factory = ZFontManager::firstFactory();
+        record.name = PluginWindow::FontFamily;
+        record.weight = weight;
+        record.flavour = QStringLiteral("s");
+        record.file = file;
+        ZFontManager::diskFonts().append(record);
+        ZFontManager::addDiskFont(record);
+    }
+}
+
+} // namespace
+
+PluginApp::PluginApp(int argc, char** argv, const QString& title)
+    : ZApplication(withScale(argc), argv, GuiClient), file_(fileOf(argc, argv))
+{
+    QCoreApplication::setApplicationName(title);
+    QGuiApplication::setApplicationDisplayName(title);
+    pluginFolder_ = QCoreApplication::applicationDirPath() + QLatin1Char('/');
+    workFolder_ = QDir::cleanPath(pluginFolder_ + QStringLiteral("../..")) + QLatin1Char('/');
+    registerFont(workFolder_ + QStringLiteral("res/font.ttf"));
+    KeyMap::instance().load(workFolder_ + QStringLiteral("keymap.cfg"));
+}
+
+int PluginApp::run(PluginWindow& window)
+{
+    setMainWidget(&window);
+    connect(ZScreen::instance(), &ZScreen::closeRequested, &window, &PluginWindow::end);
+    window.show();
+    return exec();
+}

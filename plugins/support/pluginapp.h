@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/zapplication.h"
+
+#include <QString>
+
+class PluginWindow;
+
+/// A plugin's application object. The file manager starts a plugin as "NAME -d FILE"; from a
+/// shell "NAME FILE" does too.
+///
+/// The work folder is found from where the executable lies (<work folder>/plugins/NAME/NAME). Its
+/// font and key map serve the plugin as they serve the file manager.
+class PluginApp : public ZApplication
+{
+    Q_OBJECT
+
+public:
+    /// `title` names the program to the user and to the window system.
+    PluginApp(int argc, char** argv, const QString& title);
+
+    /// The path that the plugin is to open; empty if none was given.
+    const QString& file() const { return file_; }
+    /// Ends with "/".
+    const QString& workFolder() const { return workFolder_; }
+    /// The plugin's own folder; ends with "/".
+    const QString& pluginFolder() const { return pluginFolder_; }
+
+    /// Shows the window and runs until it is ended or closed. Returns the exit status.
+    int run(PluginWindow& window);
+
+private:
+    QString file_;
+    QString workFolder_;
+    QString pluginFolder_;
+};

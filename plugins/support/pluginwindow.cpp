@@ -1,0 +1,58 @@
+#include "plugins/support/pluginwindow.h"
+
+#include "platform/keymap.h"
+#include "platform/zapplication.h"
+#include "platform/zscreen.h"
+#include "platform/zskinservice.h"
+#include "platform/zsoftkey.h"
+
+#include <QApplication>
+
+PluginWindow::PluginWindow(const QString& title)
+    : ZKbMainWidget(TitleUnderlined, nullptr, "ZMainWidget", {}),
+      softKey_(new ZSoftKey(QString(), this, this))
+{
+    setFont(ZSkinService::font(FontFamily, 14, 25));
+    resize(ZScreen::Width, ZScreen::Height);
+    setFocusPolicy(Qt::StrongFocus);
+    qApp->installEventFilter(this);
+    setMainWidgetTitle(title);
+    setSoftKey(softKey_);
+    setSoftKeyTexts(QString(), QStringLiteral("Exit"));
+    connect(softKey_, &ZSoftKey::pressed, this, [this](int key) {
+        if (key == ZSoftKey::Right)
+            end();
+        else
+            leftSoftKey();
+    });
+}
+
+PluginWindow::~PluginWindow() = default;
+
+void PluginWindow::setSoftKeyTexts(const QString& left, const QString& right)
+{
+    softKey_->setText(ZSoftKey::Left, left);
+    softKey_->setText(ZSoftKey::Right, right);
+}
+
+void PluginWindow::end()
+{
+    ZApplication::quit();
+}
+
+void PluginWindow::leftSoftKey() {}
+
+void PluginWindow::keyPressed(int code)
+{
+    if (code == '*')
+        fullScreenModeChanged(!isFullScreenMode());
+}
+
+void PluginWindow::keyPressEvent(QKeyEvent* event)
+{
+    event->accept();
+    const int code = PhoneKey::code(*event);
+    // The bar has answered to these.
+    if (code != PhoneKey::SoftLeft && code != PhoneKey::SoftRight)
+        keyPressed(code);
+}
