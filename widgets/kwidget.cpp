@@ -94,7 +94,8 @@ int kWidget::Show(int mode)
     waiting = mode == Question;
     visible = true;
     repaint();
-    if (isHidden())
+    // Work that shows one text after the other must not put off the first for ever.
+    if (isHidden() && !showTimer->isActive())
         showTimer->start();
     ZApplication::processEventsButInput();
     if (!waiting)
@@ -123,6 +124,7 @@ void kWidget::init()
     setGeometry(BoxLeft, ClearedTop, BoxWidth, ZScreen::Height);
     content = Content();
     composed = Content();
+    titleIcon = QPixmap();
     stale = true;
     y = 0;
     ZApplication::processEventsButInput();

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <QHash>
 #include <QPixmap>
 #include <QStringList>
 #include <QTimer>
 #include <QWidget>
+
+#include <utility>
 
 /// The box of every message, question and progress display: a title bar, wrapped texts, a busy
 /// animation and a key bar, composed off-screen and shown in the middle of the screen.
@@ -101,6 +104,7 @@ private:
     void drawAniIcon();
     void drawSoftKeys(int kind);
     void setText(const QString& text);
+    int advanceOf(char32_t character);
     void drawLines(QPainter& painter, int align);
     void reserve(int height);
     static QString framePath(int frame);
@@ -112,6 +116,8 @@ private:
     QTimer* showTimer;
     QTimer* paintTimer;
     QFont blockFont;
+    QHash<std::pair<int, char32_t>, int> advances; ///< of a size's characters, pixels
+    QPixmap titleIcon; ///< of the title on the canvas, so that it is not read for each progress
     bool closed = false;
     QStringList lines;
     bool visible = false;

@@ -103,9 +103,21 @@ void kWidget::setText(const QString& text)
 {
     const QFontMetrics metrics(blockFont);
     lineHeight = metrics.height();
-    lines = wrapWords(text, TextWidth - metrics.maxWidth(), [&metrics](char32_t character) {
-        return metrics.horizontalAdvance(QString::fromUcs4(&character, 1));
-    });
+    lines = wrapWords(text, TextWidth - metrics.maxWidth(),
+                      [this](char32_t character) { return advanceOf(character); });
+}
+
+/// Measuring a character lays out a text; progress texts come many times a second.
+int kWidget::advanceOf(char32_t character)
+{
+    // Titles and texts differ in size.
+    const auto key = std::make_pair(blockFont.pixelSize(), character);
+    const auto known = advances.constFind(key);
+    if (known != advances.constEnd())
+        return *known;
+    const int advance = QFontMetrics(blockFont).horizontalAdvance(QString::fromUcs4(&character, 1));
+    advances.insert(key, advance);
+    return advance;
 }
 
 void kWidget::drawLines(QPainter& painter, int align)
@@ -120,10 +132,11 @@ void kWidget::drawTitle(const QString& title, const QString& icon)
 {
     blockFont = boxFont(15, 87);
     setText(title);
-    QPixmap picture;
-    if (!icon.isEmpty())
-        loadPixmap(picture, work_folder + icon);
-    const QSize size = pixmapSize(picture);
+    if (icon != composed.icon)
+        titleIcon = QPixmap();
+    if (!icon.isEmpty() && titleIcon.isNull())
+        loadPixmap(titleIcon, work_folder + icon);
+    const QSize size = pixmapSize(titleIcon);
     const int linesHeight = int(lines.size()) * (lineHeight + LineGap);
     reserve(y + BlockGap + size.height() + linesHeight);
     QPainter painter(&canvas);
@@ -131,7 +144,7 @@ void kWidget::drawTitle(const QString& title, const QString& icon)
     // Beyond that rectangle the canvas may hold what an earlier box left.
     painter.fillRect(0, y + linesHeight + BlockGap, BoxWidth, size.height(), Qt::black);
     y += BlockGap;
-    painter.drawPixmap((BoxWidth - size.width()) / 2, y, picture);
+    painter.drawPixmap((BoxWidth - size.width()) / 2, y, titleIcon);
     y += size.height();
     painter.setFont(blockFont);
     painter.setPen(Qt::white);
@@ -144,16 +157,21 @@ void kWidget::drawText(const QString& text, int align)
     const QStringList sections = text.split(Rule);
     const int rules = int(sections.size()) - 1;
     // Each section wraps on its own, so a rule ends a line in the count as it does on screen.
-    QString counted = text;
-    setText(counted.replace(Rule, QLatin1String("\n")));
-    const int height = (rules + int(lines.size())) * (lineHeight + LineGap) + BlockGap;
+    QList<QStringList> wrapped;
+    int lineCount = 0;
+    for (const QString& section : sections) {
+        setText(section);
+        wrapped.append(lines);
+        lineCount += int(lines.size());
+    }
+    const int height = (rules + lineCount) * (lineHeight + LineGap) + BlockGap;
     reserve(y + height + rules * BlockGap);
     QPainter painter(&canvas);
     drawBlock(painter, y, height);
     painter.setFont(blockFont);
     y += BlockGap;
     for (int i = 0; i <= rules; ++i) {
-        setText(sections.at(i));
+        lines = wrapped.at(i);
         lastSectionTop = y;
         lastSectionLines = lines.size();
         drawLines(painter, align);
