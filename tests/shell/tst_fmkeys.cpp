@@ -261,36 +261,6 @@ private slots:
         QCOMPARE(ZScreen::instance()->active(), window_);
     }
 
-    void modifierAndADigitChooseAPlugin_data()
-    {
-        QTest::addColumn<int>("digit");
-        for (int digit = 1; digit <= 9; ++digit)
-            QTest::addRow("%d", digit) << digit;
-    }
-
-    void modifierAndADigitChooseAPlugin()
-    {
-        QFETCH(int, digit);
-        holdKey(Code::Modifier);
-        pressKey('0' + digit);
-        QCOMPARE(window_->pendingPlugin, digit);
-        QVERIFY(window_->modKeyHeld);
-        releaseKey(Code::Modifier);
-    }
-
-    void severalPluginsAreChosenWhileTheModifierIsHeld()
-    {
-        holdKey(Code::Modifier);
-        for (const int digit : {3, 5}) {
-            pressKey('0' + digit);
-            QCOMPARE(window_->pendingPlugin, digit);
-            QVERIFY(window_->modKeyHeld);
-        }
-        releaseKey(Code::Modifier);
-        pressKey('7');
-        QCOMPARE(window_->pendingPlugin, 5);
-    }
-
     void musicKeysWithoutThePlayerTellThatItIsMissing_data()
     {
         QTest::addColumn<int>("code");
