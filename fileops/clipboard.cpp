@@ -84,7 +84,9 @@ void FM::paste(void (FM::*pasteOne)(const QString& src, const QString& dstDir))
     copyMenu->setItemEnabled(PasteItem, false);
     softKey->setOptMenu(ZSoftKey::Left, optionsMenu);
     const ZScreen::MainInputPause pause;
-    for (const QString& entry : std::as_const(clipboardList)) {
+    // The clipboard may change while a question is open.
+    const QStringList entries = clipboardList;
+    for (const QString& entry : entries) {
         if (!entry.isEmpty())
             (this->*pasteOne)(entry, destination);
     }

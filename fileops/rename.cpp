@@ -7,7 +7,10 @@
 #include "widgets/kwidget.h"
 #include "widgets/textinput.h"
 
-#include <QDir>
+#include <QFile>
+
+#include <cstdio>
+#include <sys/stat.h>
 
 namespace
 {
@@ -16,6 +19,23 @@ void showError(const QString& text)
 {
     textView->showText(LANG_ERROR, text, Qt::AlignHCenter, QStringLiteral("res/img/error.png"),
                        kWidget::Message);
+}
+
+/// Whether there is anything of that path, a link that leads nowhere included.
+bool isTaken(const QString& path)
+{
+    struct stat info {
+    };
+    return lstat(QFile::encodeName(path).constData(), &info) == 0;
+}
+
+/// By the system's call: the toolkit would copy what the file system refuses to rename, through
+/// links and from pipes too, and would not touch a link that leads nowhere.
+bool renameEntry(const QString& from, const QString& to)
+{
+    // A zero, which only the clipboard can give, would end the path.
+    return !to.contains(QChar(u'\0')) &&
+           std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
 }
 
 } // namespace
@@ -33,9 +53,9 @@ void FM::slot_Rename()
     if (textInput->showText(LANG_RENAME, prompt, QStringLiteral("res/img/rename.png")) == 0)
         return;
     const QString renamed = folder + textInput->inputText;
-    if (QFile::exists(renamed)) {
+    if (isTaken(renamed)) {
         showError(LANG_RENAME_EXISTS);
-    } else if (!QDir().rename(old, renamed)) {
+    } else if (!renameEntry(old, renamed)) {
         showError(LANG_RENAME_ERROR);
     } else {
         active->setDir(folder, active->curIndex);
