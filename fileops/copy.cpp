@@ -8,6 +8,7 @@
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zapplication.h"
+#include "platform/zscreen.h"
 #include "widgets/kwidget.h"
 
 #include <QDir>
@@ -22,12 +23,32 @@ void showCopyBox(const QString& text, int mode)
                        mode);
 }
 
-/// Files whose folder is missing get it; files come before subfolders, so one level is enough.
+/// A file whose folder is missing gets it, with those above it that hold no files of their own.
 void makeFolderOf(const QString& path)
 {
     const QString folder = path.left(path.lastIndexOf(QLatin1Char('/')));
     if (!QFile::exists(folder))
-        QDir().mkdir(folder);
+        QDir().mkpath(folder);
+}
+
+/// Copies one plain file and shows how far it is. The box stays up.
+bool copyShown(const QString& src, const QString& dst)
+{
+    const QFileInfo info(src);
+    if (!info.isFile())
+        return true;
+    const auto total = quint32(info.size());
+    const QString totalText = sizeText(qint32(total));
+    const QString head = QStringLiteral("%1\nto\n%2").arg(src, dst);
+    const auto show = [&head, &totalText](int percent, quint32 done) {
+        showCopyBox(head + QStringLiteral("<hr>Completed: %1% (%2/%3)")
+                               .arg(QString::number(percent), sizeText(done), totalText),
+                    kWidget::Plain);
+    };
+    show(0, 0);
+    return copyFileBlocks(
+        src, dst, [&show, total](quint32 done) { show(copiedPercent(done, total), done); },
+        [] { ZApplication::processEvents(); });
 }
 
 } // namespace
@@ -39,6 +60,7 @@ QString FM::countSize(double bytes)
 
 void FM::copy(const QString& src, const QString& dstDir)
 {
+    const ZScreen::MainInputPause pause;
     if (modKeyHeld)
         copyBuiltIn(src, dstDir + QLatin1Char('/'));
     else
@@ -71,8 +93,9 @@ void FM::copyBuiltIn(const QString& src, const QString& dstDir)
     }
     if (size < 0)
         showCopyBox(QStringLiteral("IDS_ERROR_NON_FREE_SPACE"), kWidget::Message);
-    else
-        CopyFile(src, target);
+    else if (!CopyFile(src, target) && textView->isUp())
+        // No one else takes the box away that tells how far the copy got.
+        showCopyBox(textView->shownText(), kWidget::Message);
 }
 
 void FM::copyTree(const QString& src, const QString& dstDir)
@@ -86,29 +109,14 @@ void FM::copyTree(const QString& src, const QString& dstDir)
     for (const QString& file : files) {
         const QString destination = dstDir + file.mid(parentLength);
         makeFolderOf(destination);
-        CopyFile(file, destination);
+        // One box for the whole tree: taken away after each file it would flicker.
+        copyShown(file, destination);
     }
 }
 
 bool FM::CopyFile(const QString& src, const QString& dst)
 {
-    const QFileInfo info(src);
-    if (!info.isFile()) {
-        textView->init();
-        return true;
-    }
-    const auto total = qint32(quint32(info.size()));
-    const QString totalText = countSize(total);
-    const QString head = QStringLiteral("%1\nto\n%2").arg(src, dst);
-    const auto show = [&head, &totalText](int percent, quint32 done) {
-        showCopyBox(head + QStringLiteral("<hr>Completed: %1% (%2/%3)")
-                               .arg(QString::number(percent), countSize(done), totalText),
-                    kWidget::Plain);
-    };
-    show(0, 0);
-    const bool copied = copyFileBlocks(
-        src, dst, [&show, total](quint32 done) { show(copiedPercent(done, total), done); },
-        [] { ZApplication::processEvents(); });
+    const bool copied = copyShown(src, dst);
     if (copied)
         textView->init();
     return copied;

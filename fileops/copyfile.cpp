@@ -2,7 +2,9 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <fcntl.h>
+#include <limits>
 #include <memory>
 #include <unistd.h>
 
@@ -91,7 +93,10 @@ bool copyFileBlocks(const QString& source, const QString& destination,
     return true;
 }
 
-int copiedPercent(quint32 done, qint32 total)
+int copiedPercent(quint32 done, quint32 total)
 {
-    return total == 0 ? 0 : int(double(done) * 100 / double(total));
+    if (total == 0)
+        return 0;
+    constexpr double Most = std::numeric_limits<int>::max();
+    return int(std::min(double(done) * 100 / double(total), Most));
 }

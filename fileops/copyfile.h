@@ -15,5 +15,6 @@ bool copyFileBlocks(const QString& source, const QString& destination,
                     const std::function<void(quint32 done)>& progress,
                     const std::function<void()>& pause);
 
-/// How much of a file is copied, in percent, cut to a whole number; 0 of an empty file.
-int copiedPercent(quint32 done, qint32 total);
+/// How much of a file is copied, in percent, cut to a whole number; 0 of an empty file. Of a file
+/// whose size has wrapped it may be any number.
+int copiedPercent(quint32 done, quint32 total);

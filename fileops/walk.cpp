@@ -15,31 +15,65 @@ namespace
 
 using FolderId = std::pair<dev_t, ino_t>;
 
-QStringList entries(const QString& folder, QDir::Filters filter)
+/// What stands before the names in a folder. The folder's own path stays as it is, since callers
+/// cut it off again.
+QString withSeparator(QString folder)
 {
-    return QDir(folder, QString(), QDir::Name | QDir::IgnoreCase, filter).entryList();
+    while (folder.endsWith(QLatin1String("//")))
+        folder.chop(1);
+    if (!folder.endsWith(QLatin1Char('/')))
+        folder += QLatin1Char('/');
+    return folder;
 }
 
-QFileInfo infoOf(const QString& folder, const QString& name)
+/// Lists files, following links to folders. A folder inside itself is left out, so loops end;
+/// folders that all link to each other would still be entered in every order.
+class FileLister
 {
-    return QFileInfo(folder + QLatin1Char('/') + name);
-}
+public:
+    QStringList filesBelow(const QString& folder)
+    {
+        enter(folder);
+        return paths_;
+    }
 
-void listFiles(const QString& folder, std::set<FolderId>& inside, QStringList& paths)
-{
-    struct stat info {
-    };
-    if (stat(QFile::encodeName(folder).constData(), &info) != 0)
-        return;
-    const auto [entered, isNew] = inside.insert({info.st_dev, info.st_ino});
-    if (!isNew)
-        return;
-    for (const QString& name : entries(folder, QDir::Files))
-        paths.append(infoOf(folder, name).filePath());
-    for (const QString& name : entries(folder, QDir::Dirs | QDir::NoDotAndDotDot))
-        listFiles(folder + QLatin1Char('/') + name, inside, paths);
-    inside.erase(entered);
-}
+private:
+    static constexpr int MostRepetitions = 10000;
+
+    void enter(const QString& folder)
+    {
+        struct stat info {
+        };
+        if (stat(QFile::encodeName(folder).constData(), &info) != 0)
+            return;
+        const FolderId id{info.st_dev, info.st_ino};
+        if (!seen_.insert(id).second && ++repetitions_ > MostRepetitions)
+            return;
+        const auto [entered, isNew] = inside_.insert(id);
+        if (!isNew)
+            return;
+        list(folder);
+        inside_.erase(entered);
+    }
+
+    void list(const QString& folder)
+    {
+        const QDir here(folder, QString(), QDir::Name | QDir::IgnoreCase);
+        const QString prefix = withSeparator(folder);
+        for (const QFileInfo& file : here.entryInfoList(QDir::Files)) {
+            // The toolkit's files include links to pipes and devices.
+            if (file.isFile())
+                paths_.append(prefix + file.fileName());
+        }
+        for (const QString& name : here.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+            enter(prefix + name);
+    }
+
+    std::set<FolderId> inside_; ///< from the start to here
+    std::set<FolderId> seen_;
+    int repetitions_ = 0;
+    QStringList paths_;
+};
 
 } // namespace
 
@@ -72,8 +106,5 @@ void countFolder(const QString& folder, FolderCount& count, const std::function<
 
 QStringList filesBelow(const QString& folder)
 {
-    std::set<FolderId> inside;
-    QStringList paths;
-    listFiles(folder, inside, paths);
-    return paths;
+    return FileLister().filesBelow(folder);
 }

@@ -21,6 +21,6 @@ void countFolder(const QString& folder, FolderCount& count, const std::function<
 
 /// The full paths of all plain files below `folder`, those of a folder before those of its
 /// subfolders, by name without regard to case. Links to files are listed and links to folders
-/// followed; a folder that the walk is inside of already is not entered again. Hidden entries are
-/// not seen.
+/// followed; a folder that the walk is inside of already is not entered again, nor, once 10,000
+/// folders have been met a second time, any that was seen before. Hidden entries are not seen.
 QStringList filesBelow(const QString& folder);
