@@ -11,4 +11,13 @@ class ZMultiLineEdit : public QLineEdit
 public:
     /// `wrap` and `lines` shape a field of several lines and are not used.
     ZMultiLineEdit(QWidget* parent, bool wrap, int lines, const char* name);
+
+public slots:
+    /// Puts the clipboard's text in the place of the selection. Line breaks at its end are left
+    /// out, others become blanks.
+    void paste();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 };

@@ -13,6 +13,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollArea>
+#include <QScrollBar>
+#include <QUrl>
 
 namespace
 {
@@ -33,17 +35,39 @@ QString keyCell(const QString& text)
            QStringLiteral("</font></td>");
 }
 
+/// A path as it can stand in a page without quotes, where a blank would end it.
+QString unquoted(const QString& path)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(path, "/"));
+}
+
 QString blackTable()
 {
     return QStringLiteral("<table width=\"100%\" border=\"0\" cellspacing=\"0\" cellpadding=\"0\" "
                           "bgcolor=\"#000000\"><tr>");
 }
 
+/// A view without scroll bars, whose keys are the dialog's.
+class PageView : public QScrollArea
+{
+public:
+    explicit PageView(QWidget* parent) : QScrollArea(parent)
+    {
+        setFrameShape(QFrame::NoFrame);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setFocusPolicy(Qt::NoFocus);
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override { event->ignore(); }
+};
+
 } // namespace
 
 TextInput::TextInput(const QString& programFolder)
     : QWidget(ZScreen::instance()),
-      view(new QScrollArea(this)),
+      view(new PageView(this)),
       label(new QLabel),
       progDir(programFolder)
 {
@@ -53,13 +77,11 @@ TextInput::TextInput(const QString& programFolder)
     ZScreen::instance()->place(this, ZScreen::Layer::Box);
     view->setObjectName(QStringLiteral("TextInput"));
     view->setFixedWidth(PageWidth);
-    view->setFrameShape(QFrame::NoFrame);
-    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    view->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    view->setFocusPolicy(Qt::NoFocus);
     label->setFixedWidth(PageWidth);
     label->setTextFormat(Qt::RichText);
     label->setWordWrap(true);
+    // A click is the dialog's.
+    label->setTextInteractionFlags(Qt::NoTextInteraction);
     label->setAlignment(Qt::AlignTop);
     label->setAutoFillBackground(true);
     QPalette colours = label->palette();
@@ -94,8 +116,9 @@ void TextInput::Init()
 
 QString TextInput::titleHtml(const QString& title, const QString& icon) const
 {
-    const QString image =
-        icon.isEmpty() ? QString() : QStringLiteral("<img src=%1 ><br>").arg(progDir + icon);
+    const QString image = icon.isEmpty()
+                              ? QString()
+                              : QStringLiteral("<img src=%1 ><br>").arg(unquoted(progDir + icon));
     return blackTable() + QStringLiteral("<td align=\"center\" >") + image +
            QStringLiteral("<font size=\"4\" color=\"#eeeeee\"><b>") + title.toHtmlEscaped() +
            QStringLiteral("</b></font></td></tr></table>");
@@ -113,6 +136,8 @@ int TextInput::showText(const QString& title, const QString& prompt, const QStri
            prompt.toHtmlEscaped() + QStringLiteral("</p>"));
     show();
     edit->setFocus();
+    // Of a page that is too high the field and the answers must be seen.
+    view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
     if (!ZApplication::waitUntil([this] { return !running; }))
         finish(false);
     inputText = edit->text();
@@ -126,6 +151,8 @@ int TextInput::pageHeight() const
 
 void TextInput::layOut(const QString& page)
 {
+    // No page is measured smaller than a height that was fixed for another one.
+    label->setMinimumHeight(0);
     label->setText(page);
     edit->move(1, pageHeight());
     label->setText(page + keyBarHtml);
