@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -34,6 +35,8 @@ void keepLinesOn(QLoggingCategory* category)
 
 int main(int argc, char** argv)
 {
+    // A copy that gets too large for a limit of the user fails; it does not end the program.
+    std::signal(SIGXFSZ, SIG_IGN);
     qInstallMessageHandler(writeLine);
     followRules = QLoggingCategory::installFilter(nullptr);
     QLoggingCategory::installFilter(keepLinesOn);

@@ -4,6 +4,7 @@
 #include "tests/support/testmain.h"
 #include "tests/widgets/boxtesting.h"
 
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QLineEdit>
 
@@ -342,6 +343,17 @@ private slots:
         const int height = blockHeight(titleFont()) + blockHeight(textFont(), 2);
         QTRY_COMPARE(box_->height(), height);
         QVERIFY(pictureOf(*box_) != before);
+    }
+
+    void boxComesUpHoweverFastOneTextFollowsTheOther()
+    {
+        const QDeadlineTimer deadline(5000);
+        int texts = 0;
+        while (!box_->isVisible() && !deadline.hasExpired()) {
+            box_->showText("Work", QString::number(++texts), 4, QString(), kWidget::Plain);
+            ZApplication::processEvents();
+        }
+        QVERIFY(box_->isVisible());
     }
 
     void boxHasTheFocusAndGivesItBack()

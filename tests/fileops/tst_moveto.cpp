@@ -1,0 +1,532 @@
+#include "browser/filebrowserftab.h"
+#include "lang/texts.h"
+#include "platform/zoptionsmenu.h"
+#include "shell/fm.h"
+#include "shell/settings.h"
+#include "tests/fileops/commandtest.h"
+#include "tests/support/keys.h"
+#include "tests/support/testmain.h"
+#include "tests/widgets/boxtesting.h"
+
+#include <QFileInfo>
+
+namespace
+{
+
+using Log = CommandLog;
+using Fixture = CommandFixture;
+
+QStringList sureQuestion(const QString& name, const QString& folder)
+{
+    return {Log::question(LANG_MOVE_SURE, name + " to " + folder, "warning")};
+}
+
+QString refusal()
+{
+    return Log::message(LANG_ERROR, LANG_DON_TRY_MOVE, "error");
+}
+
+QString removal(const QString& path)
+{
+    return Log::shell("rm -f -r \"" + path.toUtf8() + '"');
+}
+
+/// What moving by the shell does.
+QStringList moved(const QString& path, const QString& folder)
+{
+    return {Log::notice(LANG_MOVING, LANG_PLEASE_WAIT, "copy"),
+            Log::shell("mv \"" + path.toUtf8() + "\" \"" + folder.toUtf8() + '"')};
+}
+
+QByteArray moverCommand(const QByteArray& mover, const QString& path, const QString& folder)
+{
+    return mover + " mv \"" + path.toUtf8() + "\" \"" + folder.toUtf8() +
+           "\" \"Moving\" \"Please wait..\" \"" + work_folder.toUtf8() + "res/img/copy.png\"";
+}
+
+} // namespace
+
+class tst_MoveTo : public CommandTest
+{
+    Q_OBJECT
+
+private slots:
+    void entryIsMovedAfterAQuestionAndBothPanelsAreListed_data() { addPages(); }
+    void entryIsMovedAfterAQuestionAndBothPanelsAreListed()
+    {
+        QFETCH(int, page);
+        const int from = 3 - page;
+        fixture_->write(from, {"a", "b"});
+        fixture_->write(page, {"z"});
+        fixture_->start(from);
+        fixture_->toClipboard(Fixture::Move, "a", page);
+        paste({yes});
+        const QString path = fixture_->folder(from) + "/a";
+        const QString folder = fixture_->folder(page);
+        QCOMPARE(log(), sureQuestion("a", folder) + moved(path, folder) + ended());
+        QCOMPARE(fixture_->program().rows(page), (QStringList{"..", "a", "z"}));
+        QCOMPARE(fixture_->program().rows(from), (QStringList{"..", "b"}));
+        QCOMPARE(fixture_->panel(from)->curIndex, 1);
+        QVERIFY(!textView->isUp());
+        QCOMPARE(keyReceiver(), fixture_->panel(page));
+    }
+
+    void noMovesNothingAndListsBothPanels()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({no});
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) + ended());
+        QCOMPARE(fixture_->program().rows(1), (QStringList{"..", "x"}));
+        QCOMPARE(fixture_->program().rows(2), (QStringList{".."}));
+        QVERIFY(!textView->isUp());
+    }
+
+    void pleaseWaitIsOnTheScreenWhileTheShellMoves()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        bool shown = false;
+        fixture_->log().setShell([&shown](const QByteArray& command) {
+            kWidget expected;
+            expected.showText(LANG_MOVING, LANG_PLEASE_WAIT, 4, "res/img/copy.png", kWidget::Plain);
+            shown = hasKeys(*textView) && looksLike(*textView, expected);
+            return Log::realShell(command);
+        });
+        paste({yes});
+        QVERIFY(shown);
+        QVERIFY(!textView->isUp());
+    }
+
+    void treeIsMovedWhole()
+    {
+        fixture_->write(1, {"f/a", "f/.hidden", "f/g/h/b"});
+        fixture_->files().makeFolder("left/f/empty");
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "f", 2);
+        paste({yes});
+        for (const char* name : {"f/a", "f/.hidden", "f/g/h/b", "f/empty"})
+            QVERIFY2(fixture_->files().exists(QLatin1String("right/") + name), name);
+        QVERIFY(!QFile::exists(fixture_->left("f")));
+    }
+
+    void markedEntriesAreAskedForOneByOne()
+    {
+        fixture_->write(1, {"a", "b", "f/in"});
+        fixture_->start();
+        fixture_->mark({"a", "b", "f"});
+        Fixture::choose(Fixture::Move);
+        fixture_->goTo(2);
+        log();
+        paste({yes, no, yes});
+        const QString to = fixture_->right();
+        QCOMPARE(log(), sureQuestion("f", to) + moved(fixture_->left("f"), to) + ended() +
+                            sureQuestion("a", to) + ended() + sureQuestion("b", to) +
+                            moved(fixture_->left("b"), to) + ended());
+        QCOMPARE(fixture_->program().rows(1), (QStringList{"..", "a"}));
+        QCOMPARE(fixture_->program().rows(2), (QStringList{"..", "f", "b"}));
+    }
+
+    void targetThatExistsIsReplacedAfterASecondQuestion_data()
+    {
+        QTest::addColumn<bool>("folderThere");
+        QTest::addColumn<bool>("folderHere");
+        for (const bool there : {false, true}) {
+            for (const bool here : {false, true})
+                QTest::addRow("%s replaces %s", there ? "folder" : "file", here ? "folder" : "file")
+                    << there << here;
+        }
+    }
+
+    void targetThatExistsIsReplacedAfterASecondQuestion()
+    {
+        QFETCH(bool, folderThere);
+        QFETCH(bool, folderHere);
+        fixture_->write(1, {folderThere ? "x/new" : "x"});
+        fixture_->files().write(folderHere ? "right/x/old" : "right/x", "old");
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes, yes});
+        QStringList expected = sureQuestion("x", fixture_->right());
+        expected.append(replaceQuestion("x"));
+        if (folderHere)
+            expected.append(removal(fixture_->right("x")));
+        QCOMPARE(log(), expected + moved(fixture_->left("x"), fixture_->right()) + ended());
+        QVERIFY(!QFile::exists(fixture_->right("x/old")) && !QFile::exists(fixture_->left("x")));
+        const QString arrived = folderThere ? "x/new" : "x";
+        QCOMPARE(fixture_->files().read("right/" + arrived), arrived.toUtf8());
+    }
+
+    void targetStaysWhenTheSecondAnswerIsNo()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->files().write("right/x", "old");
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes, no});
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) + QStringList(replaceQuestion("x")) +
+                            ended());
+        QCOMPARE(fixture_->files().read("right/x"), QByteArray("old"));
+        QCOMPARE(fixture_->files().read("left/x"), QByteArray("x"));
+        QVERIFY(!textView->isUp());
+    }
+
+    void targetIsNotAskedAboutWhenTheFirstAnswerIsNo()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->write(2, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({no});
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) + ended());
+    }
+
+    void targetThatCannotBeRemovedKeepsTheMoveOut_data()
+    {
+        QTest::addColumn<bool>("isFolder");
+        QTest::newRow("file") << false;
+        QTest::newRow("folder") << true;
+    }
+
+    void targetThatCannotBeRemovedKeepsTheMoveOut()
+    {
+        QFETCH(bool, isFolder);
+        fixture_->write(1, {"x"});
+        fixture_->write(2, {isFolder ? "x/old" : "x"});
+        fixture_->start();
+        fixture_->files().setMode("right", 0555);
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes, yes});
+        QStringList expected = sureQuestion("x", fixture_->right());
+        expected.append(replaceQuestion("x"));
+        if (isFolder)
+            expected.append(removal(fixture_->right("x")));
+        expected += {Log::message(LANG_ERROR, LANG_UNABLE_DELETE, "error"), refusal()};
+        QCOMPARE(log(), expected + fixture_->bothListed());
+        QVERIFY(QFile::exists(fixture_->left("x")) && QFile::exists(fixture_->right("x")));
+        // It stays for the user to read.
+        QCOMPARE(textView->shownTitle(), LANG_ERROR);
+        QCOMPARE(textView->shownText(), LANG_DON_TRY_MOVE);
+        fixture_->dismissMessage();
+    }
+
+    void moveThatTheFileSystemRefusesIsNotReported_data()
+    {
+        QTest::addColumn<QString>("locked");
+        QTest::newRow("from a protected folder") << "left";
+        QTest::newRow("to a protected folder") << "right";
+    }
+
+    void moveThatTheFileSystemRefusesIsNotReported()
+    {
+        QFETCH(QString, locked);
+        fixture_->write(1, {"x"});
+        fixture_->start();
+        fixture_->files().setMode(locked, 0555);
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes});
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) +
+                            moved(fixture_->left("x"), fixture_->right()) + ended());
+        QVERIFY(QFile::exists(fixture_->left("x")) && !QFile::exists(fixture_->right("x")));
+        QVERIFY(!textView->isUp());
+    }
+
+    void targetThatVanishesDuringItsQuestionIsNoFailure()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->write(2, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes, [this] {
+                   QVERIFY(QFile::remove(fixture_->right("x")));
+                   yes();
+               }});
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) + QStringList(replaceQuestion("x")) +
+                            moved(fixture_->left("x"), fixture_->right()) + ended());
+        QVERIFY(QFile::exists(fixture_->right("x")) && !QFile::exists(fixture_->left("x")));
+    }
+
+    void targetThatAppearsDuringTheFirstQuestionIsAskedAbout()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({[this] {
+                   fixture_->write(2, {"x"});
+                   yes();
+               },
+               no});
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) + QStringList(replaceQuestion("x")) +
+                            ended());
+    }
+
+    void sourceThatVanishesDuringTheQuestionIsNotReported()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({[this] {
+            QVERIFY(QFile::remove(fixture_->left("x")));
+            yes();
+        }});
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) +
+                            moved(fixture_->left("x"), fixture_->right()) + ended());
+        QCOMPARE(fixture_->program().rows(1), QStringList(".."));
+        QVERIFY(!textView->isUp());
+    }
+
+    void movedOntoItselfAFileIsLost()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 1);
+        paste({yes, yes});
+        QCOMPARE(log(), sureQuestion("x", fixture_->left()) + QStringList(replaceQuestion("x")) +
+                            moved(fixture_->left("x"), fixture_->left()) + ended());
+        QVERIFY(!QFile::exists(fixture_->left("x")));
+    }
+
+    void folderIsNotMovedIntoItself()
+    {
+        fixture_->write(1, {"f/in"});
+        path_tab2 = fixture_->left("f");
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "f", 2);
+        paste({});
+        QCOMPARE(log(), QStringList(refusal()) + fixture_->bothListed());
+        QVERIFY(QFile::exists(fixture_->left("f/in")));
+        QCOMPARE(textView->shownTitle(), LANG_ERROR);
+        QCOMPARE(textView->shownText(), LANG_DON_TRY_MOVE);
+        QVERIFY(!fixture_->window()->copyMenu->isItemEnabled(Fixture::Paste));
+        fixture_->dismissMessage();
+    }
+
+    /// Not caught beforehand; the shell's command refuses.
+    void folderMovedIntoItsSubfolderStays()
+    {
+        fixture_->write(1, {"f/in", "f/g/in"});
+        path_tab2 = fixture_->left("f/g");
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "f", 2);
+        paste({yes});
+        QCOMPARE(log(), sureQuestion("f", fixture_->left("f/g")) +
+                            moved(fixture_->left("f"), fixture_->left("f/g")) + ended());
+        QVERIFY(QFile::exists(fixture_->left("f/in")) && QFile::exists(fixture_->left("f/g/in")));
+    }
+
+    void panelWhoseFolderIsMovedKeepsItsPath()
+    {
+        fixture_->write(1, {"f/in"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "f", 2);
+        fixture_->panel(1)->setDir(fixture_->left("f"), 0);
+        paste({yes});
+        QCOMPARE(fixture_->panel(1)->curPath, fixture_->left("f"));
+        QCOMPARE(fixture_->program().rows(1), QStringList());
+        QVERIFY(QFile::exists(fixture_->right("f/in")));
+    }
+
+    void pipesAndLinksAreMovedAsTheyAre()
+    {
+        fixture_->files().makeFifo("left/pipe");
+        fixture_->files().makeLink("left/dangling", "nowhere");
+        fixture_->files().makeLink("left/null", "/dev/null");
+        fixture_->start();
+        fixture_->mark({"pipe", "dangling", "null"});
+        Fixture::choose(Fixture::Move);
+        fixture_->goTo(2);
+        paste({yes, yes, yes});
+        QVERIFY(isFifo(fixture_->right("pipe")));
+        QVERIFY(QFileInfo(fixture_->right("dangling")).isSymLink());
+        QCOMPARE(QFileInfo(fixture_->right("null")).symLinkTarget(), QStringLiteral("/dev/null"));
+        QCOMPARE(fixture_->program().rows(1), QStringList(".."));
+    }
+
+    void oddNamesReachTheShellAsTheirBytes_data() { addOddNames(); }
+    void oddNamesReachTheShellAsTheirBytes()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, works);
+        fixture_->write(1, {name});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, name, 2);
+        paste({yes});
+        QCOMPARE(log(), sureQuestion(name, fixture_->right()) +
+                            moved(fixture_->left(name), fixture_->right()) + ended());
+        QCOMPARE(fixture_->files().exists("right/" + name), works);
+        QCOMPARE(fixture_->files().exists("left/" + name), !works);
+    }
+
+    void oddFoldersAreMovedInto_data() { addOddNames(); }
+    void oddFoldersAreMovedInto()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, works);
+        fixture_->write(1, {"x"});
+        fixture_->files().makeFolder("right/" + name);
+        path_tab2 = fixture_->right(name);
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes});
+        QCOMPARE(log(), sureQuestion("x", fixture_->right(name)) +
+                            moved(fixture_->left("x"), fixture_->right(name)) + ended());
+        QCOMPARE(QFile::exists(fixture_->right(name + "/x")), works);
+    }
+
+    void moverThatIsInstalledMovesAndShowsItsOwnBox()
+    {
+        fixture_->write(1, {"x"});
+        FM* window = fixture_->start();
+        fixture_->installMover();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        bool boxed = true;
+        fixture_->log().setShell([&boxed](const QByteArray& command) {
+            boxed = textView->isUp();
+            return Log::realShell(command);
+        });
+        paste({yes});
+        QVERIFY2(!boxed, "two boxes at once");
+        const QByteArray mover = window->programDir.toUtf8() + "bin/sys_gui";
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) +
+                            QStringList(Log::shell(
+                                moverCommand(mover, fixture_->left("x"), fixture_->right()))) +
+                            ended());
+        QCOMPARE(
+            fixture_->moverArguments(),
+            (QByteArrayList{"mv", fixture_->left("x").toUtf8(), fixture_->right().toUtf8(),
+                            "Moving", "Please wait..", work_folder.toUtf8() + "res/img/copy.png"}));
+        QVERIFY(!textView->isUp());
+    }
+
+    void moverIsAskedForEachTime()
+    {
+        fixture_->write(1, {"a", "b"});
+        fixture_->start();
+        fixture_->mark({"a", "b"});
+        Fixture::choose(Fixture::Move);
+        fixture_->goTo(2);
+        log();
+        paste({yes, [this] {
+                   fixture_->installMover();
+                   yes();
+               }});
+        const QStringList commands = log().filter("shell | ");
+        QCOMPARE(commands.size(), 2);
+        QVERIFY(commands.at(0).contains("mv \""));
+        QVERIFY(commands.at(1).contains("/bin/sys_gui mv \""));
+        QVERIFY(QFile::exists(fixture_->right("a")) && QFile::exists(fixture_->left("b")));
+    }
+
+    void moverReplacesTargetsAfterTheSameQuestions()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->write(2, {"x"});
+        FM* window = fixture_->start();
+        fixture_->installMover();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes, yes});
+        const QByteArray mover = window->programDir.toUtf8() + "bin/sys_gui";
+        const QString command =
+            Log::shell(moverCommand(mover, fixture_->left("x"), fixture_->right()));
+        QCOMPARE(log(), sureQuestion("x", fixture_->right()) +
+                            (QStringList{replaceQuestion("x"), command} + ended()));
+        QVERIFY(!QFile::exists(fixture_->right("x")));
+    }
+
+    void oddNamesReachTheMoverAsTheyAre_data() { addOddNames(); }
+    void oddNamesReachTheMoverAsTheyAre()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, works);
+        fixture_->write(1, {name});
+        fixture_->files().makeFolder("right/" + name);
+        path_tab2 = fixture_->right(name);
+        FM* window = fixture_->start();
+        fixture_->installMover();
+        fixture_->toClipboard(Fixture::Move, name, 2);
+        paste({yes});
+        const QString path = fixture_->left(name);
+        const QString folder = fixture_->right(name);
+        const QByteArray mover = window->programDir.toUtf8() + "bin/sys_gui";
+        QVERIFY(log().contains(Log::shell(moverCommand(mover, path, folder))));
+        const QByteArrayList arguments = fixture_->moverArguments();
+        const QByteArrayList exact{
+            "mv",     path.toUtf8(),   folder.toUtf8(),
+            "Moving", "Please wait..", work_folder.toUtf8() + "res/img/copy.png"};
+        QCOMPARE(arguments == exact, works);
+    }
+
+    void moverAndIconAreFoundInFoldersBeyondAscii()
+    {
+        const QString beyond = QString::fromUtf8("\u041f\u0440 \u00fc/");
+        const ScratchFolder& folder = fixture_->program().workFolder();
+        fixture_->write(1, {"x"});
+        FM* window = fixture_->start();
+        fixture_->installMover();
+        // The mover's own path is not quoted.
+        folder.makeLink(QString::fromUtf8("\u041f\u0440"), folder.path());
+        window->programDir = folder.path(QString::fromUtf8("\u041f\u0440/"));
+        work_folder = folder.path(beyond);
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes});
+        QVERIFY(log().contains(Log::shell(moverCommand(window->programDir.toUtf8() + "bin/sys_gui",
+                                                       fixture_->left("x"), fixture_->right()))));
+        QCOMPARE(fixture_->moverArguments().last(), work_folder.toUtf8() + "res/img/copy.png");
+    }
+
+    void moverIsGivenEnglishTextsInAnyLanguage()
+    {
+        fixture_->program().workFolder().write("lang/test.lang", "[Language]\nVER=102\n"
+                                                                 "MOVING=Umzug\nPLEASE_WAIT=Los\n"
+                                                                 "MOVE_SURE=Umziehen\n");
+        lang = "test";
+        fixture_->write(1, {"x"});
+        fixture_->start();
+        QCOMPARE(LANG_MOVING, QStringLiteral("Umzug"));
+        fixture_->installMover();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes});
+        QCOMPARE(log().first(), Log::question("Umziehen", "x to " + fixture_->right(), "warning"));
+        const QByteArrayList arguments = fixture_->moverArguments();
+        QCOMPARE(arguments.value(3), QByteArray("Moving"));
+        QCOMPARE(arguments.value(4), QByteArray("Please wait.."));
+    }
+
+    void moverThatDoesNotRunLeavesTheEntry()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->start();
+        fixture_->program().workFolder().write("bin/sys_gui", "not a program");
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        paste({yes});
+        QVERIFY(QFile::exists(fixture_->left("x")));
+        QVERIFY(!textView->isUp());
+    }
+
+    void aboutPageIsAFolderWithoutAName()
+    {
+        fixture_->write(1, {"a name that no one has"});
+        fixture_->start();
+        fixture_->log().setShell([](const QByteArray&) { return 0; });
+        fixture_->toClipboard(Fixture::Move, "a name that no one has", FM::AboutPage);
+        fixture_->log().expect({yes});
+        fixture_->window()->slot_MoveTo();
+        QCOMPARE(log(), sureQuestion("a name that no one has", "") +
+                            moved(fixture_->left("a name that no one has"), "") + ended());
+    }
+
+private:
+    void paste(std::initializer_list<CommandLog::Action> answers)
+    {
+        fixture_->log().expect(answers);
+        Fixture::choose(Fixture::Paste);
+    }
+
+    /// How each move ends that was not refused.
+    QStringList ended() const { return QStringList(Log::cleared()) + fixture_->bothListed(); }
+};
+
+QUARN_TEST_MAIN(tst_MoveTo)
+#include "tst_moveto.moc"

@@ -1,0 +1,493 @@
+#include "tests/support/debuglines.h"
+#include "tests/support/testmain.h"
+#include "tests/widgets/textinputtest.h"
+
+#include <QClipboard>
+#include <QPointer>
+#include <QWindow>
+
+namespace
+{
+
+using PhoneKey::Code;
+
+void setClipboard(const QString& text)
+{
+    QGuiApplication::clipboard()->setText(text);
+}
+
+QString clipboard()
+{
+    return QGuiApplication::clipboard()->text();
+}
+
+/// Clicks where a user sees it, whatever lies there.
+void click(QPoint screenPoint)
+{
+    QWidget* window = ZScreen::instance()->window();
+    QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {},
+                      ZScreen::instance()->mapTo(window, screenPoint));
+}
+
+} // namespace
+
+class tst_TextInput : public TextInputTest
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { loadTexts(QString()); }
+
+    void init()
+    {
+        begin();
+        setClipboard("before");
+    }
+
+    void cleanup() { end(); }
+
+    void newDialogFillsTheScreenAndIsHidden()
+    {
+        QVERIFY(dialog_->isHidden());
+        QVERIFY(!dialog_->isRunning());
+        QCOMPARE(dialog_->geometry(), QRect(0, 0, 240, 320));
+        QCOMPARE(dialog_->objectName(), QStringLiteral("TextInput"));
+        QCOMPARE(dialog_->metaObject()->className(), "TextInput");
+        QCOMPARE(dialog_->metaObject()->superClass()->className(), "QWidget");
+        QVERIFY(dialog_->metaObject()->indexOfSlot("Copy()") >= 0);
+        QVERIFY(dialog_->metaObject()->indexOfSlot("Paste()") >= 0);
+        QCOMPARE(view()->width(), 220);
+        QCOMPARE(label()->width(), 220);
+        QCOMPARE(edit()->width(), 215);
+        QVERIFY(dialog_->inputText.isEmpty());
+    }
+
+    void textsAreEnglishUntilTheyAreSet()
+    {
+        QCOMPARE(dialog_->copyText, QStringLiteral("\t\t\tCopy"));
+        QCOMPARE(dialog_->pasteText, QStringLiteral("\t\t\tPaste"));
+        QCOMPARE(dialog_->yesText, QStringLiteral("Yes"));
+        QCOMPARE(dialog_->noText, QStringLiteral("No"));
+    }
+
+    void confirmingWithoutTypingGivesTheStartText_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("usual") << "a.txt";
+        QTest::newRow("empty") << QString();
+        QTest::newRow("blanks") << "  a  ";
+        QTest::newRow("markup") << "<b>&amp;";
+        QTest::newRow("letters") << QString::fromUtf8("\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80");
+        QTest::newRow("line break") << "a\nb";
+        QTest::newRow("tab") << "a\tb";
+        QTest::newRow("longest name") << QString(255, QLatin1Char('W'));
+        QTest::newRow("over-long name") << QString(5000, QLatin1Char('n'));
+        QTest::newRow("not for a name") << "/a//b/";
+    }
+
+    void confirmingWithoutTypingGivesTheStartText()
+    {
+        QFETCH(QString, text);
+        dialog_->inputText = text;
+        QCOMPARE(openAnd([] { pressKey(Code::SoftLeft); }), 1);
+        QCOMPARE(dialog_->inputText, text);
+        QVERIFY(dialog_->isHidden());
+        QVERIFY(!dialog_->isRunning());
+    }
+
+    void typingReplacesTheStartText()
+    {
+        dialog_->inputText = "a.txt";
+        const int answer = openAnd([this] {
+            QCOMPARE(edit()->selectedText(), QStringLiteral("a.txt"));
+            type("b c");
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(answer, 1);
+        QCOMPARE(dialog_->inputText, QStringLiteral("b c"));
+    }
+
+    void cancellingKeepsWhatWasTyped()
+    {
+        dialog_->inputText = "a.txt";
+        const int answer = openAnd([] {
+            type("b");
+            pressKey(Code::SoftRight);
+        });
+        QCOMPARE(answer, 0);
+        QCOMPARE(dialog_->inputText, QStringLiteral("b"));
+        QVERIFY(dialog_->isHidden());
+        QVERIFY(!dialog_->isRunning());
+    }
+
+    void textIsEditedWhereTheCursorIs()
+    {
+        dialog_->inputText = "ace";
+        openAnd([] {
+            QTest::keyClick(keyReceiver(), Qt::Key_Home);
+            type("0");
+            pressKey(Code::Right);
+            type("b");
+            QTest::keyClick(keyReceiver(), Qt::Key_End);
+            QTest::keyClick(keyReceiver(), Qt::Key_Backspace);
+            type("E");
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(dialog_->inputText, QStringLiteral("0abcE"));
+    }
+
+    void digitsAndSignsAreTyped()
+    {
+        openAnd([] {
+            type("0123456789*#");
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(dialog_->inputText, QStringLiteral("0123456789*#"));
+    }
+
+    void eachDialogStartsWithItsOwnTextAndAnswer()
+    {
+        for (const int confirmed : {0, 1, 0, 1}) {
+            dialog_->inputText = QString::number(confirmed);
+            QCOMPARE(openAnd([confirmed] {
+                         pressKey(confirmed != 0 ? Code::SoftLeft : Code::SoftRight);
+                     }),
+                     confirmed);
+            QCOMPARE(dialog_->inputText, QString::number(confirmed));
+        }
+    }
+
+    void otherKeysLeaveTheDialogOpenAndTheTextAsItIs_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::newRow("up") << int(Code::Up);
+        QTest::newRow("down") << int(Code::Down);
+        QTest::newRow("page up") << int(Code::PageUp);
+        QTest::newRow("page down") << int(Code::PageDown);
+        QTest::newRow("return") << int(Code::Return);
+        QTest::newRow("enter") << int(Code::Enter);
+        QTest::newRow("hide") << int(Code::Hide);
+        QTest::newRow("folder up") << int(Code::FolderUp);
+        QTest::newRow("music") << int(Code::Music);
+    }
+
+    void otherKeysLeaveTheDialogOpenAndTheTextAsItIs()
+    {
+        QFETCH(int, code);
+        dialog_->inputText = "a.txt";
+        const DebugLines lines;
+        bool stillOpen = false;
+        openAnd([this, code, &stillOpen] {
+            const QPoint place = label()->pos();
+            pressKey(code);
+            stillOpen = dialog_->isRunning() && dialog_->isVisible() && label()->pos() == place;
+            pressKey(Code::SoftLeft);
+        });
+        QVERIFY(stillOpen);
+        QCOMPARE(dialog_->inputText, QStringLiteral("a.txt"));
+        QCOMPARE(lines.all(),
+                 (QStringList{QStringLiteral("KEY: %1").arg(code), QStringLiteral("KEY: 4152")}));
+    }
+
+    void everyAnswerKeyIsLogged()
+    {
+        const DebugLines lines;
+        openAnd([] { pressKey(Code::SoftRight); });
+        QCOMPARE(lines.all(), QStringList("KEY: 4154"));
+    }
+
+    void keysOfTodaysKeyboardsAnswer()
+    {
+        QCOMPARE(openAnd([] { QTest::keyClick(keyReceiver(), Qt::Key_Menu); }), 1);
+        QCOMPARE(openAnd([] { QTest::keyClick(keyReceiver(), Qt::Key_Escape); }), 0);
+    }
+
+    void keyHeldFromBeforeDoesNotAnswer()
+    {
+        for (const int code : {int(Code::SoftLeft), int(Code::SoftRight)}) {
+            bool stillOpen = false;
+            openAnd([this, code, &stillOpen] {
+                repeatKey(code);
+                releaseKey(code);
+                stillOpen = dialog_->isRunning() && dialog_->isVisible();
+                pressKey(Code::SoftRight);
+            });
+            QVERIFY(stillOpen);
+        }
+    }
+
+    void dialogThatIsNotOpenHidesWithAnyKeyButTheArrows_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<bool>("hides");
+        QTest::newRow("hide") << int(Code::Hide) << true;
+        QTest::newRow("yes") << int(Code::SoftLeft) << true;
+        QTest::newRow("no") << int(Code::SoftRight) << true;
+        QTest::newRow("up") << int(Code::Up) << false;
+        QTest::newRow("down") << int(Code::Down) << false;
+    }
+
+    void dialogThatIsNotOpenHidesWithAnyKeyButTheArrows()
+    {
+        QFETCH(int, code);
+        QFETCH(bool, hides);
+        dialog_->show();
+        pressKey(code);
+        QCOMPARE(dialog_->isHidden(), hides);
+        dialog_->hide();
+    }
+
+    void menuHasCopyAndPaste()
+    {
+        ZOptionsMenu* menu = findMenu();
+        QCOMPARE(menu->count(), 2);
+        QCOMPARE(menu->idAt(0), 2);
+        QCOMPARE(menu->idAt(1), 4);
+        QCOMPARE(menu->textAt(0), QStringLiteral("\t\t\tCopy"));
+        QCOMPARE(menu->textAt(1), QStringLiteral("\t\t\tPaste"));
+        QVERIFY(menu->isItemEnabled(2) && menu->isItemEnabled(4));
+        QVERIFY(isPlain(menu->iconAt(0).toImage(), {0, 0, 16, 16}, Qt::red));
+        QVERIFY(isPlain(menu->iconAt(1).toImage(), {0, 0, 16, 16}, Qt::green));
+    }
+
+    void menuTextsAreThoseSetBefore()
+    {
+        dialog_ = std::make_unique<TextInput>(folder_->path() + '/');
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        dialog_->copyText = "\t\t\tKopie";
+        dialog_->pasteText = "\t\t\tRein";
+        dialog_->Init();
+        QCOMPARE(findMenu()->textAt(0), QStringLiteral("\t\t\tKopie"));
+        QCOMPARE(findMenu()->textAt(1), QStringLiteral("\t\t\tRein"));
+    }
+
+    void menuCopiesTheSelection()
+    {
+        dialog_->inputText = "copied";
+        openAnd([this] {
+            pressKey(Code::Modifier);
+            QCOMPARE(ZScreen::instance()->active(), findMenu());
+            pressKey(Code::Return);
+            QCOMPARE(ZScreen::instance()->active(), dialog_.get());
+            QCOMPARE(keyReceiver(), edit());
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(clipboard(), QStringLiteral("copied"));
+        QCOMPARE(dialog_->inputText, QStringLiteral("copied"));
+    }
+
+    void menuPastesOverTheSelection()
+    {
+        setClipboard("pasted");
+        dialog_->inputText = "a.txt";
+        openAnd([] {
+            pressKey(Code::Modifier);
+            pressKey(Code::Down);
+            pressKey(Code::SoftLeft);
+            type("!");
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(dialog_->inputText, QStringLiteral("pasted!"));
+    }
+
+    void menuIsLeftWithoutAChoice()
+    {
+        dialog_->inputText = "a";
+        openAnd([this] {
+            pressKey(Code::Modifier);
+            pressKey(Code::SoftRight);
+            QVERIFY(dialog_->isRunning());
+            QCOMPARE(keyReceiver(), edit());
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(dialog_->inputText, QStringLiteral("a"));
+        QCOMPARE(clipboard(), QStringLiteral("before"));
+    }
+
+    void menuThatIsUpGoesWhenADialogOpens()
+    {
+        findMenu()->show();
+        bool wasUp = true;
+        openAnd([this, &wasUp] {
+            wasUp = findMenu()->isVisible();
+            pressKey(Code::SoftLeft);
+        });
+        QVERIFY(!wasUp);
+    }
+
+    void menuOpensAtTheDialogsTopLeftCorner_data()
+    {
+        QTest::addColumn<QString>("prompt");
+        QTest::newRow("centred") << "Name:";
+        QTest::newRow("too high") << QString("many words ").repeated(80);
+    }
+
+    void menuOpensAtTheDialogsTopLeftCorner()
+    {
+        QFETCH(QString, prompt);
+        QPoint place;
+        openAnd(
+            [this, &place] {
+                pressKey(Code::Modifier);
+                place = findMenu()->pos();
+                pressKey(Code::SoftRight);
+                pressKey(Code::SoftRight);
+            },
+            "T", prompt, QString());
+        QCOMPARE(place, view()->pos());
+    }
+
+    void copyWithoutASelectionLeavesTheClipboard()
+    {
+        dialog_->inputText = QString();
+        openAnd([this] {
+            dialog_->Copy();
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(clipboard(), QStringLiteral("before"));
+    }
+
+    void pastedLinesBecomeOne_data()
+    {
+        QTest::addColumn<QString>("clip");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("one") << "name"
+                             << "name";
+        QTest::newRow("with its end") << "name\n"
+                                      << "name";
+        QTest::newRow("two") << "one\ntwo\n"
+                             << "one two";
+        QTest::newRow("of another system") << "one\r\ntwo\r\n"
+                                           << "one two";
+        QTest::newRow("nothing but an end") << "\n"
+                                            << "a.txt";
+        QTest::newRow("nothing") << ""
+                                 << "a.txt";
+    }
+
+    void pastedLinesBecomeOne()
+    {
+        QFETCH(QString, clip);
+        setClipboard(clip);
+        for (const bool byMenu : {true, false}) {
+            dialog_->inputText = "a.txt";
+            openAnd([this, byMenu] {
+                byMenu ? dialog_->Paste()
+                       : QTest::keyClick(keyReceiver(), Qt::Key_V, Qt::ControlModifier);
+                pressKey(Code::SoftLeft);
+            });
+            QTEST(dialog_->inputText, "text");
+        }
+    }
+
+    void clickOnAHalfOfTheKeyBarAnswers()
+    {
+        for (const QString& prompt : {QString("Name:"), QString("many words ").repeated(80)}) {
+            const auto clickAt = [this](int x) {
+                return [this, x] { click(view()->geometry().bottomLeft() + QPoint(x, -5)); };
+            };
+            QCOMPARE(openAnd(clickAt(30), "T", prompt), 1);
+            QCOMPARE(openAnd(clickAt(190), "T", prompt), 0);
+        }
+    }
+
+    void clickElsewhereDoesNotAnswer()
+    {
+        dialog_->inputText = "a";
+        bool stillOpen = false;
+        openAnd([this, &stillOpen] {
+            click(view()->geometry().topLeft() + QPoint(30, 5));
+            click({2, 2});
+            click({120, 318});
+            click(edit()->mapTo(ZScreen::instance(), edit()->rect().center()));
+            stillOpen = dialog_->isRunning() && dialog_->isVisible();
+            pressKey(Code::SoftRight);
+        });
+        QVERIFY(stillOpen);
+    }
+
+    void focusComesBackToWhatHadIt()
+    {
+        QWidget window(ZScreen::instance());
+        ZScreen::instance()->place(&window, ZScreen::Layer::Main);
+        window.resize(ZScreen::Width, ZScreen::Height);
+        QLineEdit field(&window);
+        window.show();
+        field.setFocus();
+        openAnd([] {
+            type("x");
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(keyReceiver(), &field);
+        QVERIFY(field.text().isEmpty());
+    }
+
+    void questionAboveTheDialogIsAnsweredFirst()
+    {
+        kWidget question;
+        int inner = -1;
+        const int answer = openAnd([this, &question, &inner] {
+            type("typed");
+            inner = askAnd(question, [] { pressKey(Code::SoftRight); });
+            QVERIFY(dialog_->isRunning() && dialog_->isVisible());
+            QCOMPARE(keyReceiver(), edit());
+            pressKey(Code::SoftLeft);
+        });
+        QCOMPARE(inner, 0);
+        QCOMPARE(answer, 1);
+        QCOMPARE(dialog_->inputText, QStringLiteral("typed"));
+    }
+
+    void pathOfAFolderReachesToItsLastSlash_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("file") << "/a/b/c"
+                              << "/a/b/";
+        QTest::newRow("folder") << "/a/b/"
+                                << "/a/b/";
+        QTest::newRow("top") << "/a"
+                             << "/";
+        QTest::newRow("name alone") << "a"
+                                    << "";
+    }
+
+    void pathOfAFolderReachesToItsLastSlash()
+    {
+        QFETCH(QString, path);
+        QTEST(TextInput::getProgramDir(path), "folder");
+    }
+
+    void menuGoesWithTheDialog()
+    {
+        const QPointer<ZOptionsMenu> menu = findMenu();
+        dialog_.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(menu.isNull());
+    }
+
+    // The process cannot take a request to quit back, so these come last.
+    void endOfTheProgramCancelsAndKeepsTheText()
+    {
+        QCOMPARE(openAnd([] {
+                     type("typed");
+                     pressKey(Code::Modifier);
+                     ZApplication::quit();
+                 }),
+                 0);
+        QCOMPARE(dialog_->inputText, QStringLiteral("typed"));
+        QVERIFY(dialog_->isHidden() && !dialog_->isRunning());
+    }
+
+    void dialogWhileTheProgramEndsIsCancelledAtOnce()
+    {
+        QVERIFY(ZApplication::isQuitting());
+        dialog_->inputText = "a";
+        QCOMPARE(dialog_->showText("T", "P", QString()), 0);
+        QCOMPARE(dialog_->inputText, QStringLiteral("a"));
+        QVERIFY(dialog_->isHidden());
+    }
+};
+
+QUARN_TEST_MAIN(tst_TextInput)
+#include "tst_textinput.moc"
