@@ -2,11 +2,13 @@
 
 #include "platform/keymap.h"
 #include "platform/zapplication.h"
+#include "platform/zlistrowpainter.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 
 PluginWindow::PluginWindow(const QString& title)
     : ZKbMainWidget(TitleUnderlined, nullptr, "ZMainWidget", {}),
@@ -20,8 +22,9 @@ PluginWindow::PluginWindow(const QString& title)
     setSoftKey(softKey_);
     setSoftKeyTexts(QString(), QStringLiteral("Exit"));
     connect(softKey_, &ZSoftKey::pressed, this, [this](int key) {
+        ++softKeyPresses_;
         if (key == ZSoftKey::Right)
-            end();
+            rightSoftKey();
         else
             leftSoftKey();
     });
@@ -35,6 +38,20 @@ void PluginWindow::setSoftKeyTexts(const QString& left, const QString& right)
     softKey_->setText(ZSoftKey::Right, right);
 }
 
+void PluginWindow::showTitle(const QString& name, const QString& detail)
+{
+    constexpr int Margins = 16;
+    QFont bold = font();
+    bold.setPixelSize(14);
+    bold.setWeight(QFont::Bold);
+    const QFontMetrics metrics(bold);
+    const QString end = detail.isEmpty() ? QString() : QStringLiteral("  ") + detail;
+    const int room = ZScreen::Width - Margins - metrics.horizontalAdvance(end);
+    setMainWidgetTitle(metrics.elidedText(ZListRowPainter::visibleText(name), Qt::ElideMiddle, room,
+                                          Qt::TextSingleLine) +
+                       end);
+}
+
 void PluginWindow::end()
 {
     ZApplication::quit();
@@ -42,10 +59,22 @@ void PluginWindow::end()
 
 void PluginWindow::leftSoftKey() {}
 
+void PluginWindow::rightSoftKey()
+{
+    end();
+}
+
 void PluginWindow::keyPressed(int code)
 {
     if (code == '*')
         fullScreenModeChanged(!isFullScreenMode());
+}
+
+bool PluginWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    // A key that nobody takes goes up from widget to widget, and would come by here each time.
+    const unsigned before = softKeyPresses_;
+    return ZKbMainWidget::eventFilter(watched, event) || softKeyPresses_ != before;
 }
 
 void PluginWindow::keyPressEvent(QKeyEvent* event)

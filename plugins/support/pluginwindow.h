@@ -19,18 +19,25 @@ public:
     /// The texts over the soft keys.
     void setSoftKeyTexts(const QString& left, const QString& right);
 
+    /// Puts a name and what is to say about it into the title; a long name loses its middle.
+    void showTitle(const QString& name, const QString& detail);
+
 public slots:
     /// Ends the program; what the window manager's request to close does, too.
     virtual void end();
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) final;
     /// A key of the phone that none of the widgets in the window has taken, repeated presses
     /// included. `code` is a PhoneKey::Code or a character.
     virtual void keyPressed(int code);
     /// The left soft key.
     virtual void leftSoftKey();
+    /// The right soft key: ends the program.
+    virtual void rightSoftKey();
 
 private:
     ZSoftKey* softKey_;
+    unsigned softKeyPresses_ = 0;
 };

@@ -3,6 +3,7 @@
 #include "tests/support/testmain.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QRegularExpression>
 #include <QSet>
@@ -24,6 +25,7 @@ private slots:
     void everyIconNumberHasItsPictures();
     void noPluginIsListedTwice();
     void everyPluginIsUsed();
+    void pluginsOfTheFolderAreInstalled();
     void programsGivenByPathHaveLabelAndIcon();
     void picturesAreTheTypesThatThePanelPreviews();
 
@@ -140,6 +142,17 @@ void tst_InstalledTables::everyPluginIsUsed()
                                  return mime.plugin_num == plugin.plugin_num;
                              }),
                  qPrintable(plugin.name));
+    }
+}
+
+void tst_InstalledTables::pluginsOfTheFolderAreInstalled()
+{
+    for (const plugin_struct& plugin : plugins) {
+        if (plugin.kind != 0)
+            continue;
+        const QString folder = staged("plugins/") + plugin.name + '/';
+        QVERIFY2(QFileInfo(folder + plugin.name).isExecutable(), qPrintable(plugin.name));
+        QVERIFY2(!QImage(folder + "icon.png").isNull(), qPrintable(plugin.name));
     }
 }
 

@@ -1,0 +1,101 @@
+#include "plugins/execute/command.h"
+
+#include "plugins/support/regularopen.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+struct Interpreter {
+    const char* extension;
+    const char* program;
+    const char* option; ///< nullptr for none
+};
+
+/// Python keeps what a script prints to itself for long unless it is told not to.
+constexpr Interpreter Interpreters[] = {
+    {"sh", "sh", nullptr},   {"bash", "bash", nullptr}, {"zsh", "zsh", nullptr},
+    {"py", "python3", "-u"}, {"pl", "perl", nullptr},   {"rb", "ruby", nullptr},
+    {"lua", "lua", nullptr}, {"tcl", "tclsh", nullptr}, {"awk", "awk", "-f"},
+    {"js", "node", nullptr},
+};
+
+const Interpreter* interpreterOf(const QString& path)
+{
+    const QString extension = QFileInfo(path).suffix().toLower();
+    const auto* found = std::find_if(std::begin(Interpreters), std::end(Interpreters),
+                                     [&extension](const Interpreter& known) {
+                                         return extension == QLatin1String(known.extension);
+                                     });
+    return found == std::end(Interpreters) ? nullptr : found;
+}
+
+bool mayExecute(const QByteArray& path)
+{
+    return ::access(path.constData(), X_OK) == 0;
+}
+
+/// Whether the system itself knows how to run what begins with these bytes. A script without "#!"
+/// it leaves to shells.
+bool isForTheSystem(const QByteArray& head)
+{
+    return head.isEmpty() || head.startsWith("#!") || head.contains('\0');
+}
+
+QByteArray headOf(const QString& path)
+{
+    constexpr qint64 HeadBytes = 256;
+    QFile file;
+    QString problem;
+    // A program need not be readable to be run.
+    return openRegular(file, path, problem) ? file.read(HeadBytes) : QByteArray();
+}
+
+QString problemOf(const QByteArray& path)
+{
+    struct stat about = {};
+    if (path.isEmpty())
+        return QStringLiteral("No file was given.");
+    if (::stat(path.constData(), &about) != 0)
+        return QStringLiteral("There is no such file.");
+    if (S_ISDIR(about.st_mode))
+        return QStringLiteral("This is a folder.");
+    return S_ISREG(about.st_mode) ? QString() : QStringLiteral("This is not a regular file.");
+}
+
+} // namespace
+
+Command Command::forFile(const QString& path)
+{
+    Command command;
+    const QByteArray name = QFile::encodeName(path);
+    command.problem = problemOf(name);
+    if (!command.problem.isEmpty())
+        return command;
+    // Absolute, so that no interpreter takes it for an option.
+    const QString file = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    command.folder = QFileInfo(file).path();
+    const bool executable = mayExecute(name);
+    const Interpreter* interpreter = interpreterOf(file);
+    if (executable && isForTheSystem(headOf(file))) {
+        command.program = file;
+    } else if (interpreter != nullptr) {
+        command.program = QString::fromLatin1(interpreter->program);
+        if (interpreter->option != nullptr)
+            command.arguments.append(QString::fromLatin1(interpreter->option));
+        command.arguments.append(file);
+    } else if (executable) {
+        command.program = QStringLiteral("sh");
+        command.arguments.append(file);
+    } else {
+        command.problem = QStringLiteral("This file is not executable.");
+    }
+    return command;
+}

@@ -1,0 +1,114 @@
+#include "plugins/execute/executewindow.h"
+
+#include "plugins/execute/runningprogram.h"
+#include "plugins/support/textpane.h"
+
+#include <QFileInfo>
+#include <QVBoxLayout>
+
+namespace
+{
+
+/// From what comes in to its being seen: a program that floods must not make this one paint all
+/// the time. Milliseconds.
+constexpr int RedrawInterval = 80;
+
+} // namespace
+
+ExecuteWindow::ExecuteWindow(const QString& path)
+    : PluginWindow(QStringLiteral("Execute")),
+      name_(QFileInfo(path).fileName()),
+      command_(Command::forFile(path)),
+      pane_(new TextPane(output_, this)),
+      program_(new RunningProgram(this))
+{
+    contentLayout()->addWidget(pane_);
+    pane_->setFollowing(true);
+    redraw_.setSingleShot(true);
+    redraw_.setInterval(RedrawInterval);
+    connect(&redraw_, &QTimer::timeout, pane_, &TextPane::refresh);
+    connect(program_, &RunningProgram::output, this, &ExecuteWindow::outputCame);
+    connect(program_, &RunningProgram::ended, this, &ExecuteWindow::programEnded);
+    connect(program_, &RunningProgram::failed, this, &ExecuteWindow::programFailed);
+    if (command_.problem.isEmpty()) {
+        start();
+    } else {
+        showState(QString());
+        pane_->setNotice(command_.problem);
+    }
+}
+
+ExecuteWindow::~ExecuteWindow()
+{
+    // It tells of the end of what it runs.
+    disconnect(program_, nullptr, this, nullptr);
+}
+
+void ExecuteWindow::start()
+{
+    output_.clear();
+    pane_->setNotice(QStringLiteral("No output yet."));
+    showState(QStringLiteral("runs"));
+    setSoftKeyTexts(QStringLiteral("Stop"), QStringLiteral("Exit"));
+    program_->start(command_);
+}
+
+void ExecuteWindow::end()
+{
+    if (!program_->isRunning()) {
+        PluginWindow::end();
+        return;
+    }
+    ending_ = true;
+    showState(QStringLiteral("stops"));
+    program_->stop();
+}
+
+void ExecuteWindow::keyPressed(int code)
+{
+    if (!pane_->handleKey(code))
+        PluginWindow::keyPressed(code);
+}
+
+void ExecuteWindow::leftSoftKey()
+{
+    if (!command_.problem.isEmpty())
+        return;
+    if (!program_->isRunning()) {
+        start();
+        return;
+    }
+    showState(QStringLiteral("stops"));
+    program_->stop();
+}
+
+void ExecuteWindow::outputCame(const QByteArray& bytes)
+{
+    output_.append(bytes);
+    if (!redraw_.isActive())
+        redraw_.start();
+}
+
+void ExecuteWindow::programEnded(const QString& how)
+{
+    if (ending_) {
+        PluginWindow::end();
+        return;
+    }
+    redraw_.stop();
+    pane_->setNotice(QStringLiteral("There was no output."));
+    showState(how);
+    setSoftKeyTexts(QStringLiteral("Again"), QStringLiteral("Exit"));
+}
+
+void ExecuteWindow::programFailed(const QString& problem)
+{
+    programEnded(QString());
+    const QString program = QFileInfo(command_.program).fileName();
+    pane_->setNotice(QStringLiteral("Cannot run %1: %2").arg(program, problem));
+}
+
+void ExecuteWindow::showState(const QString& state)
+{
+    showTitle(name_.isEmpty() ? QStringLiteral("Execute") : name_, state);
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QProcess>
+#include <QTimer>
+
+struct Command;
+
+/// A program that runs with its output coming here, in a session of its own, so that it can be
+/// stopped with what it has started. It ends with a hang-up when this process ends.
+class RunningProgram : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit RunningProgram(QObject* parent);
+    ~RunningProgram() override;
+
+    /// From the request to stop to the end by force, milliseconds; 2000 at first.
+    void setPatience(int milliseconds) { patience_.setInterval(milliseconds); }
+    void start(const Command& command);
+    bool isRunning() const { return process_.state() != QProcess::NotRunning; }
+    /// Asks the program to end; a second time, or when it does not in time, makes it. What it
+    /// leaves behind then ends with it.
+    void stop();
+
+signals:
+    void output(const QByteArray& bytes);
+    /// Every start is followed by one of these two. `how` is "ended 0" or "signal 9".
+    void ended(const QString& how);
+    void failed(const QString& problem);
+
+private:
+    void sendSignal(int number);
+    void readOutput();
+    void processEnded(int code, QProcess::ExitStatus status);
+    void processFailed(QProcess::ProcessError error);
+
+    QProcess process_;
+    QTimer patience_;
+    qint64 group_ = 0; ///< that the program and what it started belong to
+    bool stopping_ = false;
+};

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QString>
+
+class QPainter;
+class QRect;
+
+/// Writes a message into the middle of an area, in lines as long as fit.
+void paintNotice(QPainter& painter, const QRect& area, const QString& text);
