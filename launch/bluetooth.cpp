@@ -2,4 +2,33 @@
 
 #include "shell/fm.h"
 
-void FM::slot_SendBt() {}
+#include "lang/texts.h"
+#include "platform/share_tool.h"
+#include "widgets/kwidget.h"
+
+#include <QFileInfo>
+
+namespace
+{
+
+void showError(const QString& text)
+{
+    textView->showText(LANG_ERROR, text, Qt::AlignHCenter, QStringLiteral("res/img/error.png"),
+                       kWidget::Message);
+}
+
+} // namespace
+
+void FM::slot_SendBt()
+{
+    const QString path = getActiveFileName();
+    if (!QFileInfo(path).isFile()) {
+        showError(QStringLiteral("Error can't send ") + path);
+        return;
+    }
+    // From the last "/" on, which is part of the name; without one the whole path.
+    const QString name = path.mid(qMax(path.lastIndexOf(QLatin1Char('/')), qsizetype(0)));
+    const SHARE_Tool::OBJECT_INFO info = {name, QStringLiteral("media/") + getMime(path)};
+    if (!SHARE_Tool::shareByBt(info, path, false))
+        showError(QStringLiteral("Error send file ") + path);
+}

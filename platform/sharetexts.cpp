@@ -1,0 +1,7 @@
+#include "platform/sharetexts.h"
+
+ShareTexts& ShareTexts::instance()
+{
+    static ShareTexts texts;
+    return texts;
+}
