@@ -15,6 +15,7 @@ namespace
 
 /// The longest path of the system, bytes.
 constexpr qsizetype MaxLine = 4096;
+constexpr qsizetype MaxBookmarks = MaxTableLines / 2;
 
 bool hasLineBreak(const QString& text)
 {
@@ -46,7 +47,7 @@ Bookmarks readBookmarks(const QString& file)
         return bookmarks;
     QTextStream stream(*bytes);
     QString line;
-    while (stream.readLineInto(&line)) {
+    while (bookmarks.names.size() < MaxBookmarks && stream.readLineInto(&line)) {
         if (line.isEmpty())
             line = stream.readLine();
         bookmarks.names.append(line.left(MaxLine));

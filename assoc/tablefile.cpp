@@ -14,7 +14,7 @@ QStringList readTableLines(const QString& file)
         return lines;
     QTextStream stream(*bytes);
     QString line;
-    while (stream.readLineInto(&line)) {
+    while (lines.size() < MaxTableLines && stream.readLineInto(&line)) {
         if (!QStringView(line).trimmed().isEmpty())
             lines.append(line.left(MaxTableLine));
     }

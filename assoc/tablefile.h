@@ -4,8 +4,10 @@
 
 /// Tables are text files of one entry a line in fixed character columns.
 
-/// Only the first 16 MiB of a table are read, and of a line the first 1024 characters.
+/// Only the first 16 MiB and 200,000 lines of a table are read, and of a line the first 1024
+/// characters.
 inline constexpr qsizetype MaxTableBytes = 16 * 1024 * 1024;
+inline constexpr qsizetype MaxTableLines = 200000;
 inline constexpr qsizetype MaxTableLine = 1024;
 
 /// The lines of a table, UTF-8, without their line breaks; blank lines are left out. Empty if the
