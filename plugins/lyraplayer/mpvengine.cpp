@@ -1,0 +1,335 @@
+#include "plugins/lyraplayer/mpvengine.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+
+constexpr int PauseObserver = 1;
+// mpv's own text of the one error that is no fault of the track.
+const QLatin1String OutputError("audio output initialization failed");
+// No message that is of interest comes near this; a peer that never ends a line is not mpv.
+constexpr qint64 MaxLineBytes = 4 * 1024 * 1024;
+
+/// A string of JSON. Bytes that are no UTF-8 go through as they are, which mpv takes for the file
+/// names that they are.
+QByteArray quoted(const QByteArray& text)
+{
+    QByteArray result = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\')
+            result += '\\';
+        if (static_cast<unsigned char>(c) < 0x20)
+            result += "\\u00" + QByteArray(1, c).toHex();
+        else
+            result += c;
+    }
+    return result + '"';
+}
+
+/// The value of a tag, whatever the case of its name.
+QString tag(const QJsonObject& tags, QLatin1String name)
+{
+    for (auto each = tags.begin(); each != tags.end(); ++each) {
+        if (each.key().compare(name, Qt::CaseInsensitive) == 0)
+            return each.value().toString().trimmed();
+    }
+    return {};
+}
+
+} // namespace
+
+MpvEngine::Settings MpvEngine::settingsOfEnvironment()
+{
+    Settings settings;
+    settings.options = QProcess::splitCommand(qEnvironmentVariable("QUARN_MPV_OPTIONS"));
+    return settings;
+}
+
+MpvEngine::MpvEngine(Settings settings, QObject* parent)
+    : QObject(parent), settings_(std::move(settings))
+{
+    answerTimer_.setSingleShot(true);
+    answerTimer_.setInterval(settings_.answerTimeoutMs);
+    connect(&answerTimer_, &QTimer::timeout, this,
+            [this] { fail(QStringLiteral("mpv does not answer.")); });
+}
+
+MpvEngine::~MpvEngine()
+{
+    shutDown();
+}
+
+qint64 MpvEngine::processId() const
+{
+    return process_ != nullptr ? process_->processId() : 0;
+}
+
+QStringList MpvEngine::arguments(int descriptor) const
+{
+    return QStringList{"--no-config",
+                       "--idle=yes",
+                       "--no-video",
+                       "--audio-display=no",
+                       "--no-terminal",
+                       "--load-scripts=no",
+                       "--ytdl=no",
+                       "--osc=no",
+                       "--input-media-keys=no",
+                       "--resume-playback=no",
+                       "--keep-open=no",
+                       "--autoload-files=no",
+                       "--audio-client-name=LyraPlayer",
+                       QStringLiteral("--volume=%1").arg(volume_),
+                       QStringLiteral("--input-ipc-client=fd://%1").arg(descriptor)} +
+           settings_.options;
+}
+
+bool MpvEngine::start()
+{
+    int ends[2] = {-1, -1};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        fail(QStringLiteral("No connection to mpv can be made."));
+        return false;
+    }
+    socket_ = new QLocalSocket(this);
+    socket_->setReadBufferSize(MaxLineBytes);
+    socket_->setSocketDescriptor(ends[0]);
+    connect(socket_, &QLocalSocket::readyRead, this, &MpvEngine::readLines);
+    startProcess(ends[1]);
+    ::close(ends[1]);
+    send({quoted("observe_property"), QByteArray::number(PauseObserver), quoted("pause")});
+    return true;
+}
+
+void MpvEngine::startProcess(int descriptor)
+{
+    process_ = new QProcess(this);
+    process_->setStandardInputFile(QProcess::nullDevice());
+    process_->setStandardOutputFile(QProcess::nullDevice());
+    process_->setStandardErrorFile(QProcess::nullDevice());
+    process_->setChildProcessModifier([descriptor] {
+        ::fcntl(descriptor, F_SETFD, 0);
+        // One that hangs would not notice the end of the connection.
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    });
+    // Queued, since the process is given up when it is told; by then another one may run.
+    const auto failOnce = [this, run = ++runs_](const QString& reason) {
+        if (run == runs_)
+            fail(reason);
+    };
+    connect(
+        process_, &QProcess::errorOccurred, this,
+        [failOnce](QProcess::ProcessError error) {
+            if (error == QProcess::FailedToStart)
+                failOnce(QStringLiteral("mpv, which plays the music, cannot be started. "
+                                        "Is it installed?"));
+        },
+        Qt::QueuedConnection);
+    const auto over = [failOnce] { failOnce(QStringLiteral("mpv has ended unexpectedly.")); };
+    connect(process_, &QProcess::finished, this, over, Qt::QueuedConnection);
+    // One that could not be started has no connection either; that is told otherwise.
+    const auto left = [this, over] {
+        if (process_ != nullptr && process_->state() == QProcess::Running)
+            over();
+    };
+    connect(socket_, &QLocalSocket::disconnected, this, left, Qt::QueuedConnection);
+    process_->start(settings_.program, arguments(descriptor));
+}
+
+void MpvEngine::shutDown()
+{
+    answerTimer_.stop();
+    awaited_.clear();
+    forgetEntry();
+    ++runs_; // what they still have to say is no news
+    QLocalSocket* socket = std::exchange(socket_, nullptr);
+    if (socket != nullptr) {
+        socket->disconnect(this);
+        socket->abort();
+        socket->deleteLater();
+    }
+    QProcess* process = std::exchange(process_, nullptr);
+    if (process == nullptr)
+        return;
+    constexpr int EndsByItselfMs = 1000;
+    process->disconnect(this);
+    if (process->state() != QProcess::NotRunning && !process->waitForFinished(EndsByItselfMs)) {
+        process->kill();
+        process->waitForFinished(EndsByItselfMs);
+    }
+    process->deleteLater();
+}
+
+void MpvEngine::fail(const QString& reason)
+{
+    if (process_ != nullptr) {
+        process_->kill();
+        shutDown();
+    }
+    emit failed(reason);
+}
+
+void MpvEngine::send(const QList<QByteArray>& words, const Answer& answer)
+{
+    if (socket_ == nullptr)
+        return;
+    const int request = ++lastRequest_;
+    awaited_.insert(request, answer);
+    if (!answerTimer_.isActive())
+        answerTimer_.start();
+    socket_->write("{\"command\":[" + words.join(',') +
+                   "],\"request_id\":" + QByteArray::number(request) + "}\n");
+}
+
+void MpvEngine::load(const QByteArray& track)
+{
+    if (process_ == nullptr && !start())
+        return;
+    forgetEntry();
+    const int load = ++loads_;
+    send({quoted("loadfile"), quoted(track), quoted("replace")},
+         [this, load](const QJsonValue& data) {
+             const qint64 entry =
+                 data.toObject().value(QLatin1String("playlist_entry_id")).toInteger(-1);
+             if (entry < 0)
+                 fail(QStringLiteral("This mpv is too old."));
+             else if (load == loads_)
+                 firstEntry_ = entry_ = entry;
+         });
+    setPaused(false);
+}
+
+void MpvEngine::stop()
+{
+    forgetEntry();
+    ++loads_;
+    send({quoted("stop")});
+}
+
+void MpvEngine::forgetEntry()
+{
+    firstEntry_ = entry_ = -1;
+    opened_ = false;
+}
+
+void MpvEngine::setPaused(bool paused)
+{
+    send({quoted("set_property"), quoted("pause"), paused ? "true" : "false"});
+}
+
+void MpvEngine::seek(double seconds)
+{
+    send({quoted("seek"), QByteArray::number(seconds, 'f', 3), quoted("absolute")});
+}
+
+void MpvEngine::setVolume(int percent)
+{
+    volume_ = percent;
+    send({quoted("set_property"), quoted("volume"), QByteArray::number(percent)});
+}
+
+void MpvEngine::askPosition()
+{
+    const qint64 entry = entry_;
+    // The length of some files is only guessed at first.
+    send({quoted("get_property"), quoted("duration")}, [this, entry](const QJsonValue& length) {
+        send({quoted("get_property"), quoted("time-pos")},
+             [this, entry, length](const QJsonValue& seconds) {
+                 if (entry >= 0 && entry == entry_ && seconds.isDouble())
+                     emit position(seconds.toDouble(), length.toDouble());
+             });
+    });
+}
+
+void MpvEngine::readLines()
+{
+    // What a line leads to may end the connection.
+    while (socket_ != nullptr && socket_->canReadLine()) {
+        const QJsonDocument line = QJsonDocument::fromJson(socket_->readLine());
+        if (line.isObject())
+            take(line.object());
+    }
+    if (socket_ != nullptr && socket_->bytesAvailable() >= MaxLineBytes)
+        fail(QStringLiteral("mpv does not answer."));
+}
+
+void MpvEngine::take(const QJsonObject& message)
+{
+    if (message.contains(QLatin1String("event"))) {
+        takeEvent(message);
+        return;
+    }
+    const auto awaited = awaited_.find(message.value(QLatin1String("request_id")).toInt(-1));
+    if (awaited == awaited_.end())
+        return;
+    const Answer answer = *awaited;
+    awaited_.erase(awaited);
+    if (awaited_.isEmpty())
+        answerTimer_.stop();
+    else
+        answerTimer_.start();
+    if (answer)
+        answer(message.value(QLatin1String("data")));
+}
+
+void MpvEngine::takeEvent(const QJsonObject& event)
+{
+    const QString name = event.value(QLatin1String("event")).toString();
+    const qint64 entry = event.value(QLatin1String("playlist_entry_id")).toInteger(-1);
+    const bool ours = entry >= 0 && entry >= firstEntry_ && entry <= entry_;
+    if (name == QLatin1String("start-file"))
+        opened_ = ours;
+    else if (name == QLatin1String("file-loaded") && opened_)
+        trackLoaded();
+    else if (name == QLatin1String("playback-restart") && opened_)
+        emit moved();
+    else if (name == QLatin1String("end-file") && ours && entry == entry_)
+        trackEnded(event);
+    else if (name == QLatin1String("property-change") &&
+             event.value(QLatin1String("id")).toInt() == PauseObserver)
+        emit pausedChanged(event.value(QLatin1String("data")).toBool());
+}
+
+void MpvEngine::trackEnded(const QJsonObject& event)
+{
+    const QString reason = event.value(QLatin1String("reason")).toString();
+    const qint64 parts = event.value(QLatin1String("playlist_insert_num_entries")).toInteger();
+    if (reason == QLatin1String("redirect") && parts > 0) {
+        // The file was a list itself. mpv plays what it names; the end of the last is awaited.
+        firstEntry_ = event.value(QLatin1String("playlist_insert_id")).toInteger();
+        entry_ = firstEntry_ + parts - 1;
+        return;
+    }
+    forgetEntry();
+    const QString error = event.value(QLatin1String("file_error")).toString();
+    if (reason == QLatin1String("eof"))
+        emit ended();
+    else if (error == OutputError)
+        emit noOutput(error);
+    else if (reason == QLatin1String("error") || reason == QLatin1String("redirect"))
+        emit unplayable(error.isEmpty() ? QStringLiteral("nothing to play in it") : error);
+}
+
+void MpvEngine::trackLoaded()
+{
+    const qint64 entry = entry_;
+    send({quoted("get_property"), quoted("duration")}, [this, entry](const QJsonValue& length) {
+        send({quoted("get_property"), quoted("metadata")},
+             [this, entry, length](const QJsonValue& data) {
+                 if (entry != entry_)
+                     return;
+                 const QJsonObject tags = data.toObject();
+                 emit loaded({tag(tags, QLatin1String("title")), tag(tags, QLatin1String("artist")),
+                              tag(tags, QLatin1String("album")), length.toDouble()});
+             });
+    });
+}

@@ -1,0 +1,204 @@
+#include "plugins/lyraplayer/playerwindow.h"
+
+#include "platform/keymap.h"
+#include "platform/zlistbox.h"
+#include "platform/zscreen.h"
+#include "platform/zskinservice.h"
+#include "plugins/lyraplayer/glyphs.h"
+#include "plugins/lyraplayer/messagebar.h"
+#include "plugins/lyraplayer/nowplaying.h"
+#include "plugins/lyraplayer/player.h"
+
+#include <QPainter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <cmath>
+
+namespace
+{
+
+constexpr int MarkSize = 14;
+
+QPixmap emptyMark(double density)
+{
+    const int pixels = int(std::ceil(MarkSize * density));
+    QPixmap mark(pixels, pixels);
+    mark.setDevicePixelRatio(density);
+    mark.fill(Qt::transparent);
+    return mark;
+}
+
+QPixmap playMark(double density)
+{
+    QPixmap mark = emptyMark(density);
+    QPainter painter(&mark);
+    Glyph::play(painter, QRectF(2, 2, MarkSize - 4, MarkSize - 4),
+                ZSkinService::look(ZSkinService::clsListBox).text);
+    return mark;
+}
+
+} // namespace
+
+PlayerWindow::PlayerWindow(Player& player)
+    : PluginWindow(QStringLiteral("LyraPlayer")),
+      player_(player),
+      noMark_(emptyMark(devicePixelRatioF())),
+      mark_(playMark(devicePixelRatioF()))
+{
+    addPages();
+    fillList();
+    connectPlayer();
+    showList(false);
+    showState();
+}
+
+PlayerWindow::~PlayerWindow() = default;
+
+void PlayerWindow::addPages()
+{
+    pages_ = new QStackedWidget(this);
+    nowPlaying_ = new NowPlaying(player_, pages_);
+    list_ = new ZListBox(QStringLiteral("%I%M"), pages_, 0, ZSkinService::clsListBox);
+    list_->setItemFont(2, font(), false);
+    list_->setItemFont(2, font(), true);
+    pages_->addWidget(nowPlaying_);
+    pages_->addWidget(list_);
+    message_ = new MessageBar(this);
+    contentLayout()->addWidget(pages_, 1);
+    contentLayout()->addWidget(message_);
+}
+
+void PlayerWindow::connectPlayer()
+{
+    connect(nowPlaying_, &NowPlaying::listWanted, this, [this] { showList(true); });
+    connect(list_, &ZListBox::selected, this, &PlayerWindow::playRow);
+    connect(&player_, &Player::changed, this, &PlayerWindow::showState);
+    connect(&player_, &Player::currentChanged, this, &PlayerWindow::follow);
+    connect(&player_, &Player::listEnded, this, [this] { showList(true); });
+}
+
+void PlayerWindow::fillList()
+{
+    for (int track = 0; track < player_.count(); ++track) {
+        auto* row = new ZListBoxItem(list_, QStringLiteral("%I%M"));
+        row->setPixmap(0, noMark_);
+        row->appendSubItem(1, QStringLiteral("%1. %2").arg(track + 1).arg(player_.nameOf(track)),
+                           false);
+        list_->insertItem(row);
+    }
+    list_->setCurrentItem(player_.current());
+    follow(player_.current(), -1);
+}
+
+void PlayerWindow::follow(int track, int before)
+{
+    if (ZListBoxItem* row = list_->item(before))
+        row->setPixmap(0, noMark_);
+    if (ZListBoxItem* row = list_->item(track))
+        row->setPixmap(0, mark_);
+    if (!showsList() || list_->currentItem() == before)
+        list_->setCurrentItem(track);
+}
+
+void PlayerWindow::showList(bool list)
+{
+    if (list && player_.count() == 0)
+        return;
+    if (list && !showsList())
+        list_->setCurrentItem(player_.current());
+    pages_->setCurrentIndex(list ? 1 : 0);
+    if (list)
+        list_->setFocus();
+    else
+        setFocus();
+    showState();
+}
+
+bool PlayerWindow::showsList() const
+{
+    return pages_->currentIndex() == 1;
+}
+
+void PlayerWindow::showState()
+{
+    const QString left = player_.count() == 0  ? QString()
+                         : player_.isPlaying() ? QStringLiteral("Pause")
+                                               : QStringLiteral("Play");
+    setSoftKeyTexts(left, showsList() ? QStringLiteral("Back") : QStringLiteral("Exit"));
+    message_->setText(player_.message());
+}
+
+void PlayerWindow::playRow(int row)
+{
+    player_.play(row);
+    showList(false);
+}
+
+void PlayerWindow::leftSoftKey()
+{
+    player_.toggle();
+}
+
+void PlayerWindow::rightSoftKey()
+{
+    if (showsList())
+        showList(false);
+    else
+        end();
+}
+
+void PlayerWindow::keyPressed(int code)
+{
+    constexpr double Tenths = 10;
+    switch (code) {
+    case PhoneKey::Music:
+        return player_.toggle();
+    case PhoneKey::Left:
+    case PhoneKey::MusicPrevious:
+        return player_.previous();
+    case PhoneKey::Right:
+    case PhoneKey::MusicNext:
+        return player_.next();
+    case PhoneKey::Up:
+        return player_.changeVolume(1);
+    case PhoneKey::Down:
+        return player_.changeVolume(-1);
+    case PhoneKey::Return:
+    case PhoneKey::Enter:
+        return showList(true);
+    case PhoneKey::FolderUp:
+        return showList(false);
+    case PhoneKey::Hide:
+        return hide();
+    default:
+        if (code >= '0' && code <= '9')
+            player_.seek((code - '0') / Tenths);
+        else
+            PluginWindow::keyPressed(code);
+    }
+}
+
+void PlayerWindow::take(const QByteArray& message)
+{
+    if (message == "next") {
+        player_.next();
+    } else if (message == "prew") {
+        player_.previous();
+    } else if (message == "show") {
+        show();
+        ZScreen::instance()->raiseWindow();
+    }
+}
+
+void PlayerWindow::showEvent(QShowEvent* event)
+{
+    PluginWindow::showEvent(event);
+    player_.setWatched(true);
+}
+
+void PlayerWindow::hideEvent(QHideEvent* event)
+{
+    PluginWindow::hideEvent(event);
+    player_.setWatched(false);
+}
