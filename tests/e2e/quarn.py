@@ -168,9 +168,11 @@ class Display:
 class Program:
     """One running copy of the program with a work folder, home and runtime folder of its own.
 
-    It must be stopped; stop() also fails if a process that it started is still there."""
+    It must be stopped; stop() also fails if a process that it started is still there. Unless
+    `player` says so the music player is not installed, and its keys give a message."""
 
-    def __init__(self, display, folder=None, second_folder="/", settings=None, name="work"):
+    def __init__(self, display, folder=None, second_folder="/", settings=None, name="work",
+                 player=False):
         self.display = display
         self.base = pathlib.Path(tempfile.mkdtemp(prefix="q"))
         self.stage = self.base / name
@@ -179,6 +181,8 @@ class Program:
         self.home.mkdir()
         self.runtime.mkdir(mode=0o700)
         shutil.copytree(stage_folder(), self.stage, symlinks=True)
+        if not player:
+            (self.stage / "plugins" / "LyraPlayer" / "LyraPlayer").unlink(missing_ok=True)
         self.settings = {"Work_folder": f"{self.stage}/", "Start_path_tab1": folder or self.home,
                          "Start_path_tab2": second_folder, "Language": "english",
                          "Full_screen": 0, "Header_type": 3, "Full_info": 1, **(settings or {})}

@@ -275,7 +275,7 @@ class TestStartedPrograms(quarn.Case):
     def with_player(self):
         program = self.program()
         player = program.stage / "plugins" / "LyraPlayer" / "LyraPlayer"
-        player.parent.mkdir(parents=True)
+        player.parent.mkdir(parents=True, exist_ok=True)
         player.write_text(PLAYER)
         player.chmod(0o755)
         return program

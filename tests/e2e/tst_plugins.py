@@ -1,0 +1,214 @@
+#!/usr/bin/python3
+"""The helper programs that files are opened with: pictures, texts and programs are picked in the
+file manager. With --renew the reference pictures are made anew: look at each of them before they
+are kept."""
+
+import contextlib
+import os
+import pathlib
+import re
+import signal
+import sys
+
+from PIL import Image, ImageDraw
+
+import keyscript
+import quarn
+
+RENEW = "--renew" in sys.argv
+
+
+def draw_picture(path, size, turned=False):
+    """A landscape; turned, it is one only if the orientation in the file is heeded."""
+    width, height = size
+    picture = Image.new("RGB", size, (120, 180, 240))
+    draw = ImageDraw.Draw(picture)
+    draw.ellipse((width * 3 // 4, height // 8, width * 7 // 8, height // 8 + width // 8),
+                 fill=(255, 220, 60))
+    draw.polygon([(0, height), (width // 3, height // 3), (width * 2 // 3, height)],
+                 fill=(30, 110, 50))
+    draw.polygon([(width // 2, height), (width * 3 // 4, height // 2), (width, height)],
+                 fill=(50, 160, 70))
+    if not turned:
+        picture.save(path)
+        return
+    orientation = Image.Exif()
+    orientation[0x112] = 6  # the picture's top is at the right
+    picture.transpose(Image.Transpose.ROTATE_90).save(path, exif=orientation, quality=95)
+
+
+class Plugin:
+    """The window of a plugin that a file manager has started."""
+
+    renewed_names = set()
+    screenshot = quarn.Program.screenshot
+    wait_stable = quarn.Program.wait_stable
+    wait_change = quarn.Program.wait_change
+
+    def __init__(self, program, name):
+        self.program = program
+        self.display = program.display
+        self.name = name
+        quarn.wait_until(self.window, f"the window of {name}")
+
+    def window(self):
+        """The id of the window; None without one."""
+        found = self.display.run("xdotool", "search", "--onlyvisible", "--class",
+                                 f"^{self.name}$").split()
+        return found[0] if found else None
+
+    def rectangle(self):
+        window = self.window()
+        if window is None:
+            return None
+        text = self.display.run("xwininfo", "-id", window)
+        wanted = ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
+        numbers = [re.search(rf"{name}: +(-?\d+)", text) for name in wanted]
+        return None if None in numbers else tuple(int(match[1]) for match in numbers)
+
+    def pid(self):
+        """The process; None without one."""
+        wanted = self.program.stage / "plugins" / self.name / self.name
+        for pid in self.program.relatives():
+            with contextlib.suppress(OSError):
+                if os.readlink(f"/proc/{pid}/exe") == str(wanted):
+                    return pid
+        return None
+
+    def key(self, *names):
+        quarn.wait_until(lambda: self.display.run("xdotool", "getactivewindow").split()
+                         == [self.window()], f"the keyboard to be {self.name}'s")
+        self.display.pressed(*names)
+
+    def snapshot(self, name):
+        """The window looks like reference/NAME.png."""
+        if RENEW and name not in self.renewed_names:
+            self.renewed_names.add(name)
+            keyscript.renewed(self, name, ())
+        else:
+            keyscript.compare(self, name, ())
+
+    def end(self):
+        self.key("softright")
+        self.wait_end()
+
+    def wait_end(self):
+        quarn.wait_until(lambda: self.window() is None and self.pid() is None,
+                         f"{self.name} to end")
+
+
+class TestPlugins(quarn.Case):
+    display_options = {"window_manager": True}
+
+    def picked(self, program, plugin):
+        """Picks the first file in the first panel; gives what it is opened with."""
+        program.start()
+        program.key("down", "select")
+        return Plugin(program, plugin)
+
+
+class TestPictures(TestPlugins):
+    def test_aPictureIsShownAndItsNeighboursAfterIt(self):
+        program = self.program()
+        draw_picture(program.home / "a landscape.png", (640, 400))
+        draw_picture(program.home / "b turned.jpg", (480, 600), turned=True)
+        quarn.make_file(program.home / "c broken.png", b"no picture")
+        viewer = self.picked(program, "PicView")
+        viewer.snapshot("picview_fitted")
+        viewer.key("3", "3", "right")
+        viewer.snapshot("picview_enlarged")
+        viewer.key("6")
+        viewer.snapshot("picview_turned")
+        viewer.key("right")
+        viewer.snapshot("picview_broken")
+        # Behind the last comes the first.
+        viewer.key("right")
+        viewer.snapshot("picview_fitted")
+        viewer.end()
+        self.assertTrue(program.is_running())
+
+
+class TestTexts(TestPlugins):
+    def test_aTextIsPagedToItsEnd(self):
+        program = self.program()
+        lines = "".join(f"{number}. Über allen Gipfeln ist Ruh, in allen Wipfeln spürest du kaum "
+                        f"einen Hauch.\n" for number in range(1, 41))
+        quarn.make_file(program.home / "poem.txt", ("\ufeff" + lines).encode())
+        viewer = self.picked(program, "TextView")
+        viewer.snapshot("textview_start")
+        start = viewer.wait_stable()
+        viewer.key("pagedown")
+        second = viewer.wait_change(start)
+        viewer.key("pageup")
+        viewer.wait_change(second)
+        # There are about eight pages.
+        viewer.key(*["pagedown"] * 20)
+        viewer.snapshot("textview_end")
+        viewer.key("0")
+        viewer.snapshot("textview_long_lines")
+        viewer.end()
+        self.assertTrue(program.is_running())
+
+    def test_anyFileOpensWithAChosenPlugin(self):
+        program = self.program()
+        quarn.make_file(program.home / "letter.unknown", b"Dear reader\n")
+        program.start()
+        program.key("down")
+        program.with_modifier("2")
+        viewer = Plugin(program, "TextView")
+        viewer.wait_stable()
+        viewer.end()
+
+
+class TestPrograms(TestPlugins):
+    SCRIPT = ("#!/bin/sh\n"
+              "echo \"Hello from ${PWD##*/}\"\n"
+              "echo an error >&2\n"
+              "echo $$ > pid\n"
+              "exec sleep 1000\n")
+
+    def running(self):
+        program = self.program()
+        quarn.make_file(program.home / "in" / "hello.sh", self.SCRIPT.encode())
+        program.settings["Start_path_tab1"] = program.home / "in"
+        program.write_settings()
+        runner = self.picked(program, "Execute")
+        noted = program.home / "in" / "pid"
+        quarn.wait_until(lambda: noted.exists() and noted.read_text().strip(), "the script")
+        return program, runner, int(noted.read_text())
+
+    def assertEnds(self, pid):
+        quarn.wait_until(lambda: not pathlib.Path("/proc", str(pid), "exe").exists(),
+                         "the script to end")
+
+    def test_aScriptShowsWhatItSaysUntilItIsStopped(self):
+        program, runner, pid = self.running()
+        runner.snapshot("execute_running")
+        runner.key("softleft")
+        runner.snapshot("execute_stopped")
+        self.assertEnds(pid)
+        runner.end()
+        self.assertTrue(program.is_running())
+
+    def test_aScriptEndsWithTheWindow(self):
+        _, runner, pid = self.running()
+        runner.end()
+        self.assertEnds(pid)
+
+    def test_aScriptEndsWhenThePluginIsKilled(self):
+        _, runner, pid = self.running()
+        os.kill(runner.pid(), signal.SIGKILL)
+        self.assertEnds(pid)
+        runner.wait_end()
+
+    def test_closingTheWindowEndsBoth(self):
+        _, runner, pid = self.running()
+        self.display.do("xdotool", "key", "F12")
+        runner.wait_end()
+        self.assertEnds(pid)
+
+
+if __name__ == "__main__":
+    if RENEW:
+        sys.argv.remove("--renew")
+    quarn.main()
