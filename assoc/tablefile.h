@@ -4,9 +4,9 @@
 
 /// Tables are text files of one entry a line in fixed character columns.
 
-/// Only the first 16 MiB and 200,000 lines of a table are read, and of a line the first 1024
+/// Only the first 4 MiB and 200,000 lines of a table are read, and of a line the first 1024
 /// characters.
-inline constexpr qsizetype MaxTableBytes = 16 * 1024 * 1024;
+inline constexpr qsizetype MaxTableBytes = 4 * 1024 * 1024;
 inline constexpr qsizetype MaxTableLines = 200000;
 inline constexpr qsizetype MaxTableLine = 1024;
 

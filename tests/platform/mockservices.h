@@ -183,6 +183,7 @@ public:
             list >> time >> arguments;
             list.endStructure();
         }
+        list.endArray();
         return count;
     }
 
