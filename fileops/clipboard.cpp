@@ -11,6 +11,7 @@
 #include "platform/zsoftkey.h"
 #include "shell/settings.h"
 #include "shell/util.h"
+#include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
 #include <QFile>
@@ -20,12 +21,6 @@ namespace
 
 constexpr int PasteItem = 3;
 constexpr int Centred = Qt::AlignHCenter;
-
-void showError(const QString& text)
-{
-    textView->showText(LANG_ERROR, text, Centred, QStringLiteral("res/img/error.png"),
-                       kWidget::Message);
-}
 
 bool ask(const QString& title, const QString& text)
 {

@@ -6,18 +6,13 @@
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zscreen.h"
+#include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
 #include <QFileInfo>
 
 namespace
 {
-
-void reportUndeleted()
-{
-    textView->showText(LANG_ERROR, LANG_UNABLE_DELETE, Qt::AlignHCenter,
-                       QStringLiteral("res/img/error.png"), kWidget::Message);
-}
 
 bool confirm(const QString& title, const QString& path)
 {
@@ -41,7 +36,7 @@ void FM::slot_Delete()
         if (!confirm(info.isDir() ? LANG_DELETE_DIR : LANG_DELETE_FILE, entry))
             continue;
         if (!DeleteFile(entry))
-            reportUndeleted();
+            showError(LANG_UNABLE_DELETE);
         else if (FileBrowserFtab* active = activePanel())
             relist(active);
     }
@@ -59,6 +54,6 @@ bool FM::DeleteFile(const QString& path)
         runShell(QStringLiteral("rm -f -r ") + ExecFormat(path));
     }
     if (QFile::exists(path))
-        reportUndeleted();
+        showError(LANG_UNABLE_DELETE);
     return true;
 }

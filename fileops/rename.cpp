@@ -4,7 +4,7 @@
 
 #include "browser/filebrowserftab.h"
 #include "lang/texts.h"
-#include "widgets/kwidget.h"
+#include "widgets/errorbox.h"
 #include "widgets/textinput.h"
 
 #include <QFile>
@@ -14,12 +14,6 @@
 
 namespace
 {
-
-void showError(const QString& text)
-{
-    textView->showText(LANG_ERROR, text, Qt::AlignHCenter, QStringLiteral("res/img/error.png"),
-                       kWidget::Message);
-}
 
 /// Whether there is anything of that path, a link that leads nowhere included.
 bool isTaken(const QString& path)

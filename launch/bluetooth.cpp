@@ -2,22 +2,10 @@
 
 #include "shell/fm.h"
 
-#include "lang/texts.h"
 #include "platform/share_tool.h"
-#include "widgets/kwidget.h"
+#include "widgets/errorbox.h"
 
 #include <QFileInfo>
-
-namespace
-{
-
-void showError(const QString& text)
-{
-    textView->showText(LANG_ERROR, text, Qt::AlignHCenter, QStringLiteral("res/img/error.png"),
-                       kWidget::Message);
-}
-
-} // namespace
 
 void FM::slot_SendBt()
 {

@@ -8,6 +8,7 @@
 #include "platform/qcopchannel.h"
 #include "platform/zapplication.h"
 #include "shell/settings.h"
+#include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
 #include <QFile>
@@ -86,8 +87,7 @@ bool FM::playerInstalled()
 {
     if (searchPlugin(QString::fromLatin1(Channel)))
         return true;
-    textView->showText(LANG_ERROR, QStringLiteral("Please install LyraPlayer"), Qt::AlignHCenter,
-                       QStringLiteral("res/img/error.png"), kWidget::Message);
+    showError(QStringLiteral("Please install LyraPlayer"));
     return false;
 }
 

@@ -9,6 +9,7 @@
 #include "launch/shellcommand.h"
 #include "platform/zoptionsmenu.h"
 #include "shell/settings.h"
+#include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
 #include <QFileInfo>
@@ -24,12 +25,6 @@ void showBusy()
     processView->showProcess(QStringLiteral("Processing.."), QString(), 0, LANG_PLEASE_WAIT,
                              Qt::AlignHCenter, QStringLiteral("res/img/open_with.png"),
                              kWidget::Plain);
-}
-
-void showError(const QString& text)
-{
-    textView->showText(LANG_ERROR, text, Qt::AlignHCenter, QStringLiteral("res/img/error.png"),
-                       kWidget::Message);
 }
 
 void showNotExecutable(const QString& path)

@@ -107,7 +107,9 @@ int kWidget::Show(int mode)
 
 void kWidget::stop(int ticks)
 {
-    countdown = ticks;
+    // Of a box that is closed already the next one must not inherit the end.
+    if (visible)
+        countdown = ticks;
 }
 
 void kWidget::init()

@@ -36,7 +36,7 @@ public:
     /// 0 a bar offers to cancel.
     int showProcess(const QString& title, const QString& above, int alignAbove,
                     const QString& below, int alignBelow, const QString& icon, int mode);
-    /// Lets an animated box close itself after that many ticks of 80 ms.
+    /// Lets an animated box close itself after that many ticks of 80 ms. Nothing while none is up.
     void stop(int ticks);
     /// Closes and clears the box.
     void init();

@@ -333,6 +333,18 @@ private slots:
         QVERIFY(box_->isUp());
     }
 
+    void countdownOfAClosedBoxDoesNotEndTheNext()
+    {
+        const TicksHeldBack held(*box_);
+        showProgress(*box_, kWidget::Plain);
+        box_->init();
+        box_->stop(2);
+        showProgress(*box_, kWidget::Plain);
+        for (int i = 0; i < 5; ++i)
+            box_->aniUpdate();
+        QVERIFY(box_->isUp());
+    }
+
     void boxShownOnceMoreStaysUpAndShowsTheNewText()
     {
         showMessage(*box_);
