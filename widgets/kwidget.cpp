@@ -8,6 +8,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 kWidget* textView = nullptr;
 kWidget* processView = nullptr;
 
@@ -19,6 +21,9 @@ constexpr int FrameMilliseconds = 80;
 constexpr int FrameCount = 8;
 constexpr int ShowDelayMilliseconds = 10;
 constexpr int PaintDelayMilliseconds = 1;
+/// No one sees more pictures than this apart, and work that shows each of its steps would spend a
+/// third of its time on them.
+constexpr int FrameOfDisplayMilliseconds = 16;
 
 QTimer* makeTimer(QObject* parent, bool once, int milliseconds)
 {
@@ -126,6 +131,7 @@ void kWidget::init()
     setGeometry(BoxLeft, ClearedTop, BoxWidth, ZScreen::Height);
     content = Content();
     composed = Content();
+    lastPaint.invalidate();
     titleIcon = QPixmap();
     stale = true;
     y = 0;
@@ -134,12 +140,16 @@ void kWidget::init()
 
 void kWidget::repaint()
 {
-    if (!paintTimer->isActive())
-        paintTimer->start();
+    if (paintTimer->isActive())
+        return;
+    const qint64 sinceLast = lastPaint.isValid() ? lastPaint.elapsed() : FrameOfDisplayMilliseconds;
+    paintTimer->start(
+        int(std::max<qint64>(PaintDelayMilliseconds, FrameOfDisplayMilliseconds - sinceLast)));
 }
 
 void kWidget::paint()
 {
+    lastPaint.start();
     const QRect changed = compose();
     setGeometry(BoxLeft, (ZScreen::Height - y) / 2, BoxWidth, y);
     update(changed.isEmpty() ? rect() : changed);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QPixmap>
 #include <QStringList>
@@ -43,7 +44,7 @@ public:
     /// Puts what was composed last on the display before it returns, so that work that does not
     /// come back to the event loop can follow.
     void paintNow();
-    /// Schedules paint().
+    /// Schedules paint(), for the next frame of the display if this one has been painted.
     void repaint();
 
     /// Set when a key closed the box, until the next one is shown: long work takes it as a request
@@ -115,6 +116,7 @@ private:
     QTimer* aniTimer;
     QTimer* showTimer;
     QTimer* paintTimer;
+    QElapsedTimer lastPaint;
     QFont blockFont;
     QHash<std::pair<int, char32_t>, int> advances; ///< of a size's characters, pixels
     QPixmap titleIcon; ///< of the title on the canvas, so that it is not read for each progress
