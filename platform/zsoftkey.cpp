@@ -3,6 +3,7 @@
 #include "platform/zoptionsmenu.h"
 #include "platform/zskinservice.h"
 
+#include <QMetaMethod>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -54,8 +55,10 @@ bool ZSoftKey::activate(int key)
 {
     ZOptionsMenu* menu = optMenu(key);
     if (menu == nullptr) {
+        // Once answered, a key must not go on from widget to widget and come by here again.
+        const bool answered = isSignalConnected(QMetaMethod::fromSignal(&ZSoftKey::pressed));
         emit pressed(key);
-        return false;
+        return answered;
     }
     menu->show();
     return true;

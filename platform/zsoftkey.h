@@ -28,8 +28,8 @@ public:
     void setOptMenu(int key, ZOptionsMenu* menu);
     ZOptionsMenu* optMenu(int key) const;
 
-    /// What pressing the key does: opens its menu. Without one it emits pressed() and returns
-    /// false.
+    /// What pressing the key does: opens its menu. Without one it emits pressed(). False when there
+    /// is neither a menu nor anybody connected.
     bool activate(int key);
 
 signals:

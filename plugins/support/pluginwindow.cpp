@@ -22,7 +22,6 @@ PluginWindow::PluginWindow(const QString& title)
     setSoftKey(softKey_);
     setSoftKeyTexts(QString(), QStringLiteral("Exit"));
     connect(softKey_, &ZSoftKey::pressed, this, [this](int key) {
-        ++softKeyPresses_;
         if (key == ZSoftKey::Right)
             rightSoftKey();
         else
@@ -68,13 +67,6 @@ void PluginWindow::keyPressed(int code)
 {
     if (code == '*')
         fullScreenModeChanged(!isFullScreenMode());
-}
-
-bool PluginWindow::eventFilter(QObject* watched, QEvent* event)
-{
-    // A key that nobody takes goes up from widget to widget, and would come by here each time.
-    const unsigned before = softKeyPresses_;
-    return ZKbMainWidget::eventFilter(watched, event) || softKeyPresses_ != before;
 }
 
 void PluginWindow::keyPressEvent(QKeyEvent* event)

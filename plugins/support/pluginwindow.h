@@ -27,7 +27,6 @@ public slots:
     virtual void end();
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) final;
     /// A key of the phone that none of the widgets in the window has taken, repeated presses
     /// included. `code` is a PhoneKey::Code or a character.
@@ -39,5 +38,4 @@ protected:
 
 private:
     ZSoftKey* softKey_;
-    unsigned softKeyPresses_ = 0;
 };

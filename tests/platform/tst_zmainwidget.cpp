@@ -207,6 +207,20 @@ private slots:
         QCOMPARE(main.keys, QList<int>({PhoneKey::SoftRight, PhoneKey::SoftLeft}));
     }
 
+    void softKeyThatSomebodyAnswersIsAnsweredOnce()
+    {
+        Window main;
+        main.show();
+        main.field->setFocus();
+        main.bar->setOptMenu(ZSoftKey::Left, nullptr);
+        QList<int> answered;
+        connect(main.bar, &ZSoftKey::pressed, &main, [&answered](int key) { answered += key; });
+        pressKey(PhoneKey::SoftRight);
+        pressKey(PhoneKey::SoftLeft);
+        QCOMPARE(answered, QList<int>({ZSoftKey::Right, ZSoftKey::Left}));
+        QVERIFY(main.keys.isEmpty());
+    }
+
     void otherKeysAreLeftToTheWidget()
     {
         Window main;
