@@ -2,7 +2,7 @@
 
 #include "shell/fm.h"
 
-#include "lang/texts.h"
+#include "launch/busynotice.h"
 #include "launch/commandlines.h"
 #include "launch/shellcommand.h"
 #include "platform/qcopchannel.h"
@@ -20,14 +20,6 @@ namespace
 const char Channel[] = "LyraPlayer";
 // Ticks of the busy box after the player was started.
 constexpr int LingerTicks = 15;
-
-void showBusy(const QString& above)
-{
-    processView->showProcess(QStringLiteral("Processing.."), above,
-                             above.isEmpty() ? 0 : Qt::AlignHCenter, LANG_PLEASE_WAIT,
-                             Qt::AlignHCenter, QStringLiteral("res/img/open_with.png"),
-                             kWidget::Plain);
-}
 
 void showGenerating()
 {
@@ -122,6 +114,6 @@ void FM::showPlayer()
         QCopChannel::send(Channel, "show");
         return;
     }
-    showBusy(QString());
+    showBusy();
     startOnList();
 }

@@ -4,7 +4,7 @@
 
 #include "assoc/mimetable.h"
 #include "assoc/plugintable.h"
-#include "lang/texts.h"
+#include "launch/busynotice.h"
 #include "launch/commandlines.h"
 #include "launch/shellcommand.h"
 #include "platform/zoptionsmenu.h"
@@ -19,13 +19,6 @@ namespace
 
 // Ticks of the busy box after the plugin was started.
 constexpr int LingerTicks = 25;
-
-void showBusy()
-{
-    processView->showProcess(QStringLiteral("Processing.."), QString(), 0, LANG_PLEASE_WAIT,
-                             Qt::AlignHCenter, QStringLiteral("res/img/open_with.png"),
-                             kWidget::Plain);
-}
 
 void showNotExecutable(const QString& path)
 {
