@@ -1,0 +1,209 @@
+#include "tests/fileops/twinfixture.h"
+
+#include "browser/filebrowserftab.h"
+#include "platform/keymap.h"
+#include "shell/fm.h"
+#include "tests/support/keys.h"
+#include "widgets/kwidget.h"
+
+#include <QSet>
+#include <QTest>
+
+namespace
+{
+
+constexpr int MostMessages = 5;
+constexpr qsizetype MostFailures = 20;
+constexpr qsizetype LongestName = 255;
+
+} // namespace
+
+TwinFixture::TwinFixture(const QList<QByteArray>& names, Form form, bool twinsRight,
+                         const QByteArray& end)
+    : top_(fixture_.files().path().toLocal8Bit()), form_(form), twinsRight_(twinsRight)
+{
+    QSet<QByteArray> odd;
+    for (const QByteArray& name : names)
+        if (name.size() + end.size() <= LongestName)
+            odd.insert(name + end);
+    for (const QByteArray& name : names)
+        for (const QByteArray& twin : twinsOf(name))
+            if (twin.size() + end.size() <= LongestName)
+                twins_.insert(twin + end);
+    twins_ -= odd;
+    names_ = {odd.begin(), odd.end()};
+    std::sort(names_.begin(), names_.end());
+    fixture_.log().setShell(CommandLog::quietShell);
+    make();
+}
+
+TwinFixture::~TwinFixture()
+{
+    emptyFolder(top_);
+}
+
+void TwinFixture::leaveOutWhatTheShellChanges()
+{
+    names_.removeIf([](const QByteArray& name) { return !survivesTheShell(name); });
+}
+
+QByteArray TwinFixture::at(const char* folder, const QByteArray& name) const
+{
+    const QByteArray path = top_ + '/' + folder;
+    return name.isEmpty() ? path : path + '/' + name;
+}
+
+QByteArray TwinFixture::linkTarget(const QByteArray& name) const
+{
+    for (const QByteArray& twin : twinsOf(name))
+        if (twins_.contains(twin))
+            return twin;
+    return "../file";
+}
+
+QByteArray TwinFixture::contentBehind(const QByteArray& name) const
+{
+    if (form_ == FolderLinks)
+        return "in the folder";
+    if (form_ != Links)
+        return contentOf(name);
+    const QByteArray target = linkTarget(name);
+    return target == "../file" ? QByteArray("the file") : contentOf(target);
+}
+
+void TwinFixture::make()
+{
+    writeFile(top_ + "/file", "the file");
+    if (!isThere(top_ + "/folder"))
+        makeFolder(top_ + "/folder");
+    writeFile(top_ + "/folder/in", "in the folder");
+    for (const QByteArray& twin : twins_) {
+        writeFile(left(twin), contentOf(twin));
+        if (twinsRight_)
+            writeFile(right(twin), "right " + twin);
+    }
+    for (const QByteArray& name : names_)
+        makeOdd(name);
+}
+
+void TwinFixture::makeOdd(const QByteArray& name) const
+{
+    const QByteArray path = left(name);
+    const QByteArray mistaken = QString::fromUtf8(name).toUtf8().left(LongestName);
+    switch (form_) {
+    case Files:
+        writeFile(path, contentOf(name));
+        break;
+    case Folders:
+        makeFolder(path);
+        makeFolder(path + "/folder");
+        writeFile(path + "/in", contentOf(name));
+        writeFile(path + '/' + name, contentOf(name));
+        writeFile(path + "/folder/" + name, contentOf(name));
+        if (twinsOf(name).contains(mistaken))
+            writeFile(path + '/' + mistaken, contentOf(mistaken));
+        break;
+    case Links:
+        makeLink(path, linkTarget(name));
+        break;
+    case FolderLinks:
+        makeLink(path, "../folder");
+        break;
+    }
+}
+
+void TwinFixture::makeAnew()
+{
+    emptyFolder(left());
+    emptyFolder(right());
+    make();
+    fixture_.panel(1)->setDir(fixture_.left(), 0);
+    fixture_.panel(2)->setDir(fixture_.right(), 0);
+    fixture_.goTo(1);
+}
+
+void TwinFixture::start()
+{
+    fixture_.start();
+}
+
+void TwinFixture::highlight(const QByteArray& folder, const QByteArray& name)
+{
+    const QList<QByteArray> rows = rowsOf(folder);
+    FileBrowserFtab* panel = fixture_.window()->activePanel();
+    if (panel->count() != rows.size())
+        fail(QStringLiteral("%1 rows for %2 entries").arg(panel->count()).arg(rows.size()));
+    else if (rows.contains(name))
+        panel->setCurrentItem(int(rows.indexOf(name)));
+    else
+        fail(QStringLiteral("there is no entry to highlight"));
+}
+
+void TwinFixture::dismissMessages()
+{
+    for (int i = 0; i < MostMessages && textView->isUp(); ++i) {
+        QVERIFY(QTest::qWaitFor([] { return keyReceiver() == textView; }));
+        pressKey(PhoneKey::SoftRight);
+    }
+    expect(!textView->isUp(), "a box stays");
+}
+
+qsizetype TwinFixture::noted(const char* kind) const
+{
+    return lines_.filter(QLatin1String(kind)).size();
+}
+
+void TwinFixture::onEach(const Command& command, const Change& change, const Command& prepare)
+{
+    for (const QByteArray& name : std::as_const(names_)) {
+        if (failures_.size() >= MostFailures)
+            return;
+        current_ = name;
+        if (prepare)
+            prepare(name);
+        run(name, command, change);
+    }
+}
+
+void TwinFixture::run(const QByteArray& name, const Command& command, const Change& change)
+{
+    fixture_.log().take();
+    ByteTree expected = ByteTree::of(top_);
+    if (!expected.has("left/" + name)) {
+        fail(QStringLiteral("it is gone before its turn"));
+        makeAnew();
+        return;
+    }
+    command(name);
+    lines_ = fixture_.log().take();
+    change(expected, name);
+    dismissMessages();
+    compare(expected);
+}
+
+void TwinFixture::compare(const ByteTree& expected)
+{
+    const QStringList differences = expected.differences(ByteTree::of(top_));
+    for (const QString& difference : differences.mid(0, 4))
+        fail(difference);
+    if (!differences.isEmpty())
+        makeAnew();
+}
+
+void TwinFixture::fail(const QString& what)
+{
+    failures_.append(shown(current_) + QStringLiteral(": ") + what);
+}
+
+void TwinFixture::expect(bool holds, const char* what)
+{
+    if (!holds)
+        fail(QLatin1String(what));
+}
+
+void TwinFixture::verify() const
+{
+    const QString text =
+        QStringLiteral("%1 failures:\n").arg(failures_.size()) + failures_.join(QLatin1Char('\n'));
+    QVERIFY2(failures_.isEmpty(), qPrintable(text));
+}

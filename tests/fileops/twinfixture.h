@@ -1,0 +1,77 @@
+#pragma once
+
+#include "tests/fileops/commandfixture.h"
+#include "tests/support/bytefiles.h"
+#include "tests/support/oddnames.h"
+
+#include <QSet>
+
+/// The program on a folder of entries with odd names and of their twins: the entries that they
+/// could be mistaken for. A command is given on each odd name; what it changed is compared with
+/// what it should have changed.
+class TwinFixture
+{
+public:
+    /// Links lead to twins, or, as folder links, to a folder with a file.
+    enum Form { Files, Folders, Links, FolderLinks };
+
+    /// `twinsRight`: the twins lie in the right folder too. What the odd names have at their end
+    /// keeps names that become too long out.
+    TwinFixture(const QList<QByteArray>& names, Form form, bool twinsRight = false,
+                const QByteArray& end = QByteArray());
+    ~TwinFixture();
+    TwinFixture(const TwinFixture&) = delete;
+    TwinFixture& operator=(const TwinFixture&) = delete;
+
+    CommandFixture& program() { return fixture_; }
+    const QList<QByteArray>& names() const { return names_; }
+    /// Leaves out names that the shell changes between double quotes.
+    void leaveOutWhatTheShellChanges();
+    /// Full paths, and paths as trees have them.
+    QByteArray left(const QByteArray& name = QByteArray()) const { return at("left", name); }
+    QByteArray right(const QByteArray& name = QByteArray()) const { return at("right", name); }
+    /// The content of a file that the fixture made.
+    static QByteArray contentOf(const QByteArray& name) { return "this is " + name; }
+    /// What is read through a file or link, or from the file "in" of a folder.
+    QByteArray contentBehind(const QByteArray& name) const;
+
+    void start();
+    /// Makes a row of the shown panel current; notes a failure if the rows are not those of the
+    /// folder.
+    void highlight(const QByteArray& folder, const QByteArray& name);
+    /// Confirms messages until the panel has the keys.
+    void dismissMessages();
+    /// Lines of the log since the last call that begin so.
+    qsizetype noted(const char* kind) const;
+
+    using Command = std::function<void(const QByteArray& name)>;
+    using Change = std::function<void(ByteTree& tree, const QByteArray& name)>;
+    /// Gives a command on each odd name, the log empty before, and compares. After a difference
+    /// everything is made anew. `prepare` comes before what is there is noted.
+    void onEach(const Command& command, const Change& change, const Command& prepare = {});
+    /// Notes what is wrong with the name that the command is given on.
+    void fail(const QString& what);
+    void expect(bool holds, const char* what);
+    /// Fails the test if anything was noted.
+    void verify() const;
+
+private:
+    QByteArray at(const char* folder, const QByteArray& name) const;
+    void make();
+    void makeOdd(const QByteArray& name) const;
+    void makeAnew();
+    /// What a link of an odd name leads to: a twin if it has one.
+    QByteArray linkTarget(const QByteArray& name) const;
+    void run(const QByteArray& name, const Command& command, const Change& change);
+    void compare(const ByteTree& expected);
+
+    CommandFixture fixture_;
+    QByteArray top_;
+    QList<QByteArray> names_;
+    QSet<QByteArray> twins_;
+    Form form_;
+    bool twinsRight_;
+    QStringList lines_;
+    QByteArray current_;
+    QStringList failures_;
+};
