@@ -32,6 +32,8 @@ public:
     void expect(std::initializer_list<Action> actions);
     /// How many of them were not asked for.
     int unused() const { return int(actions_.size()); }
+    /// Expects none of them any more.
+    void forget() { actions_.clear(); }
 
     /// What is run in the place of the shell, while this lives.
     void setShell(const Shell& shell) { shell_ = shell; }
