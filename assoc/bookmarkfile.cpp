@@ -1,10 +1,9 @@
 #include "assoc/bookmarkfile.h"
 
 #include "assoc/tablefile.h"
-#include "platform/regularfile.h"
-
-#include <QFile>
-#include <QTextStream>
+#include "files/names.h"
+#include "files/regularfile.h"
+#include "files/textlines.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -42,31 +41,30 @@ bool appendWhole(int file, const QByteArray& bytes)
 Bookmarks readBookmarks(const QString& file)
 {
     Bookmarks bookmarks;
-    const auto bytes = readRegularFile(file, MaxTableBytes);
+    const auto bytes = readRegular(file, MaxTableBytes);
     if (!bytes)
         return bookmarks;
-    QTextStream stream(*bytes);
-    QString line;
-    while (bookmarks.names.size() < MaxBookmarks && stream.readLineInto(&line)) {
+    TextLines lines(*bytes);
+    while (bookmarks.names.size() < MaxBookmarks && !lines.atEnd()) {
+        QString line = lines.next();
         if (line.isEmpty())
-            line = stream.readLine();
+            line = lines.next();
         bookmarks.names.append(line.left(MaxLine));
-        bookmarks.paths.append(stream.readLine().left(MaxLine));
+        bookmarks.paths.append(lines.next().left(MaxLine));
     }
     return bookmarks;
 }
 
 bool appendBookmark(const QString& file, const QString& name, const QString& folder)
 {
-    if (hasLineBreak(name) || hasLineBreak(folder))
+    const auto path = encodeName(folder);
+    if (hasLineBreak(name) || hasLineBreak(folder) || !path)
         return false;
     // Without waiting for the other end of what is no regular file.
-    const int opened = open(QFile::encodeName(file).constData(),
-                            O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (opened < 0)
-        return false;
-    const QString record = QLatin1Char('\n') + name + QLatin1Char('\n') + folder;
-    const bool appended = appendWhole(opened, record.toUtf8());
-    close(opened);
-    return appended;
+    const FileHandle opened(open(encodedPath(file).constData(),
+                                 O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666));
+    // The name is for people; what stands for no bytes may go.
+    return opened.isOpen() &&
+           appendWhole(opened.get(),
+                       '\n' + encodeName(name).value_or(name.toUtf8()) + '\n' + *path);
 }

@@ -48,7 +48,8 @@ QString FM::getMime(const QString& path)
 
 QString FM::ExecFormat(const QString& path)
 {
-    return quotedForShell(path);
+    // A path that cannot be has no form either.
+    return QString::fromLatin1(quotedForShell(path).value_or(QByteArray()));
 }
 
 bool FM::searchPlugin(const QString& name)

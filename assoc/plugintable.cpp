@@ -1,9 +1,8 @@
 #include "assoc/plugintable.h"
 
 #include "assoc/tablefile.h"
-#include "platform/regularfile.h"
-
-#include <QTextStream>
+#include "files/regularfile.h"
+#include "files/textlines.h"
 
 std::vector<plugin_struct> plugins;
 int plug_nums = 0;
@@ -38,6 +37,6 @@ QString pluginLabel(const QString& workFolder, const plugin_struct& plugin)
         return plugin.name;
     const QString file =
         fullPathPluginFolder(workFolder, plugin.plugin_num) + QStringLiteral("desktop.ini");
-    const auto bytes = readRegularFile(file, MaxTableLine);
-    return bytes ? QTextStream(*bytes).readLine() : QStringLiteral("Unknown");
+    const auto bytes = readRegular(file, MaxTableLine);
+    return bytes ? TextLines(*bytes).next() : QStringLiteral("Unknown");
 }

@@ -1,20 +1,19 @@
 #include "assoc/tablefile.h"
 
-#include "platform/regularfile.h"
-
-#include <QTextStream>
+#include "files/regularfile.h"
+#include "files/textlines.h"
 
 #include <cstdlib>
 
 QStringList readTableLines(const QString& file)
 {
-    const auto bytes = readRegularFile(file, MaxTableBytes);
+    const auto bytes = readRegular(file, MaxTableBytes);
     QStringList lines;
     if (!bytes)
         return lines;
-    QTextStream stream(*bytes);
-    QString line;
-    while (lines.size() < MaxTableLines && stream.readLineInto(&line)) {
+    TextLines all(*bytes);
+    while (lines.size() < MaxTableLines && !all.atEnd()) {
+        const QString line = all.next();
         if (!QStringView(line).trimmed().isEmpty())
             lines.append(line.left(MaxTableLine));
     }

@@ -86,7 +86,7 @@ void benchOpening(const BenchProgram& program, FM* window)
     const QString file = program.file(QStringLiteral("picture.pic"));
     writeFile(file, "x");
     program.highlight(QStringLiteral("picture.pic"));
-    const QString line = CommandLine::pluginOfFolder(work_folder, QStringLiteral("Begin"), file);
+    const ShellBytes line = CommandLine::pluginOfFolder(work_folder, QStringLiteral("Begin"), file);
     const QByteArray command = "sh -c '" + line.toLatin1() + "'";
     std::vector<double> ours;
     std::vector<double> shell;
@@ -118,8 +118,8 @@ void benchPlaylist(const BenchProgram& program, FM* window)
     std::vector<double> ours;
     std::vector<double> bare;
     // The player's start belongs to both.
-    const QByteArray command = CommandLine::listFolder(work_folder, folder).toLatin1();
-    const QByteArray player = CommandLine::playList(work_folder).toLatin1();
+    const QByteArray command = CommandLine::listFolder(work_folder, folder).value();
+    const QByteArray player = CommandLine::playList(work_folder).value();
     for (int i = 0; i < 21; ++i) {
         bare.push_back(millisecondsOf([&command, &player] {
             if (std::system(command.constData()) != 0 || std::system(player.constData()) != 0)

@@ -1,13 +1,11 @@
 #include "browser/filebrowserftab.h"
 
 #include "assoc/mimetable.h"
-#include "browser/entrytexts.h"
 #include "browser/thumbnail.h"
+#include "files/entry.h"
+#include "files/entrytexts.h"
 #include "platform/keymap.h"
 #include "platform/zpixmap.h"
-
-#include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -52,8 +50,8 @@ void FileBrowserFtab::itemSelected(int row)
     if (multiSelect)
         return;
     const QString path = entryPath(row);
-    const QFileInfo info(path);
-    if (info.isDir()) {
+    const EntryInfo info(path);
+    if (info.isFolder()) {
         openFolder(path);
     } else if (info.isFile()) {
         curFile = path;
@@ -189,8 +187,8 @@ bool FileBrowserFtab::makedir(const QString& parent, const QString& name)
 {
     if (parent.isEmpty() || name.isEmpty())
         return false;
-    // Joined by hand: the toolkit would take a name that begins with "/" as a path of its own.
-    return QDir().mkdir(parent + QLatin1Char('/') + name);
+    // A name that begins with "/" is no path of its own.
+    return makeFolder(parent + QLatin1Char('/') + name);
 }
 
 QString FileBrowserFtab::getProgramDir(const QString& path)

@@ -3,13 +3,13 @@
 #include "browser/filebrowserftab.h"
 
 #include "assoc/mimetable.h"
-#include "browser/entrytexts.h"
-#include "browser/folderscan.h"
+#include "files/entry.h"
+#include "files/entrytexts.h"
+#include "files/folderscan.h"
 #include "platform/zpixmap.h"
 #include "shell/settings.h"
 
 #include <QDebug>
-#include <QDir>
 
 #include <array>
 #include <ctime>
@@ -62,16 +62,17 @@ void FileBrowserFtab::setDir(const QString& path, int index)
     Listing listing;
     listing.font = font();
     clear();
-    qDebug("fb::set path %s", qUtf8Printable(folder));
-    const std::optional<FolderScan> scan = FolderScan::read(folder, fullInfo == 1);
+    qDebug().nospace().noquote() << "fb::set path " << folder;
+    // What is listed is what the rows' paths, made from the canonical one, lead to.
+    const QString canonical = canonicalPath(folder);
+    const std::optional<FolderScan> scan =
+        canonical.isEmpty() ? std::nullopt : FolderScan::read(canonical, fullInfo == 1);
     if (!scan)
         return;
     listing.scan = &*scan;
     for (const mime_struct& mime : mimes)
         listing.iconNumbers.insert(mime.ext, mime.icon_num);
-    const QString canonical = QDir(folder).canonicalPath();
-    if (!canonical.isEmpty())
-        curPath = canonical;
+    curPath = canonical;
     loadKindIcons(listing);
     addFolders(listing);
     if (!dirsOnly)

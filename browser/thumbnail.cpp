@@ -1,6 +1,8 @@
 #include "browser/thumbnail.h"
 
-#include <QFileInfo>
+#include "files/regularfile.h"
+
+#include <QFile>
 #include <QImageReader>
 
 #include <algorithm>
@@ -21,12 +23,11 @@ QSize thumbnailSize(QSize picture, int side)
 
 QImage readThumbnail(const QString& path, qreal density)
 {
-    // Opening a FIFO would wait for a writer, and reading a device might never end; nor might what
-    // the kernel makes up, which gives itself away by having no size.
-    const QFileInfo file(path);
-    if (!file.isFile() || file.size() <= 0 || file.size() > MaxThumbnailBytes)
+    // Reading what the kernel makes up might never end; it gives itself away by having no size.
+    QFile file;
+    if (!openRegular(file, path) || file.size() <= 0 || file.size() > MaxThumbnailBytes)
         return {};
-    QImageReader reader(path);
+    QImageReader reader(&file);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
     const QSize size = reader.size();

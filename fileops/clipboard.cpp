@@ -3,6 +3,7 @@
 #include "shell/fm.h"
 
 #include "browser/filebrowserftab.h"
+#include "files/entry.h"
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zapplication.h"
@@ -13,8 +14,6 @@
 #include "shell/util.h"
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
-
-#include <QFile>
 
 namespace
 {
@@ -99,16 +98,24 @@ void FM::ChkCopy(const QString& src, const QString& dstDir)
     const QString target = dstDir + QLatin1Char('/') + name;
     if (src == dstDir) {
         showError(LANG_DON_TRY_COPY);
-    } else if (!QFile::exists(target)) {
+    } else if (dstDir.isEmpty() || !entryExists(target)) {
+        // A panel that never could list a folder has none; what is in the root is not in its way.
         copy(src, dstDir);
-    } else if (askToReplace(name)) {
-        DeleteFile(target);
-        if (QFile::exists(target))
+    } else if (const auto asked = entryId(target); askToReplace(name)) {
+        deleteIfStill(target, asked);
+        if (entryExists(target))
             showError(LANG_DON_TRY_COPY);
         else
             copy(src, dstDir);
     }
     relistBoth();
+}
+
+/// Deletes what is in the way, unless something else has taken its name since the question.
+void FM::deleteIfStill(const QString& path, const std::optional<EntryId>& asked)
+{
+    if (entryId(path) == asked)
+        DeleteFile(path);
 }
 
 void FM::ChkMove(const QString& src, const QString& dstDir)
@@ -130,16 +137,23 @@ bool FM::moveAfterQuestions(const QString& src, const QString& dstDir)
 {
     const QString name = getFileName(src);
     const QString target = dstDir + QLatin1Char('/') + name;
+    const auto moved = entryId(src);
     if (!ask(LANG_MOVE_SURE, name + QStringLiteral(" to ") + dstDir))
         return true;
-    if (QFile::exists(target)) {
+    if (!dstDir.isEmpty() && entryExists(target)) {
+        const auto asked = entryId(target);
         if (!askToReplace(name))
             return true;
-        DeleteFile(target);
-        if (QFile::exists(target)) {
+        deleteIfStill(target, asked);
+        if (entryExists(target)) {
             showError(LANG_DON_TRY_MOVE);
             return false;
         }
+    }
+    // What has taken the name of the source meanwhile stays where it is.
+    if (isTaken(src) && entryId(src) != moved) {
+        showError(LANG_DON_TRY_MOVE);
+        return false;
     }
     moveByTool(src, dstDir);
     return true;
@@ -149,16 +163,14 @@ void FM::moveByTool(const QString& src, const QString& dstDir)
 {
     ZApplication::processEvents();
     if (u->fExist(programDir + QStringLiteral("/bin/sys_gui"))) {
-        runShell(QStringLiteral("%1bin/sys_gui mv %2 %3 %4 %5 %6")
-                     .arg(shellBytes(programDir), ExecFormat(src), ExecFormat(dstDir),
-                          ExecFormat(QStringLiteral("Moving")),
-                          ExecFormat(QStringLiteral("Please wait..")),
-                          ExecFormat(work_folder + QStringLiteral("res/img/copy.png"))));
+        runShell(joined({shellBytes(programDir), "bin/sys_gui mv ", quotedForShell(src), " ",
+                         quotedForShell(dstDir), " \"Moving\" \"Please wait..\" ",
+                         quotedForShell(work_folder + QStringLiteral("res/img/copy.png"))}));
         return;
     }
     textView->showText(LANG_MOVING, LANG_PLEASE_WAIT, Centred, QStringLiteral("res/img/copy.png"),
                        kWidget::Plain);
     textView->paintNow();
     ZApplication::processEvents();
-    runShell(QStringLiteral("mv %1 %2").arg(ExecFormat(src), ExecFormat(dstDir)));
+    runShell(joined({"mv ", quotedForShell(src), " ", quotedForShell(dstDir)}));
 }

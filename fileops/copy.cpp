@@ -2,17 +2,15 @@
 
 #include "shell/fm.h"
 
-#include "browser/entrytexts.h"
-#include "fileops/copyfile.h"
-#include "fileops/walk.h"
+#include "files/copyfile.h"
+#include "files/entry.h"
+#include "files/entrytexts.h"
+#include "files/walk.h"
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zapplication.h"
 #include "platform/zscreen.h"
 #include "widgets/kwidget.h"
-
-#include <QDir>
-#include <QFileInfo>
 
 namespace
 {
@@ -27,14 +25,14 @@ void showCopyBox(const QString& text, int mode)
 void makeFolderOf(const QString& path)
 {
     const QString folder = path.left(path.lastIndexOf(QLatin1Char('/')));
-    if (!QFile::exists(folder))
-        QDir().mkpath(folder);
+    if (!entryExists(folder))
+        makeFolders(folder);
 }
 
 /// Copies one plain file and shows how far it is. The box stays up.
 bool copyShown(const QString& src, const QString& dst)
 {
-    const QFileInfo info(src);
+    const EntryInfo info(src);
     if (!info.isFile())
         return true;
     const auto total = quint32(info.size());
@@ -61,7 +59,7 @@ QString FM::countSize(double bytes)
 void FM::copy(const QString& src, const QString& dstDir)
 {
     const ZScreen::MainInputPause pause;
-    if (modKeyHeld)
+    if (modKeyHeld && !dstDir.isEmpty())
         copyBuiltIn(src, dstDir + QLatin1Char('/'));
     else
         copyByShell(src, dstDir);
@@ -72,7 +70,7 @@ void FM::copyByShell(const QString& src, const QString& dstDir)
     showCopyBox(LANG_PLEASE_WAIT, kWidget::Plain);
     textView->paintNow();
     ZApplication::processEvents();
-    runShell(QStringLiteral("cp -R %1 %2").arg(ExecFormat(src), ExecFormat(dstDir)));
+    runShell(joined({"cp -R ", quotedForShell(src), " ", quotedForShell(dstDir)}));
     textView->init();
 }
 
@@ -80,11 +78,11 @@ void FM::copyByShell(const QString& src, const QString& dstDir)
 void FM::copyBuiltIn(const QString& src, const QString& dstDir)
 {
     const QString target = dstDir + QLatin1Char('/') + getFileName(src);
-    const QFileInfo info(src);
+    const EntryInfo info(src);
     qint32 size = 0;
-    if (info.isDir()) {
-        if (!QFile::exists(target))
-            QDir().mkdir(target);
+    if (info.isFolder()) {
+        if (!entryExists(target))
+            makeFolder(target);
         size = GetDirSize(src);
         if (size >= 0)
             copyTree(src, dstDir);

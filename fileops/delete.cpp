@@ -3,13 +3,12 @@
 #include "shell/fm.h"
 
 #include "browser/filebrowserftab.h"
+#include "files/entry.h"
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zscreen.h"
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
-
-#include <QFileInfo>
 
 namespace
 {
@@ -29,13 +28,15 @@ void FM::slot_Delete()
     for (const QString& entry : entries) {
         if (entry.isEmpty())
             return;
-        const QFileInfo info(entry);
+        const EntryInfo info(entry);
         // What is neither, a link that leads nowhere for one, is passed over.
-        if (!info.isDir() && !info.isFile())
+        if (!info.isFolder() && !info.isFile())
             continue;
-        if (!confirm(info.isDir() ? LANG_DELETE_DIR : LANG_DELETE_FILE, entry))
+        const auto asked = entryId(entry);
+        if (!confirm(info.isFolder() ? LANG_DELETE_DIR : LANG_DELETE_FILE, entry))
             continue;
-        if (!DeleteFile(entry))
+        // What has taken its name while the question was open is not what was meant.
+        if (entryId(entry) != asked || !DeleteFile(entry))
             showError(LANG_UNABLE_DELETE);
         else if (FileBrowserFtab* active = activePanel())
             relist(active);
@@ -44,16 +45,14 @@ void FM::slot_Delete()
 
 bool FM::DeleteFile(const QString& path)
 {
-    if (QFileInfo(path).isFile()) {
-        if (!QFile::exists(path))
-            return false;
-        QFile::remove(path);
-    } else {
-        if (!QFile::exists(path))
-            return false;
-        runShell(QStringLiteral("rm -f -r ") + ExecFormat(path));
-    }
-    if (QFile::exists(path))
+    const EntryInfo info(path);
+    if (!info.exists())
+        return false;
+    if (info.isFile())
+        removeFile(path);
+    else
+        runShell(joined({"rm -f -r ", quotedForShell(path)}));
+    if (entryExists(path))
         showError(LANG_UNABLE_DELETE);
     return true;
 }

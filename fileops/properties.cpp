@@ -2,38 +2,36 @@
 
 #include "shell/fm.h"
 
-#include "fileops/linktext.h"
-#include "fileops/permissiontext.h"
-#include "fileops/walk.h"
+#include "files/entry.h"
+#include "files/linktext.h"
+#include "files/permissiontext.h"
+#include "files/walk.h"
 #include "lang/texts.h"
 #include "platform/zapplication.h"
 #include "platform/zscreen.h"
 #include "widgets/kwidget.h"
-
-#include <QFile>
-#include <QFileInfo>
 
 namespace
 {
 
 const QLatin1String Icon("res/img/props.png");
 
-QString typeText(const QFileInfo& info)
+QString typeText(const EntryInfo& info)
 {
-    if (info.isSymLink())
+    if (info.isLink())
         return LANG_SYMLINK;
-    if (info.isDir())
+    if (info.isFolder())
         return LANG_FOLDER;
     return info.isFile() ? LANG_FILE : LANG_UNK;
 }
 
 /// The first section: what it is and where.
-QString identityText(const QString& path, const QFileInfo& info)
+QString identityText(const QString& path, const EntryInfo& info)
 {
     QString text = QLatin1Char(' ') + LANG_TYPE + QStringLiteral(": ") + typeText(info);
     text += QStringLiteral("\n ") + LANG_NAME + QStringLiteral(": ") + FM::getFileName(path);
     text += QStringLiteral("\n ") + LANG_PATH + QStringLiteral(": ") + path;
-    if (info.isSymLink())
+    if (info.isLink())
         text += QStringLiteral("\n LinkPath: ") + linkText(path);
     return text;
 }
@@ -95,13 +93,12 @@ void FM::slot_Properties()
     if (path.isEmpty() || getFileName(path) == QLatin1String(".."))
         return;
     const ZScreen::MainInputPause pause;
-    const QFileInfo info(path);
+    const EntryInfo info(path);
     QString text = identityText(path, info);
     text += QStringLiteral("<hr> ") + LANG_SIZE + QStringLiteral(": ");
-    text +=
-        info.isDir() ? folderSizeText(path, text) : sizeWithBytes(quint32(info.size()), QString());
+    text += info.isFolder() ? folderSizeText(path, text)
+                            : sizeWithBytes(quint32(info.size()), QString());
     text += QStringLiteral("<hr> ") + LANG_OWNER + QStringLiteral(": ") + info.owner();
-    text += QStringLiteral("\n ") + LANG_PERM + QStringLiteral(": ") +
-            permissionText(info.permissions());
+    text += QStringLiteral("\n ") + LANG_PERM + QStringLiteral(": ") + permissionText(info.mode());
     textView->showText(LANG_PROPERTIES, text, Qt::AlignLeft, Icon, kWidget::Message);
 }

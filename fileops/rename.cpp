@@ -3,36 +3,10 @@
 #include "shell/fm.h"
 
 #include "browser/filebrowserftab.h"
+#include "files/entry.h"
 #include "lang/texts.h"
 #include "widgets/errorbox.h"
 #include "widgets/textinput.h"
-
-#include <QFile>
-
-#include <cstdio>
-#include <sys/stat.h>
-
-namespace
-{
-
-/// Whether there is anything of that path, a link that leads nowhere included.
-bool isTaken(const QString& path)
-{
-    struct stat info {
-    };
-    return lstat(QFile::encodeName(path).constData(), &info) == 0;
-}
-
-/// By the system's call: the toolkit would copy what the file system refuses to rename, through
-/// links and from pipes too, and would not touch a link that leads nowhere.
-bool renameEntry(const QString& from, const QString& to)
-{
-    // A zero, which only the clipboard can give, would end the path.
-    return !to.contains(QChar(u'\0')) &&
-           std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
-}
-
-} // namespace
 
 void FM::slot_Rename()
 {
@@ -42,6 +16,7 @@ void FM::slot_Rename()
     const QString old = active->curFile;
     const QString name = getFileName(old);
     const QString folder = getFilePath(old);
+    const auto asked = entryId(old);
     textInput->inputText = name;
     const QString prompt = LANG_RENAME + QStringLiteral(" \"") + name + QStringLiteral("\":");
     if (textInput->showText(LANG_RENAME, prompt, QStringLiteral("res/img/rename.png")) == 0)
@@ -49,7 +24,7 @@ void FM::slot_Rename()
     const QString renamed = folder + textInput->inputText;
     if (isTaken(renamed)) {
         showError(LANG_RENAME_EXISTS);
-    } else if (!renameEntry(old, renamed)) {
+    } else if (entryId(old) != asked || !renameEntry(old, renamed)) {
         showError(LANG_RENAME_ERROR);
     } else {
         active->setDir(folder, active->curIndex);

@@ -132,7 +132,7 @@ QString languageFile(const QString& workFolder, const QString& language)
 void loadTexts(const QString& file)
 {
     const QString group = QStringLiteral("Language");
-    qDebug("--- read lang file: %s", qUtf8Printable(file));
+    qDebug().noquote() << "--- read lang file:" << file;
     const ZConfig config(file, true);
     const QByteArray digits =
         config.readEntry(group, QStringLiteral("VER"), QStringLiteral("")).toLatin1();

@@ -2,21 +2,21 @@
 
 #include "shell/fm.h"
 
+#include "files/entry.h"
 #include "platform/share_tool.h"
 #include "widgets/errorbox.h"
-
-#include <QFileInfo>
 
 void FM::slot_SendBt()
 {
     const QString path = getActiveFileName();
-    if (!QFileInfo(path).isFile()) {
+    if (!EntryInfo(path).isFile()) {
         showError(QStringLiteral("Error can't send ") + path);
         return;
     }
     // From the last "/" on, which is part of the name; without one the whole path.
     const QString name = path.mid(qMax(path.lastIndexOf(QLatin1Char('/')), qsizetype(0)));
     const SHARE_Tool::OBJECT_INFO info = {name, QStringLiteral("media/") + getMime(path)};
-    if (!SHARE_Tool::shareByBt(info, path, false))
+    // The service takes texts; a name that is none would become another one on the way.
+    if (!path.isValidUtf16() || !SHARE_Tool::shareByBt(info, path, false))
         showError(QStringLiteral("Error send file ") + path);
 }

@@ -1,36 +1,32 @@
 #include "launch/commandlines.h"
 
-#include "launch/shellcommand.h"
-
 namespace
 {
 
 const QLatin1String Player("LyraPlayer");
 
 /// Folder and executable have the same name.
-QString executable(const QString& workFolder, const QString& name)
+ShellBytes executable(const QString& workFolder, const QString& name)
 {
     return shellBytes(workFolder + QStringLiteral("/plugins/") + name + QLatin1Char('/') + name);
 }
 
-QString musicBelow(const QString& folder)
+ShellBytes musicBelow(const QString& folder)
 {
-    return QStringLiteral("find ") + quotedForShell(folder) +
-           QStringLiteral(" -type f -name *.mp3 -print | sort");
+    return joined({"find ", quotedForShell(folder), " -type f -name *.mp3 -print | sort"});
 }
 
 } // namespace
 
-QString CommandLine::pluginOfFolder(const QString& workFolder, const QString& name,
-                                    const QString& file)
+ShellBytes CommandLine::pluginOfFolder(const QString& workFolder, const QString& name,
+                                       const QString& file)
 {
-    return executable(workFolder, name) + QStringLiteral(" -d ") + quotedForShell(file) +
-           QLatin1Char('&');
+    return joined({executable(workFolder, name), " -d ", quotedForShell(file), "&"});
 }
 
-QString CommandLine::pluginOfPath(const QString& command, const QString& file)
+ShellBytes CommandLine::pluginOfPath(const QString& command, const QString& file)
 {
-    return shellBytes(command) + QLatin1Char(' ') + quotedForShell(file) + QLatin1Char('&');
+    return joined({shellBytes(command), " ", quotedForShell(file), "&"});
 }
 
 QString CommandLine::playlist(const QString& workFolder)
@@ -38,29 +34,27 @@ QString CommandLine::playlist(const QString& workFolder)
     return workFolder + QStringLiteral("/plugins/LyraPlayer/TempList.m3u");
 }
 
-QString CommandLine::playFile(const QString& workFolder, const QString& file)
+ShellBytes CommandLine::playFile(const QString& workFolder, const QString& file)
 {
     return pluginOfFolder(workFolder, Player, file);
 }
 
-QString CommandLine::playList(const QString& workFolder)
+ShellBytes CommandLine::playList(const QString& workFolder)
 {
-    return executable(workFolder, Player) + QStringLiteral(" -d ") +
-           shellBytes(playlist(workFolder)) + QStringLiteral(" &");
+    return joined({executable(workFolder, Player), " -d ", shellBytes(playlist(workFolder)), " &"});
 }
 
-QString CommandLine::listFolder(const QString& workFolder, const QString& folder)
+ShellBytes CommandLine::listFolder(const QString& workFolder, const QString& folder)
 {
-    return musicBelow(folder) + QStringLiteral(" > ") + shellBytes(playlist(workFolder));
+    return joined({musicBelow(folder), " > ", shellBytes(playlist(workFolder))});
 }
 
-QString CommandLine::addFolder(const QString& workFolder, const QString& folder)
+ShellBytes CommandLine::addFolder(const QString& workFolder, const QString& folder)
 {
-    return musicBelow(folder) + QStringLiteral(" >> ") + shellBytes(playlist(workFolder));
+    return joined({musicBelow(folder), " >> ", shellBytes(playlist(workFolder))});
 }
 
-QString CommandLine::addFile(const QString& workFolder, const QString& file)
+ShellBytes CommandLine::addFile(const QString& workFolder, const QString& file)
 {
-    return QStringLiteral("echo ") + quotedForShell(file) + QStringLiteral(" >> ") +
-           shellBytes(playlist(workFolder));
+    return joined({"echo ", quotedForShell(file), " >> ", shellBytes(playlist(workFolder))});
 }

@@ -2,6 +2,7 @@
 
 #include "shell/fm.h"
 
+#include "files/entry.h"
 #include "launch/busynotice.h"
 #include "launch/commandlines.h"
 #include "launch/shellcommand.h"
@@ -10,9 +11,6 @@
 #include "shell/settings.h"
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
-
-#include <QFile>
-#include <QFileInfo>
 
 namespace
 {
@@ -37,13 +35,13 @@ void playMarked(const QStringList& entries)
     showGenerating();
     processView->paintNow();
     const QString list = CommandLine::playlist(work_folder);
-    if (QFile::exists(list))
-        QFile::remove(list);
+    if (entryExists(list))
+        removeFile(list);
     // One pass more than there are entries: the list ends with an empty line.
     for (qsizetype i = 0; i <= entries.size(); ++i) {
         const QString entry = entries.value(i);
-        runShell(QFileInfo(entry).isDir() ? CommandLine::addFolder(work_folder, entry)
-                                          : CommandLine::addFile(work_folder, entry));
+        runShell(EntryInfo(entry).isFolder() ? CommandLine::addFolder(work_folder, entry)
+                                             : CommandLine::addFile(work_folder, entry));
     }
     startOnList();
 }
@@ -69,7 +67,7 @@ void FM::LyraPlayer()
     const QStringList marked = getActiveMultiStat() ? getActiveFileNames() : QStringList();
     if (!marked.isEmpty())
         playMarked(marked);
-    else if (QFileInfo(current).isDir())
+    else if (EntryInfo(current).isFolder())
         playFolder(current);
     else
         runShell(CommandLine::playFile(work_folder, current));

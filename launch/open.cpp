@@ -4,6 +4,7 @@
 
 #include "assoc/mimetable.h"
 #include "assoc/plugintable.h"
+#include "files/entry.h"
 #include "launch/busynotice.h"
 #include "launch/commandlines.h"
 #include "launch/shellcommand.h"
@@ -11,8 +12,6 @@
 #include "shell/settings.h"
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
-
-#include <QFileInfo>
 
 namespace
 {
@@ -74,7 +73,7 @@ void FM::slot_ClickFile(bool picked)
         return;
     showBusy();
     const QString path = getActiveFileName();
-    if (!QFileInfo(path).isFile()) {
+    if (!EntryInfo(path).isFile()) {
         processView->init();
         showNotExecutable(path);
     } else if (!openByExtension(path)) {
@@ -91,7 +90,7 @@ void FM::slot_OpenWith()
     const int position = pendingPlugin != 0 ? pendingPlugin - 1 : openWithMenu->getActiveItemId();
     pendingPlugin = 0;
     const QString path = getActiveFileName();
-    if (QFileInfo(path).isFile())
+    if (EntryInfo(path).isFile())
         openWith(position, path);
     else
         showNotExecutable(path);

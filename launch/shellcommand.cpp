@@ -1,18 +1,31 @@
 #include "launch/shellcommand.h"
 
+#include "files/names.h"
+
 #include <cstdlib>
 
-QString shellBytes(const QString& path)
+ShellBytes shellBytes(const QString& path)
 {
-    return QString::fromLatin1(path.toUtf8());
+    return encodeName(path);
 }
 
-QString quotedForShell(const QString& path)
+ShellBytes quotedForShell(const QString& path)
 {
-    return QLatin1Char('"') + shellBytes(path) + QLatin1Char('"');
+    return joined({"\"", shellBytes(path), "\""});
 }
 
-int runShell(const QString& command)
+ShellBytes joined(std::initializer_list<ShellBytes> pieces)
 {
-    return std::system(command.toLatin1().constData());
+    QByteArray line;
+    for (const ShellBytes& piece : pieces) {
+        if (!piece)
+            return std::nullopt;
+        line += *piece;
+    }
+    return line;
+}
+
+int runShell(const ShellBytes& command)
+{
+    return command ? std::system(command->constData()) : -1;
 }

@@ -1,15 +1,24 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
-/// A path as a piece of a shell command line: its UTF-8 bytes, each as one character, so that the
-/// command line's Latin-1 form holds the bytes of the file system. Nothing is escaped or quoted.
-QString shellBytes(const QString& path);
+#include <initializer_list>
+#include <optional>
 
-/// shellBytes() between double quotes. Double quotes, dollar signs and backslashes in the path are
-/// not escaped.
-QString quotedForShell(const QString& path);
+/// A command line for the system's shell, or a piece of one: the bytes that the shell gets. Nothing
+/// (nullopt) is what cannot be said since a path in it stands for no name; it is never run.
+using ShellBytes = std::optional<QByteArray>;
 
-/// Hands a command line, as Latin-1, to the system's shell and waits until the shell has ended,
-/// which for a line ending in "&" is at once. Returns what system() returns.
-int runShell(const QString& command);
+/// A path as it is. Nothing is escaped or quoted.
+ShellBytes shellBytes(const QString& path);
+
+/// A path between double quotes. Double quotes, dollar signs and backslashes in it are not escaped.
+ShellBytes quotedForShell(const QString& path);
+
+/// Pieces one after the other; nothing if one of them is nothing.
+ShellBytes joined(std::initializer_list<ShellBytes> pieces);
+
+/// Hands a command line to the system's shell and waits until the shell has ended, which for a line
+/// ending in "&" is at once. Returns what system() returns; -1, and runs nothing, for nothing.
+int runShell(const ShellBytes& command);

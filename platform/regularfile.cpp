@@ -1,6 +1,5 @@
 #include "platform/regularfile.h"
 
-#include <QFile>
 #include <QScopeGuard>
 
 #include <algorithm>
@@ -27,15 +26,25 @@ qsizetype appendFrom(int file, QByteArray& bytes, qsizetype count)
     return got;
 }
 
+QByteArray utf8Path(QStringView path)
+{
+    // The system would see only what precedes the zero character: another file.
+    return path.contains(QChar::Null) ? QByteArray() : path.toUtf8();
+}
+
+PathEncoder pathEncoder = utf8Path;
+
 } // namespace
+
+void setPathEncoder(PathEncoder encoder)
+{
+    pathEncoder = encoder;
+}
 
 std::optional<QByteArray> readRegularFile(const QString& path, qsizetype maxBytes)
 {
-    // The system would see only what precedes the zero character: another file.
-    if (path.contains(QChar::Null))
-        return std::nullopt;
     const int file =
-        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+        ::open(pathEncoder(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (file < 0)
         return std::nullopt;
     const auto closing = qScopeGuard([file] { ::close(file); });

@@ -22,11 +22,15 @@ ZConfig::ZConfig(const QString& file, [[maybe_unused]] bool create) : d(std::mak
 
 ZConfig::~ZConfig() = default;
 
+QByteArray ZConfig::readBytes(const QString& group, const QString& key) const
+{
+    return d->ini.GetValue(group.toUtf8().constData(), key.toUtf8().constData(), nullptr);
+}
+
 QString ZConfig::readEntry(const QString& group, const QString& key, const QString& fallback) const
 {
-    const char* value =
-        d->ini.GetValue(group.toUtf8().constData(), key.toUtf8().constData(), nullptr);
-    if (value == nullptr)
+    const QByteArray value = readBytes(group, key);
+    if (value.isNull())
         return fallback;
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder.decode(QByteArrayView(value));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <memory>
@@ -26,6 +27,8 @@ public:
     /// key with nothing behind its equals sign gives an empty text that is not null. Bytes that are
     /// not UTF-8 are taken as Latin-1.
     QString readEntry(const QString& group, const QString& key, const QString& fallback) const;
+    /// The bytes of a value as they stand in the file; null if the key is absent.
+    QByteArray readBytes(const QString& group, const QString& key) const;
 
 private:
     struct Private;

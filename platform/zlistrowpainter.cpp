@@ -1,5 +1,6 @@
 #include "platform/zlistrowpainter.h"
 
+#include "platform/shownname.h"
 #include "platform/zlistboxitem.h"
 #include "platform/zpixmap.h"
 
@@ -59,7 +60,7 @@ void ZListRowPainter::paint(QPainter& painter, const QRect& area, const ZListBox
 
 QString ZListRowPainter::visibleText(const QString& text)
 {
-    QString shown = text;
+    QString shown = withMarks(text);
     for (QChar& character : shown) {
         if (character.unicode() < 0x20)
             character = QChar(char16_t(ControlPictures + character.unicode()));

@@ -21,8 +21,8 @@ public:
 
     static void paint(QPainter& painter, const QRect& area, const ZListBoxItem& item,
                       const State& state);
-    /// A name as it is shown: control characters have pictures of their own, so that a line break
-    /// neither breaks the row nor hides.
+    /// A name as it is shown: withMarks(), and control characters have pictures of their own, so
+    /// that a line break neither breaks the row nor hides.
     static QString visibleText(const QString& text);
 
 private:

@@ -6,12 +6,58 @@
 #include <QKeyEvent>
 #include <QRegularExpression>
 
+namespace
+{
+
+/// Stands in the toolkit's field for a byte-order mark: drawn as a mark, and in no text.
+constexpr QChar StandIn(0xdc00);
+
+QString withStandIns(QString text)
+{
+    return text.replace(QChar(QChar::ByteOrderMark), StandIn);
+}
+
+QString withoutStandIns(QString text)
+{
+    // A half of a pair is not alone.
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text.at(i) == StandIn && (i == 0 || !text.at(i - 1).isHighSurrogate()))
+            text[i] = QChar(QChar::ByteOrderMark);
+    }
+    return text;
+}
+
+} // namespace
+
 ZMultiLineEdit::ZMultiLineEdit(QWidget* parent, [[maybe_unused]] bool wrap,
                                [[maybe_unused]] int lines, const char* name)
     : QLineEdit(parent)
 {
     setObjectName(QLatin1String(name));
     setContextMenuPolicy(Qt::NoContextMenu);
+}
+
+void ZMultiLineEdit::setText(const QString& text)
+{
+    QLineEdit::setText(withStandIns(text));
+}
+
+QString ZMultiLineEdit::text() const
+{
+    return withoutStandIns(QLineEdit::text());
+}
+
+void ZMultiLineEdit::copy() const
+{
+    if (hasSelectedText())
+        QGuiApplication::clipboard()->setText(withoutStandIns(selectedText()));
+}
+
+void ZMultiLineEdit::cut()
+{
+    copy();
+    if (hasSelectedText())
+        del();
 }
 
 void ZMultiLineEdit::paste()
@@ -22,17 +68,20 @@ void ZMultiLineEdit::paste()
     text.remove(lastBreaks);
     text.replace(lineBreak, QStringLiteral(" "));
     if (!text.isEmpty())
-        insert(text);
+        insert(withStandIns(text));
 }
 
 void ZMultiLineEdit::keyPressEvent(QKeyEvent* event)
 {
-    if (event->matches(QKeySequence::Paste)) {
-        event->accept();
+    event->accept();
+    if (event->matches(QKeySequence::Paste))
         paste();
-        return;
-    }
-    QLineEdit::keyPressEvent(event);
+    else if (event->matches(QKeySequence::Copy))
+        copy();
+    else if (event->matches(QKeySequence::Cut))
+        cut();
+    else
+        QLineEdit::keyPressEvent(event);
 }
 
 /// The selection stays while a menu has the focus, whose items are about it; the toolkit keeps it

@@ -12,7 +12,15 @@ public:
     /// `wrap` and `lines` shape a field of several lines and are not used.
     ZMultiLineEdit(QWidget* parent, bool wrap, int lines, const char* name);
 
+    /// The text, whatever it consists of. A byte-order mark, which has no picture, is held and
+    /// shown as a mark of its own; so are halves of pairs of surrogates.
+    void setText(const QString& text);
+    QString text() const;
+
 public slots:
+    /// Puts the selection on the clipboard.
+    void copy() const;
+    void cut();
     /// Puts the clipboard's text in the place of the selection. Line breaks at its end are left
     /// out, others become blanks.
     void paste();

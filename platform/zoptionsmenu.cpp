@@ -1,6 +1,7 @@
 #include "platform/zoptionsmenu.h"
 
 #include "platform/keymap.h"
+#include "platform/shownname.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
@@ -397,9 +398,9 @@ void ZOptionsMenu::paintRow(QPainter& painter, int position) const
     const int tabs = leadingTabs(item.text);
     const QRect textArea =
         area.adjusted(TextLeft + tabs * ZSkinService::MenuTabWidth, 0, -ArrowRoom, 0);
-    painter.drawText(
-        textArea, Qt::AlignVCenter | Qt::TextSingleLine,
-        painter.fontMetrics().elidedText(item.text.mid(tabs), Qt::ElideRight, textArea.width()));
+    painter.drawText(textArea, Qt::AlignVCenter | Qt::TextSingleLine,
+                     painter.fontMetrics().elidedText(withMarks(item.text.mid(tabs)),
+                                                      Qt::ElideRight, textArea.width()));
     if (item.submenu) {
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setBrush(painter.pen().color());

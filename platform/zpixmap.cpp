@@ -3,7 +3,6 @@
 #include "platform/regularfile.h"
 
 #include <QCache>
-#include <QFileInfo>
 #include <QGuiApplication>
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #include "shell/fm.h"
 
 #include "browser/filebrowserftab.h"
+#include "files/paths.h"
 #include "lang/texts.h"
 #include "platform/qcopchannel.h"
 #include "platform/zapplication.h"
@@ -10,7 +11,6 @@
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
-#include "shell/paths.h"
 #include "shell/qdaemonapp.h"
 #include "shell/settings.h"
 #include "shell/util.h"

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "files/entry.h"
 #include "platform/zmainwidget.h"
 
 #include <QPixmap>
 #include <QStringList>
+
+#include <optional>
 
 class FileBrowserFtab;
 class QCopChannel;
@@ -46,7 +49,8 @@ public:
 
     /// The extension by which a path is matched with plugins.
     static QString getMime(const QString& path);
-    /// A path as a quoted piece of a shell command line.
+    /// A path as a quoted piece of a shell command line, each of its bytes as one character. Empty,
+    /// without quotes, for a text that stands for no path.
     static QString ExecFormat(const QString& path);
     /// Whether a plugin of that name is installed in the plugins folder.
     static bool searchPlugin(const QString& name);
@@ -168,6 +172,7 @@ private:
     void copyByShell(const QString& src, const QString& dstDir);
     void copyBuiltIn(const QString& src, const QString& dstDir);
     void copyTree(const QString& src, const QString& dstDir);
+    void deleteIfStill(const QString& path, const std::optional<EntryId>& asked);
     bool moveAfterQuestions(const QString& src, const QString& dstDir);
     void moveByTool(const QString& src, const QString& dstDir);
     QString folderSizeText(const QString& path, const QString& textSoFar);

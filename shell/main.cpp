@@ -1,3 +1,4 @@
+#include "files/names.h"
 #include "platform/zscreen.h"
 #include "shell/startup.h"
 
@@ -17,7 +18,7 @@ QLoggingCategory::CategoryFilter followRules = nullptr;
 /// says about the toolkit's logging.
 void writeLine(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
 {
-    const QByteArray line = message.toUtf8() + '\n';
+    const QByteArray line = encodeName(message).value_or(message.toUtf8()) + '\n';
     std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
 }
 

@@ -1,5 +1,6 @@
 #include "shell/settings.h"
 
+#include "files/names.h"
 #include "platform/zconfig.h"
 
 #include <algorithm>
@@ -17,8 +18,12 @@ bool full_inf = false;
 void readConfig(const QString& programDir)
 {
     const ZConfig config(programDir + QStringLiteral("fm.cfg"), true);
-    const auto text = [&config](const char* key, const QString& fallback = QStringLiteral("")) {
-        return config.readEntry(QStringLiteral("Setting"), QString::fromLatin1(key), fallback);
+    const auto text = [&config](const char* key) {
+        return config.readEntry(QStringLiteral("Setting"), QString::fromLatin1(key),
+                                QStringLiteral(""));
+    };
+    const auto path = [&config](const char* key) {
+        return decodeName(config.readBytes(QStringLiteral("Setting"), QString::fromLatin1(key)));
     };
     const auto number = [&text](const char* key) {
         const long value = std::strtol(text(key).toLatin1().constData(), nullptr, 10);
@@ -26,12 +31,12 @@ void readConfig(const QString& programDir)
         return int(std::clamp<long>(value, std::numeric_limits<int>::min(),
                                     std::numeric_limits<int>::max()));
     };
-    work_folder = text("Work_folder", QString());
+    work_folder = path("Work_folder");
     if (work_folder.isEmpty())
         work_folder = QString();
-    path_tab1 = text("Start_path_tab1");
-    path_tab2 = text("Start_path_tab2");
-    lang = text("Language");
+    path_tab1 = path("Start_path_tab1");
+    path_tab2 = path("Start_path_tab2");
+    lang = path("Language");
     full_scr = number("Full_screen") != 0;
     header_type = number("Header_type");
     full_inf = number("Full_info") != 0;

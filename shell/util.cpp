@@ -1,9 +1,10 @@
 #include "shell/util.h"
 
+#include "files/entry.h"
+#include "files/names.h"
 #include "platform/zapplication.h"
 
 #include <QDebug>
-#include <QFile>
 
 util* u = nullptr;
 
@@ -11,12 +12,12 @@ QString util::getProgramDir() const
 {
     const QByteArray program = ZApplication::programName();
     const QByteArray folder = program.left(program.lastIndexOf('/') + 1);
-    qDebug("%s", program.constData());
-    qDebug("%s", folder.constData());
-    return QFile::decodeName(folder);
+    qDebug().noquote() << decodeName(program);
+    qDebug().noquote() << decodeName(folder);
+    return decodeName(folder);
 }
 
 bool util::fExist(const QString& path) const
 {
-    return QFile::exists(path);
+    return entryExists(path);
 }

@@ -1,6 +1,7 @@
 // How the blocks of a box are drawn.
 
 #include "lang/texts.h"
+#include "platform/shownname.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
@@ -103,7 +104,7 @@ void kWidget::setText(const QString& text)
 {
     const QFontMetrics metrics(blockFont);
     lineHeight = metrics.height();
-    lines = wrapWords(text, TextWidth - metrics.maxWidth(),
+    lines = wrapWords(withMarks(text), TextWidth - metrics.maxWidth(),
                       [this](char32_t character) { return advanceOf(character); });
 }
 

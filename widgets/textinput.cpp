@@ -1,6 +1,7 @@
 #include "widgets/textinput.h"
 
 #include "platform/keymap.h"
+#include "platform/shownname.h"
 #include "platform/zapplication.h"
 #include "platform/zmultilineedit.h"
 #include "platform/zoptionsmenu.h"
@@ -133,7 +134,7 @@ int TextInput::showText(const QString& title, const QString& prompt, const QStri
     edit->selectAll();
     // A name may hold anything; it must be shown and not be taken for markup.
     layOut(titleHtml(title, icon) + QStringLiteral("<p align=\"center\" >") +
-           prompt.toHtmlEscaped() + QStringLiteral("</p>"));
+           withMarks(prompt).toHtmlEscaped() + QStringLiteral("</p>"));
     show();
     edit->setFocus();
     // Of a page that is too high the field and the answers must be seen.

@@ -1,13 +1,13 @@
 #include "plugins/execute/command.h"
 
+#include "files/entry.h"
+#include "files/names.h"
+#include "files/paths.h"
 #include "plugins/support/regularopen.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -29,7 +29,7 @@ constexpr Interpreter Interpreters[] = {
 
 const Interpreter* interpreterOf(const QString& path)
 {
-    const QString extension = QFileInfo(path).suffix().toLower();
+    const QString extension = suffixOf(path).toLower();
     const auto* found = std::find_if(std::begin(Interpreters), std::end(Interpreters),
                                      [&extension](const Interpreter& known) {
                                          return extension == QLatin1String(known.extension);
@@ -55,19 +55,27 @@ QByteArray headOf(const QString& path)
     QFile file;
     QString problem;
     // A program need not be readable to be run.
-    return openRegular(file, path, problem) ? file.read(HeadBytes) : QByteArray();
+    return openWithProblem(file, path, problem) ? file.read(HeadBytes) : QByteArray();
 }
 
-QString problemOf(const QByteArray& path)
+QString problemOf(const QString& path)
 {
-    struct stat about = {};
+    const EntryInfo info(path);
     if (path.isEmpty())
         return QStringLiteral("No file was given.");
-    if (::stat(path.constData(), &about) != 0)
+    if (!info.exists())
         return QStringLiteral("There is no such file.");
-    if (S_ISDIR(about.st_mode))
+    if (info.isFolder())
         return QStringLiteral("This is a folder.");
-    return S_ISREG(about.st_mode) ? QString() : QStringLiteral("This is not a regular file.");
+    return info.isFile() ? QString() : QStringLiteral("This is not a regular file.");
+}
+
+QString folderOf(const QString& file)
+{
+    QString folder = folderPart(file);
+    if (folder.size() > 1)
+        folder.chop(1);
+    return folder;
 }
 
 } // namespace
@@ -75,14 +83,13 @@ QString problemOf(const QByteArray& path)
 Command Command::forFile(const QString& path)
 {
     Command command;
-    const QByteArray name = QFile::encodeName(path);
-    command.problem = problemOf(name);
+    command.problem = problemOf(path);
     if (!command.problem.isEmpty())
         return command;
     // Absolute, so that no interpreter takes it for an option.
-    const QString file = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-    command.folder = QFileInfo(file).path();
-    const bool executable = mayExecute(name);
+    const QString file = absolutePath(path);
+    command.folder = folderOf(file);
+    const bool executable = mayExecute(encodedPath(path));
     const Interpreter* interpreter = interpreterOf(file);
     if (executable && isForTheSystem(headOf(file))) {
         command.program = file;

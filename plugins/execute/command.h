@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What is to be run for a file.
+/// What is to be run for a file. Names are as decodeName() gives them.
 struct Command {
     QString program;       ///< a path, or a name that is looked for in $PATH
     QStringList arguments; ///< without the program

@@ -1,9 +1,9 @@
 #include "plugins/execute/executewindow.h"
 
+#include "files/paths.h"
 #include "plugins/execute/runningprogram.h"
 #include "plugins/support/textpane.h"
 
-#include <QFileInfo>
 #include <QVBoxLayout>
 
 namespace
@@ -17,7 +17,7 @@ constexpr int RedrawInterval = 80;
 
 ExecuteWindow::ExecuteWindow(const QString& path)
     : PluginWindow(QStringLiteral("Execute")),
-      name_(QFileInfo(path).fileName()),
+      name_(lastPart(path)),
       command_(Command::forFile(path)),
       pane_(new TextPane(output_, this)),
       program_(new RunningProgram(this))
@@ -104,7 +104,7 @@ void ExecuteWindow::programEnded(const QString& how)
 void ExecuteWindow::programFailed(const QString& problem)
 {
     programEnded(QString());
-    const QString program = QFileInfo(command_.program).fileName();
+    const QString program = lastPart(command_.program);
     pane_->setNotice(QStringLiteral("Cannot run %1: %2").arg(program, problem));
 }
 

@@ -1,8 +1,7 @@
 #include "plugins/execute/runningprogram.h"
 
+#include "files/names.h"
 #include "plugins/execute/command.h"
-
-#include <QProcessEnvironment>
 
 #include <csignal>
 #include <linux/close_range.h>
@@ -16,21 +15,34 @@ namespace
 constexpr unsigned FirstOther = 3;
 constexpr int Patience = 2000;
 
+/// The environment of this process, but of a terminal that can do nothing.
+QList<QByteArray> environmentForPrograms()
+{
+    QList<QByteArray> variables;
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        if (qstrncmp(*variable, "TERM=", 5) != 0)
+            variables.append(*variable);
+    }
+    variables.append("TERM=dumb");
+    return variables;
+}
+
+std::vector<char*> pointersTo(QList<QByteArray>& texts)
+{
+    std::vector<char*> pointers;
+    for (QByteArray& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 } // namespace
 
 RunningProgram::RunningProgram(QObject* parent) : QObject(parent)
 {
     process_.setProcessChannelMode(QProcess::MergedChannels);
     process_.setStandardInputFile(QProcess::nullDevice());
-    process_.setChildProcessModifier([] {
-        ::setsid();
-        // Of what this process may have got from others, too, nothing is for the program.
-        ::close_range(FirstOther, ~0U, CLOSE_RANGE_CLOEXEC);
-        ::prctl(PR_SET_PDEATHSIG, SIGHUP);
-    });
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TERM"), QStringLiteral("dumb"));
-    process_.setProcessEnvironment(environment);
+    process_.setChildProcessModifier([this] { runInChild(); });
     patience_.setSingleShot(true);
     patience_.setInterval(Patience);
     connect(&patience_, &QTimer::timeout, this, [this] { sendSignal(SIGKILL); });
@@ -51,8 +63,30 @@ void RunningProgram::start(const Command& command)
 {
     stopping_ = false;
     group_ = 0;
-    process_.setWorkingDirectory(command.folder);
-    process_.start(command.program, command.arguments, QIODevice::ReadOnly);
+    command_.folder = encodedPath(command.folder);
+    command_.words = {encodedPath(command.program)};
+    for (const QString& argument : command.arguments)
+        command_.words.append(encodedPath(argument));
+    command_.environment = environmentForPrograms();
+    command_.wordPointers = pointersTo(command_.words);
+    command_.environmentPointers = pointersTo(command_.environment);
+    // The toolkit tries these when our own attempt has failed, to find the reason. It must not find
+    // what it would take a name for that is no text.
+    const bool isText = command.program.isValidUtf16();
+    process_.start(isText ? command.program : QStringLiteral("/proc/self/no-such-program"),
+                   command.arguments, QIODevice::ReadOnly);
+}
+
+/// Between the fork and the start of the program.
+void RunningProgram::runInChild() const
+{
+    ::setsid();
+    // Of what this process may have got from others, too, nothing is for the program.
+    ::close_range(FirstOther, ~0U, CLOSE_RANGE_CLOEXEC);
+    ::prctl(PR_SET_PDEATHSIG, SIGHUP);
+    if (::chdir(command_.folder.constData()) == 0)
+        ::execvpe(command_.wordPointers.front(), command_.wordPointers.data(),
+                  command_.environmentPointers.data());
 }
 
 void RunningProgram::stop()

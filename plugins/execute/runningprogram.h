@@ -3,6 +3,8 @@
 #include <QProcess>
 #include <QTimer>
 
+#include <vector>
+
 struct Command;
 
 /// A program that runs with its output coming here, in a session of its own, so that it can be
@@ -30,12 +32,23 @@ signals:
     void failed(const QString& problem);
 
 private:
+    void runInChild() const;
     void sendSignal(int number);
     void readOutput();
     void processEnded(int code, QProcess::ExitStatus status);
     void processFailed(QProcess::ProcessError error);
 
+    /// What the system starts, as the toolkit, which takes texts alone, could not have it.
+    struct SystemCommand {
+        QList<QByteArray> words; ///< the program and its arguments
+        QByteArray folder;
+        QList<QByteArray> environment;
+        std::vector<char*> wordPointers; ///< into the above, with nullptr at the end
+        std::vector<char*> environmentPointers;
+    };
+
     QProcess process_;
+    SystemCommand command_;
     QTimer patience_;
     qint64 group_ = 0; ///< that the program and what it started belong to
     bool stopping_ = false;

@@ -1,5 +1,6 @@
 #include "plugins/lyraplayer/messagebar.h"
 
+#include "platform/shownname.h"
 #include "platform/zskinservice.h"
 
 #include <QPainter>
@@ -27,9 +28,10 @@ MessageBar::MessageBar(QWidget* parent) : QWidget(parent)
 
 void MessageBar::setText(const QString& text)
 {
-    if (text == text_)
+    const QString shown = withMarks(text);
+    if (shown == text_)
         return;
-    text_ = text;
+    text_ = shown;
     breakLines();
     setVisible(!text.isEmpty());
 }

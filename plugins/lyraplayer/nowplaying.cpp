@@ -1,5 +1,6 @@
 #include "plugins/lyraplayer/nowplaying.h"
 
+#include "platform/shownname.h"
 #include "platform/zskinservice.h"
 #include "plugins/lyraplayer/glyphs.h"
 #include "plugins/lyraplayer/player.h"
@@ -51,7 +52,7 @@ QString oneLine(const QPainter& painter, const QString& text, int width)
 /// Draws a text on at most two lines, cut off at the end if it needs more.
 void paintTwoLines(QPainter& painter, const QRect& area, const QString& text)
 {
-    QTextLayout layout(text.simplified(), painter.font());
+    QTextLayout layout(withMarks(text).simplified(), painter.font());
     layout.beginLayout();
     QTextLine first = layout.createLine();
     first.setLineWidth(area.width());

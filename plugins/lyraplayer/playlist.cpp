@@ -1,35 +1,60 @@
 #include "plugins/lyraplayer/playlist.h"
 
-#include "platform/regularfile.h"
-
-#include <QDir>
-#include <QFile>
-#include <QUrl>
+#include "files/entry.h"
+#include "files/names.h"
+#include "files/paths.h"
+#include "files/regularfile.h"
 
 namespace
 {
 
+constexpr char FileScheme[] = "file://";
 constexpr char Utf8Mark[] = "\xef\xbb\xbf";
+
+/// Whether every line ends with "\r\n". Where only some do, "\r" is part of a name.
+bool hasLongLineEnds(const QByteArray& content)
+{
+    bool found = false;
+    for (qsizetype end = content.indexOf('\n'); end >= 0; end = content.indexOf('\n', end + 1)) {
+        if (end == 0 || content.at(end - 1) != '\r')
+            return false;
+        found = true;
+    }
+    return found;
+}
 
 /// The lines without what ends them. Blanks at the ends of a line may belong to a name and stay.
 QList<QByteArray> linesOf(QByteArray content)
 {
     if (content.startsWith(Utf8Mark))
         content.remove(0, qsizetype(sizeof Utf8Mark) - 1);
-    QList<QByteArray> lines = content.split('\n');
-    for (QByteArray& line : lines) {
-        while (line.endsWith('\r'))
-            line.chop(1);
+    if (hasLongLineEnds(content))
+        content.replace("\r\n", "\n");
+    return content.split('\n');
+}
+
+/// The path in a "file:" address of this machine; empty for another one.
+QByteArray pathOfUrl(QByteArray address)
+{
+    address.remove(0, qsizetype(sizeof FileScheme) - 1);
+    const qsizetype path = address.indexOf('/');
+    if (path < 0 || (path > 0 && address.left(path) != "localhost"))
+        return {};
+    address = address.mid(path);
+    for (const char mark : {'?', '#'}) {
+        if (const qsizetype end = address.indexOf(mark); end >= 0)
+            address.truncate(end);
     }
-    return lines;
+    const QByteArray decoded = QByteArray::fromPercentEncoding(address);
+    return decoded.contains('\0') ? QByteArray() : decoded;
 }
 
 QByteArray trackAt(const QByteArray& place, const QByteArray& folder)
 {
     if (isStream(place) || place.startsWith('/'))
         return place;
-    if (place.startsWith("file://"))
-        return QFile::encodeName(QUrl::fromEncoded(place).toLocalFile());
+    if (place.startsWith(FileScheme))
+        return pathOfUrl(place);
     return folder + '/' + place;
 }
 
@@ -88,11 +113,13 @@ Tracks parsePls(const QByteArray& content, const QByteArray& folder)
 
 std::optional<Tracks> tracksOf(const QString& path)
 {
-    const QString absolute = QDir::cleanPath(QDir::current().absoluteFilePath(path));
-    const QByteArray encoded = QFile::encodeName(absolute);
+    const QString absolute = absolutePath(path);
+    const QByteArray encoded = encodedPath(absolute);
+    if (encoded.isEmpty())
+        return std::nullopt;
     if (!isPlaylist(absolute))
         return Tracks{encoded};
-    const std::optional<QByteArray> content = readRegularFile(absolute, MaxPlaylistBytes);
+    const std::optional<QByteArray> content = readRegular(absolute, MaxPlaylistBytes);
     if (!content)
         return std::nullopt;
     const QByteArray folder = encoded.left(encoded.lastIndexOf('/'));
@@ -106,6 +133,6 @@ bool isStream(const QByteArray& track)
 
 QString trackName(const QByteArray& track)
 {
-    return isStream(track) ? QString::fromUtf8(track)
-                           : QFile::decodeName(track.mid(track.lastIndexOf('/') + 1));
+    const QString name = decodeName(track);
+    return isStream(track) ? name : lastPart(name);
 }

@@ -1,9 +1,9 @@
 #include "plugins/picview/folderpictures.h"
 
-#include "browser/folderscan.h"
+#include "files/entry.h"
+#include "files/folderscan.h"
+#include "files/paths.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QImageReader>
 #include <QSet>
 
@@ -30,19 +30,16 @@ QSet<QByteArray> pictureExtensions()
 
 FolderPictures::FolderPictures(const QString& path)
 {
-    const QFileInfo file(path);
-    folder_ = file.absolutePath();
-    if (!folder_.endsWith(QLatin1Char('/')))
-        folder_ += QLatin1Char('/');
-    const QString own = file.fileName();
+    const QString file = absolutePath(path);
+    folder_ = folderPart(file);
+    const QString own = namePart(file);
     const QSet<QByteArray> extensions = pictureExtensions();
     const auto scan = FolderScan::read(folder_, false);
     if (scan) {
         for (const FolderEntry& entry : scan->others()) {
             const QString name = scan->name(entry);
             const bool isFile = entry.kind == EntryKind::File || entry.kind == EntryKind::FileLink;
-            if (name == own ||
-                (isFile && extensions.contains(QFileInfo(name).suffix().toLower().toUtf8())))
+            if (name == own || (isFile && extensions.contains(suffixOf(name).toLower().toUtf8())))
                 names_.append(name);
         }
     }

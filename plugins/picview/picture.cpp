@@ -110,7 +110,7 @@ Picture readPicture(const QString& path, QSize box, const std::atomic<bool>& can
 {
     CancellableFile file(cancelled);
     QString problem;
-    if (!openRegular(file, path, problem))
+    if (!openWithProblem(file, path, problem))
         return withProblem(problem);
     if (file.size() == 0)
         return withProblem(QStringLiteral("The file is empty."));

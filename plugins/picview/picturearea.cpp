@@ -1,5 +1,6 @@
 #include "plugins/picview/picturearea.h"
 
+#include "files/regularfile.h"
 #include "platform/zskinservice.h"
 #include "plugins/support/notice.h"
 
@@ -87,7 +88,11 @@ bool PictureArea::wantsDetail() const
 
 void PictureArea::play(const QString& path)
 {
-    movie_ = std::make_unique<QMovie>(path);
+    movieFile_.close();
+    // If it cannot be opened again, the picture stays as it is.
+    if (!openRegular(movieFile_, path))
+        return;
+    movie_ = std::make_unique<QMovie>(&movieFile_);
     connect(movie_.get(), &QMovie::frameChanged, this, [this] {
         const QImage frame = movie_->currentImage();
         if (frame.isNull())

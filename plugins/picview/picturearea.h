@@ -60,6 +60,7 @@ private:
 
     Picture picture_;
     PicturePlace place_;
+    QFile movieFile_; ///< what the movie reads
     std::unique_ptr<QMovie> movie_;
     QImage reduced_; ///< the picture halved as often as suits the scale
     int halvings_ = 0;

@@ -1,12 +1,14 @@
 #include "plugins/support/pluginapp.h"
 
+#include "files/linktext.h"
+#include "files/names.h"
+#include "files/paths.h"
 #include "platform/keymap.h"
 #include "platform/qdiskfont.h"
+#include "platform/regularfile.h"
 #include "platform/zscreen.h"
 #include "plugins/support/pluginwindow.h"
 
-#include <QDir>
-#include <QFile>
 #include <QGuiApplication>
 
 namespace
@@ -25,7 +27,14 @@ int withScale(int argc)
 QString fileOf(int argc, char** argv)
 {
     const int position = argc > 2 && qstrcmp(argv[1], "-d") == 0 ? 2 : 1;
-    return argc > position ? QFile::decodeName(argv[position]) : QString();
+    return argc > position ? decodeName(argv[position]) : QString();
+}
+
+/// Both with "/" at the end. The root is its own.
+QString folderAbove(QString folder)
+{
+    folder.chop(1);
+    return folder.isEmpty() ? QStringLiteral("/") : folderPart(folder);
 }
 
 void registerFont(const QString& file)
@@ -49,8 +58,9 @@ PluginApp::PluginApp(int argc, char** argv, const QString& title)
 {
     QCoreApplication::setApplicationName(title);
     QGuiApplication::setApplicationDisplayName(title);
-    pluginFolder_ = QCoreApplication::applicationDirPath() + QLatin1Char('/');
-    workFolder_ = QDir::cleanPath(pluginFolder_ + QStringLiteral("../..")) + QLatin1Char('/');
+    setPathEncoder(encodedPath);
+    pluginFolder_ = folderPart(linkText(QStringLiteral("/proc/self/exe")));
+    workFolder_ = folderAbove(folderAbove(pluginFolder_));
     registerFont(workFolder_ + QStringLiteral("res/font.ttf"));
     KeyMap::instance().load(workFolder_ + QStringLiteral("keymap.cfg"));
 }

@@ -9,7 +9,7 @@
 
 bool TextFile::open(const QString& path, QString& problem)
 {
-    if (!openRegular(file_, path, problem))
+    if (!openWithProblem(file_, path, problem))
         return false;
     if (end() == 0)
         madeUp_ = fromFile(0, MaxMadeUpBytes);

@@ -1,13 +1,13 @@
 #include "plugins/textview/textwindow.h"
 
+#include "files/paths.h"
 #include "plugins/support/textpane.h"
 
-#include <QFileInfo>
 #include <QVBoxLayout>
 
 TextWindow::TextWindow(const QString& path)
     : PluginWindow(QStringLiteral("TextView")),
-      name_(QFileInfo(path).fileName()),
+      name_(lastPart(path)),
       pane_(new TextPane(file_, this))
 {
     contentLayout()->addWidget(pane_);

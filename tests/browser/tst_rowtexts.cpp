@@ -1,5 +1,5 @@
-#include "browser/entrytexts.h"
 #include "browser/filebrowserftab.h"
+#include "files/entrytexts.h"
 #include "tests/browser/panelfixture.h"
 #include "tests/support/testmain.h"
 

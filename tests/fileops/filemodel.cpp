@@ -1,6 +1,6 @@
 #include "tests/fileops/filemodel.h"
 
-#include "shell/paths.h"
+#include "files/paths.h"
 
 #include <QDir>
 #include <QDirIterator>

@@ -1,3 +1,4 @@
+#include "files/names.h"
 #include "launch/commandlines.h"
 #include "tests/support/testmain.h"
 
@@ -8,21 +9,22 @@ class tst_CommandLines : public QObject
 private slots:
     void pluginOfTheFolderGetsTheOptionAndTheQuotedFile()
     {
-        QCOMPARE(CommandLine::pluginOfFolder("/opt/fm/", "Viewer", "/mmc/a b.txt").toLatin1(),
-                 QByteArray("/opt/fm//plugins/Viewer/Viewer -d \"/mmc/a b.txt\"&"));
+        QCOMPARE(
+            CommandLine::pluginOfFolder("/opt/fm/", "Viewer", "/mmc/a b.txt").value_or("nothing"),
+            QByteArray("/opt/fm//plugins/Viewer/Viewer -d \"/mmc/a b.txt\"&"));
     }
 
     void pluginOfAPathIsTakenWholeAndGetsTheQuotedFile()
     {
-        QCOMPARE(CommandLine::pluginOfPath("/usr/bin/view --big -x", "/a").toLatin1(),
+        QCOMPARE(CommandLine::pluginOfPath("/usr/bin/view --big -x", "/a").value_or("nothing"),
                  QByteArray("/usr/bin/view --big -x \"/a\"&"));
     }
 
     void playerIsStartedOnAFileOrOnTheList()
     {
-        QCOMPARE(CommandLine::playFile("/w/", "/m/a.mp3").toLatin1(),
+        QCOMPARE(CommandLine::playFile("/w/", "/m/a.mp3").value_or("nothing"),
                  QByteArray("/w//plugins/LyraPlayer/LyraPlayer -d \"/m/a.mp3\"&"));
-        QCOMPARE(CommandLine::playList("/w/").toLatin1(),
+        QCOMPARE(CommandLine::playList("/w/").value_or("nothing"),
                  QByteArray("/w//plugins/LyraPlayer/LyraPlayer -d "
                             "/w//plugins/LyraPlayer/TempList.m3u &"));
         QCOMPARE(CommandLine::playlist("/w/"), QString("/w//plugins/LyraPlayer/TempList.m3u"));
@@ -32,30 +34,55 @@ private slots:
     {
         const QByteArray find("find \"/m/x y\" -type f -name *.mp3 -print | sort ");
         const QByteArray list("/w//plugins/LyraPlayer/TempList.m3u");
-        QCOMPARE(CommandLine::listFolder("/w/", "/m/x y").toLatin1(), find + "> " + list);
-        QCOMPARE(CommandLine::addFolder("/w/", "/m/x y").toLatin1(), find + ">> " + list);
-        QCOMPARE(CommandLine::addFile("/w/", "/m/a.mp3").toLatin1(),
+        QCOMPARE(CommandLine::listFolder("/w/", "/m/x y").value_or("nothing"), find + "> " + list);
+        QCOMPARE(CommandLine::addFolder("/w/", "/m/x y").value_or("nothing"), find + ">> " + list);
+        QCOMPARE(CommandLine::addFile("/w/", "/m/a.mp3").value_or("nothing"),
                  "echo \"/m/a.mp3\" >> " + list);
-        QCOMPARE(CommandLine::addFile("/w/", QString()).toLatin1(), "echo \"\" >> " + list);
+        QCOMPARE(CommandLine::addFile("/w/", QString()).value_or("nothing"),
+                 "echo \"\" >> " + list);
     }
 
     void everyPieceIsInTheFileSystemsEncoding()
     {
         const QString folder = QString::fromUtf8("/ü/");
         const QString name = QString::fromUtf8("Я");
-        QCOMPARE(CommandLine::pluginOfFolder(folder, name, name).toLatin1(),
+        QCOMPARE(CommandLine::pluginOfFolder(folder, name, name).value_or("nothing"),
                  QByteArray("/\xc3\xbc//plugins/\xd0\xaf/\xd0\xaf -d \"\xd0\xaf\"&"));
-        QCOMPARE(CommandLine::pluginOfPath(name, name).toLatin1(),
+        QCOMPARE(CommandLine::pluginOfPath(name, name).value_or("nothing"),
                  QByteArray("\xd0\xaf \"\xd0\xaf\"&"));
-        QCOMPARE(CommandLine::addFile(folder, name).toLatin1(),
+        QCOMPARE(CommandLine::addFile(folder, name).value_or("nothing"),
                  QByteArray("echo \"\xd0\xaf\" >> /\xc3\xbc//plugins/LyraPlayer/TempList.m3u"));
+    }
+
+    void namesThatAreNoTextKeepTheirBytes()
+    {
+        const QByteArray odd("/\xff/\xef\xbb\xbf");
+        const QString name = decodeName(odd);
+        QCOMPARE(CommandLine::pluginOfPath(name, name).value_or("nothing"),
+                 odd + " \"" + odd + "\"&");
+        QCOMPARE(CommandLine::addFile(name, name).value_or("nothing"),
+                 "echo \"" + odd + "\" >> " + odd + "/plugins/LyraPlayer/TempList.m3u");
+    }
+
+    void whatStandsForNoNameGivesNoCommand()
+    {
+        const QString none(QChar(0xd800));
+        QVERIFY(!CommandLine::pluginOfFolder("/w/", "Viewer", none));
+        QVERIFY(!CommandLine::pluginOfFolder(none, "Viewer", "/a"));
+        QVERIFY(!CommandLine::pluginOfFolder("/w/", none, "/a"));
+        QVERIFY(!CommandLine::pluginOfPath("view", none));
+        QVERIFY(!CommandLine::playFile("/w/", none));
+        QVERIFY(!CommandLine::playList(none));
+        QVERIFY(!CommandLine::listFolder("/w/", none));
+        QVERIFY(!CommandLine::addFolder("/w/", none));
+        QVERIFY(!CommandLine::addFile("/w/", none));
     }
 
     void nothingInAPieceIsEscapedOrReplaced()
     {
-        QCOMPARE(CommandLine::pluginOfFolder("/%1/", "%2", "%1\"$x`y`\n%%").toLatin1(),
+        QCOMPARE(CommandLine::pluginOfFolder("/%1/", "%2", "%1\"$x`y`\n%%").value_or("nothing"),
                  QByteArray("/%1//plugins/%2/%2 -d \"%1\"$x`y`\n%%\"&"));
-        QCOMPARE(CommandLine::listFolder("/%1/", "%2").toLatin1(),
+        QCOMPARE(CommandLine::listFolder("/%1/", "%2").value_or("nothing"),
                  QByteArray("find \"%2\" -type f -name *.mp3 -print | sort > "
                             "/%1//plugins/LyraPlayer/TempList.m3u"));
     }

@@ -1,3 +1,4 @@
+#include "files/names.h"
 #include "launch/shellcommand.h"
 #include "shell/fm.h"
 #include "tests/support/scratchfolder.h"
@@ -14,6 +15,7 @@ class tst_ShellCommand : public QObject
 private slots:
     void pathIsItsUtf8BytesBetweenQuotes_data();
     void pathIsItsUtf8BytesBetweenQuotes();
+    void whatStandsForNoPathIsNotRun();
     void bytesArePutInWithoutQuotes();
     void shellReceivesThePathsBytes_data();
     void shellReceivesThePathsBytes();
@@ -31,8 +33,8 @@ private:
 QByteArray tst_ShellCommand::argumentFor(const QString& path)
 {
     const ScratchFolder folder;
-    const QString output = FM::ExecFormat(folder.path("argument"));
-    runShell(QStringLiteral("printf %s ") + FM::ExecFormat(path) + QStringLiteral(" > ") + output);
+    runShell(joined(
+        {"printf %s ", quotedForShell(path), " > ", quotedForShell(folder.path("argument"))}));
     return folder.read("argument");
 }
 
@@ -49,6 +51,8 @@ void tst_ShellCommand::pathIsItsUtf8BytesBetweenQuotes_data()
     QTest::newRow("special characters stay")
         << "/a\"b$c\\d`e'f" << QByteArray("\"/a\"b$c\\d`e'f\"");
     QTest::newRow("percent signs stay") << "/%1 %2 %%" << QByteArray("\"/%1 %2 %%\"");
+    QTest::newRow("no UTF-8") << decodeName("/\xff\xc3") << QByteArray("\"/\xff\xc3\"");
+    QTest::newRow("byte-order mark") << QString(QChar(0xfeff)) << QByteArray("\"\xef\xbb\xbf\"");
 }
 
 void tst_ShellCommand::pathIsItsUtf8BytesBetweenQuotes()
@@ -56,14 +60,25 @@ void tst_ShellCommand::pathIsItsUtf8BytesBetweenQuotes()
     QFETCH(QString, path);
     QFETCH(QByteArray, bytes);
     QCOMPARE(FM::ExecFormat(path), QString::fromLatin1(bytes));
-    QCOMPARE(quotedForShell(path), QString::fromLatin1(bytes));
+    QCOMPARE(quotedForShell(path).value_or("nothing"), bytes);
     QCOMPARE(FM::ExecFormat(path).toLatin1(), bytes);
+}
+
+void tst_ShellCommand::whatStandsForNoPathIsNotRun()
+{
+    const ScratchFolder folder;
+    const QString none = QStringLiteral("/a") + QChar(0xd800);
+    QCOMPARE(FM::ExecFormat(none), QString());
+    QVERIFY(!quotedForShell(none));
+    QVERIFY(!joined({"touch ", quotedForShell(folder.path("made")), "; : ", quotedForShell(none)}));
+    QCOMPARE(runShell(std::nullopt), -1);
 }
 
 void tst_ShellCommand::bytesArePutInWithoutQuotes()
 {
-    QCOMPARE(shellBytes(QString::fromUtf8("/Я b/")).toLatin1(), QByteArray("/\xd0\xaf b/"));
-    QCOMPARE(shellBytes(QString()), QString());
+    QCOMPARE(shellBytes(QString::fromUtf8("/Я b/")).value_or("nothing"),
+             QByteArray("/\xd0\xaf b/"));
+    QCOMPARE(shellBytes(QString()).value_or("nothing"), QByteArray());
 }
 
 void tst_ShellCommand::shellReceivesThePathsBytes_data()
@@ -119,8 +134,8 @@ void tst_ShellCommand::commandInTheBackgroundIsNotWaitedFor()
     const ScratchFolder folder;
     folder.makeFifo("gate");
     // The reader behind the gate cannot end before something is written.
-    runShell("cat " + quotedForShell(folder.path("gate")) + " > " +
-             quotedForShell(folder.path("copy")) + "&");
+    runShell(joined({"cat ", quotedForShell(folder.path("gate")), " > ",
+                     quotedForShell(folder.path("copy")), "&"}));
     QFile gate(folder.path("gate"));
     QVERIFY(gate.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
     QCOMPARE(gate.write("through"), 7);
@@ -131,8 +146,8 @@ void tst_ShellCommand::commandInTheBackgroundIsNotWaitedFor()
 void tst_ShellCommand::commandInTheForegroundIsWaitedFor()
 {
     const ScratchFolder folder;
-    const QString file = quotedForShell(folder.path("done"));
-    runShell("i=0; while [ $i -lt 2000 ]; do i=$((i+1)); done; echo $i > " + file);
+    const ShellBytes file = quotedForShell(folder.path("done"));
+    runShell(joined({"i=0; while [ $i -lt 2000 ]; do i=$((i+1)); done; echo $i > ", file}));
     QCOMPARE(folder.read("done"), QByteArray("2000\n"));
 }
 

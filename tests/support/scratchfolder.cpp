@@ -1,32 +1,44 @@
 #include "tests/support/scratchfolder.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
+#include "files/entry.h"
+#include "files/names.h"
+#include "files/paths.h"
+#include "files/regularfile.h"
+
 #include <QTest>
 
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
+#include <unistd.h>
 
-ScratchFolder::ScratchFolder() : path_(QDir(folder_.path()).canonicalPath()) {}
+namespace
+{
+
+/// Lets everything below a folder be listed and removed.
+void unlock(const std::filesystem::path& folder)
+{
+    using std::filesystem::perms;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
+        if (!entry.is_directory(ignored) || entry.is_symlink(ignored))
+            continue;
+        std::filesystem::permissions(entry, perms::owner_all, std::filesystem::perm_options::add,
+                                     ignored);
+        unlock(entry);
+    }
+}
+
+} // namespace
+
+ScratchFolder::ScratchFolder() : path_(canonicalPath(folder_.path())) {}
 
 ScratchFolder::~ScratchFolder()
 {
-    // A folder that a test locked must be opened before it can be emptied.
-    bool opened = true;
-    while (opened) {
-        opened = false;
-        QDirIterator entries(path_,
-                             QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks,
-                             QDirIterator::Subdirectories);
-        while (entries.hasNext()) {
-            const QByteArray name = QFile::encodeName(entries.next());
-            struct stat info {
-            };
-            if (lstat(name.constData(), &info) == 0 && (info.st_mode & 0700) != 0700)
-                opened = chmod(name.constData(), 0700) == 0 || opened;
-        }
-    }
+    const std::filesystem::path own(encodedPath(path_).toStdString());
+    std::error_code ignored;
+    unlock(own);
+    std::filesystem::remove_all(own, ignored);
 }
 
 QString ScratchFolder::path(const QString& name) const
@@ -37,53 +49,54 @@ QString ScratchFolder::path(const QString& name) const
 void ScratchFolder::write(const QString& name, const QByteArray& content) const
 {
     const QString file = path(name);
-    QVERIFY(QDir().mkpath(file.left(file.lastIndexOf(QLatin1Char('/')))));
-    QFile output(file);
-    QVERIFY2(output.open(QIODevice::WriteOnly), qPrintable(output.errorString()));
-    QCOMPARE(output.write(content), content.size());
+    QString folder = folderPart(file);
+    folder.chop(1);
+    QVERIFY(makeFolders(folder));
+    const FileHandle output(
+        open(encodedPath(file).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    QVERIFY2(output.isOpen(), qPrintable(qt_error_string()));
+    QCOMPARE(::write(output.get(), content.constData(), size_t(content.size())), content.size());
 }
 
 void ScratchFolder::writeSparse(const QString& name, qint64 bytes) const
 {
     write(name);
-    QVERIFY(QFile::resize(path(name), bytes));
+    QCOMPARE(truncate(encodedPath(path(name)).constData(), bytes), 0);
 }
 
 QByteArray ScratchFolder::read(const QString& name) const
 {
-    QFile input(path(name));
-    return input.open(QIODevice::ReadOnly) ? input.readAll() : QByteArray();
+    QFile input;
+    return openRegular(input, path(name)) ? input.readAll() : QByteArray();
 }
 
 void ScratchFolder::makeFolder(const QString& name) const
 {
-    QVERIFY(QDir().mkpath(path(name)));
+    QVERIFY(makeFolders(path(name)));
 }
 
 void ScratchFolder::makeLink(const QString& name, const QString& target) const
 {
-    QVERIFY(QFile::link(target, path(name)));
+    QCOMPARE(symlink(encodedPath(target).constData(), encodedPath(path(name)).constData()), 0);
 }
 
 void ScratchFolder::makeFifo(const QString& name) const
 {
-    QCOMPARE(mkfifo(QFile::encodeName(path(name)).constData(), 0600), 0);
+    QCOMPARE(mkfifo(encodedPath(path(name)).constData(), 0600), 0);
 }
 
 void ScratchFolder::setMode(const QString& name, unsigned mode) const
 {
-    QCOMPARE(chmod(QFile::encodeName(path(name)).constData(), mode), 0);
+    QCOMPARE(chmod(encodedPath(path(name)).constData(), mode), 0);
 }
 
 void ScratchFolder::setModified(const QString& name, qint64 seconds) const
 {
     const timespec times[2] = {{seconds, 0}, {seconds, 0}};
-    QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(path(name)).constData(), times, 0), 0);
+    QCOMPARE(utimensat(AT_FDCWD, encodedPath(path(name)).constData(), times, 0), 0);
 }
 
 bool ScratchFolder::exists(const QString& name) const
 {
-    struct stat info {
-    };
-    return lstat(QFile::encodeName(path(name)).constData(), &info) == 0;
+    return isTaken(path(name));
 }

@@ -5,7 +5,8 @@
 #include <QTemporaryDir>
 
 /// A folder for one test, removed with everything in it, whatever its permissions have become.
-/// Names are relative to it. Every operation fails the test if it does not work.
+/// Names are relative to it, as decodeName() gives them. Every operation fails the test if it does
+/// not work.
 class ScratchFolder
 {
 public:

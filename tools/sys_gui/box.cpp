@@ -1,14 +1,15 @@
 #include "tools/sys_gui/box.h"
 
-#include "browser/entrytexts.h"
+#include "files/entrytexts.h"
+#include "files/paths.h"
 #include "platform/keymap.h"
 #include "platform/qdiskfont.h"
+#include "platform/shownname.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "widgets/wordwrap.h"
 
-#include <QFileInfo>
 #include <QFontMetrics>
 #include <QMouseEvent>
 #include <QPainter>
@@ -70,7 +71,7 @@ void MoveBox::addFont(const QString& icon)
     QDiskFont font;
     font.factory = ZFontManager::firstFactory();
     font.name = family();
-    font.file = QFileInfo(icon).path() + QStringLiteral("/../font.ttf");
+    font.file = folderPart(icon) + QStringLiteral("../font.ttf");
     ZFontManager::addDiskFont(font);
 }
 
@@ -78,9 +79,10 @@ MoveBox::Block MoveBox::block(const QString& text, const QFont& font)
 {
     const QFontMetrics metrics(font);
     Block result{font, {}, metrics.height(), Gap};
-    result.lines = wrapWords(text, TextWidth - metrics.maxWidth(), [&metrics](char32_t character) {
-        return metrics.horizontalAdvance(QString::fromUcs4(&character, 1));
-    });
+    result.lines =
+        wrapWords(withMarks(text), TextWidth - metrics.maxWidth(), [&metrics](char32_t character) {
+            return metrics.horizontalAdvance(QString::fromUcs4(&character, 1));
+        });
     if (result.lines.size() > MaxLines)
         result.lines.resize(MaxLines);
     result.height += int(result.lines.size()) * (result.lineHeight + Gap);

@@ -1,5 +1,7 @@
 #include "tools/sys_gui/boxprocess.h"
 
+#include "files/names.h"
+#include "platform/regularfile.h"
 #include "platform/zapplication.h"
 #include "platform/zscreen.h"
 #include "tools/sys_gui/box.h"
@@ -32,11 +34,6 @@ constexpr size_t MaxLineBytes = 8192;
 constexpr char ProgressLine = 'p';
 constexpr char FailureLine = 'f';
 
-QString text(const QByteArray& bytes)
-{
-    return QString::fromLocal8Bit(bytes);
-}
-
 /// The next line of the move; empty at the end, nothing when there is none yet.
 std::optional<QByteArray> receive(int channel)
 {
@@ -52,7 +49,7 @@ std::optional<QByteArray> receive(int channel)
 void showLine(MoveBox& box, const QByteArray& line)
 {
     if (line.startsWith(FailureLine)) {
-        box.showFailure(text(line.mid(1)));
+        box.showFailure(decodeName(line.mid(1)));
         QTimer::singleShot(FailureMilliseconds, &box, &ZApplication::quit);
         return;
     }
@@ -68,8 +65,9 @@ void runBox(const BoxTexts& texts, char** argv, int channel)
     QGuiApplication::setDesktopFileName(QStringLiteral("quarn"));
     ZScreen::setScaleVariable("QUARN_SCALE");
     ZApplication application(1, argv, ZApplication::GuiClient);
-    MoveBox::addFont(text(texts.icon));
-    MoveBox box(text(texts.title), text(texts.text), text(texts.icon));
+    setPathEncoder(encodedPath);
+    MoveBox::addFont(decodeName(texts.icon));
+    MoveBox box(decodeName(texts.title), decodeName(texts.text), decodeName(texts.icon));
     QObject::connect(&box, &MoveBox::closed, &application, &ZApplication::quit);
     QSocketNotifier notifier(channel, QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &box, [&] {

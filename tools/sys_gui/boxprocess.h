@@ -1,11 +1,12 @@
 #pragma once
 
-#include "tools/sys_gui/filehandle.h"
+#include "files/filehandle.h"
 #include "tools/sys_gui/move.h"
 
 #include <sys/types.h>
 
-/// What the box of a move shows besides its progress. Texts are in the locale's encoding.
+/// What the box of a move shows besides its progress. Texts are UTF-8; names in them may have any
+/// bytes.
 struct BoxTexts {
     QByteArray title;
     QByteArray text;

@@ -1,6 +1,6 @@
 #include "tools/sys_gui/move.h"
 
-#include "tools/sys_gui/filehandle.h"
+#include "files/filehandle.h"
 #include "tools/sys_gui/tree.h"
 
 #include <QRandomGenerator>

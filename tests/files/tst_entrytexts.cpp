@@ -1,4 +1,4 @@
-#include "browser/entrytexts.h"
+#include "files/entrytexts.h"
 #include "tests/support/testmain.h"
 
 class tst_EntryTexts : public QObject

@@ -1,6 +1,7 @@
-#include "fileops/copyfile.h"
+#include "files/copyfile.h"
 
-#include <QFile>
+#include "files/filehandle.h"
+#include "files/names.h"
 
 #include <algorithm>
 #include <fcntl.h>
@@ -11,29 +12,11 @@
 namespace
 {
 
-/// A file descriptor that is closed with its owner. Opening never waits, be it for a FIFO's other
-/// end or for a device.
-class Descriptor
+/// Never waits, be it for a FIFO's other end or for a device.
+FileHandle opened(const QString& path, int flags)
 {
-public:
-    Descriptor(const QString& path, int flags)
-        : number_(open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666))
-    {
-    }
-    ~Descriptor()
-    {
-        if (isOpen())
-            close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    bool isOpen() const { return number_ >= 0; }
-    int number() const { return number_; }
-
-private:
-    int number_;
-};
+    return FileHandle(open(encodedPath(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666));
+}
 
 /// Fills a block as far as the file goes; -1 when reading fails.
 ssize_t readBlock(int file, char* block)
@@ -72,18 +55,18 @@ bool copyFileBlocks(const QString& source, const QString& destination,
                     const std::function<void()>& pause)
 {
     pause();
-    const Descriptor from(source, O_RDONLY);
+    const FileHandle from = opened(source, O_RDONLY);
     if (!from.isOpen()) {
         pause();
         return true;
     }
     const auto block = std::make_unique_for_overwrite<char[]>(size_t(CopyBlockBytes));
-    const Descriptor to(destination, O_WRONLY | O_CREAT | O_TRUNC);
+    const FileHandle to = opened(destination, O_WRONLY | O_CREAT | O_TRUNC);
     quint32 done = 0;
     ssize_t size = CopyBlockBytes;
     while (size == CopyBlockBytes) {
-        size = readBlock(from.number(), block.get());
-        if (size < 0 || !to.isOpen() || !writeBlock(to.number(), block.get(), size))
+        size = readBlock(from.get(), block.get());
+        if (size < 0 || !to.isOpen() || !writeBlock(to.get(), block.get(), size))
             return false;
         progress(done);
         done += quint32(size);

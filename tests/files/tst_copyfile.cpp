@@ -1,4 +1,4 @@
-#include "fileops/copyfile.h"
+#include "files/copyfile.h"
 #include "tests/browser/socketfile.h"
 #include "tests/fileops/filefaults.h"
 #include "tests/support/scratchfolder.h"

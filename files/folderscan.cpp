@@ -1,6 +1,7 @@
-#include "browser/folderscan.h"
+#include "files/folderscan.h"
 
-#include <QFile>
+#include "files/filehandle.h"
+#include "files/names.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,7 +9,6 @@
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace
 {
@@ -45,15 +45,13 @@ bool stat(int folder, const char* name, int flags, struct statx& info)
 
 std::optional<FolderScan> FolderScan::read(const QString& path, bool withInfo)
 {
-    const QByteArray encoded = path.isEmpty() ? QByteArrayLiteral(".") : QFile::encodeName(path);
-    const int descriptor = open(encoded.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
+    const QByteArray encoded = path.isEmpty() ? QByteArrayLiteral(".") : encodedPath(path);
+    FileHandle opened(open(encoded.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::unique_ptr<DIR, CloseFolder> folder(opened.isOpen() ? fdopendir(opened.get())
+                                                                   : nullptr);
+    if (!folder)
         return std::nullopt;
-    const std::unique_ptr<DIR, CloseFolder> folder(fdopendir(descriptor));
-    if (!folder) {
-        close(descriptor);
-        return std::nullopt;
-    }
+    const int descriptor = opened.release();
     FolderScan scan;
     while (const dirent* entry = readdir(folder.get())) {
         const char* name = entry->d_name;
@@ -100,5 +98,5 @@ void FolderScan::sort(std::vector<FolderEntry>& entries) const
 
 QString FolderScan::name(const FolderEntry& entry) const
 {
-    return QString::fromUtf8(names_.constData() + entry.nameOffset, entry.nameLength);
+    return decodeName(QByteArrayView(names_.constData() + entry.nameOffset, entry.nameLength));
 }

@@ -1,4 +1,4 @@
-#include "browser/folderscan.h"
+#include "files/folderscan.h"
 #include "tests/browser/socketfile.h"
 #include "tests/support/scratchfolder.h"
 #include "tests/support/testmain.h"

@@ -1,4 +1,4 @@
-#include "fileops/walk.h"
+#include "files/walk.h"
 #include "tests/browser/socketfile.h"
 #include "tests/support/scratchfolder.h"
 #include "tests/support/testmain.h"

@@ -1,4 +1,4 @@
-#include "browser/entrytexts.h"
+#include "files/entrytexts.h"
 
 #include <cmath>
 #include <ctime>

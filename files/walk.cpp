@@ -1,12 +1,12 @@
-#include "fileops/walk.h"
+#include "files/walk.h"
 
-#include "browser/folderscan.h"
+#include "files/folderscan.h"
 
-#include <QDir>
-#include <QFile>
+#include "files/names.h"
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -24,6 +24,28 @@ QString withSeparator(QString folder)
     if (!folder.endsWith(QLatin1Char('/')))
         folder += QLatin1Char('/');
     return folder;
+}
+
+bool isHidden(const QString& name)
+{
+    return name.startsWith(QLatin1Char('.'));
+}
+
+/// The names of the files and folders among some entries, by name without regard to case.
+QStringList shownNames(const FolderScan& scan, const std::vector<FolderEntry>& entries)
+{
+    std::vector<std::pair<QString, QString>> names;
+    for (const FolderEntry& entry : entries) {
+        const QString name = scan.name(entry);
+        if (entry.kind != EntryKind::Other && !isHidden(name))
+            names.emplace_back(name.toLower(), name);
+    }
+    std::stable_sort(names.begin(), names.end(),
+                     [](const auto& one, const auto& other) { return one.first < other.first; });
+    QStringList sorted;
+    for (const auto& [key, name] : names)
+        sorted.append(name);
+    return sorted;
 }
 
 /// Lists files, following links to folders. A folder inside itself is left out, so loops end;
@@ -44,7 +66,7 @@ private:
     {
         struct stat info {
         };
-        if (stat(QFile::encodeName(folder).constData(), &info) != 0)
+        if (stat(encodedPath(folder).constData(), &info) != 0)
             return;
         const FolderId id{info.st_dev, info.st_ino};
         if (!seen_.insert(id).second && ++repetitions_ > MostRepetitions)
@@ -58,14 +80,16 @@ private:
 
     void list(const QString& folder)
     {
-        const QDir here(folder, QString(), QDir::Name | QDir::IgnoreCase);
         const QString prefix = withSeparator(folder);
-        for (const QFileInfo& file : here.entryInfoList(QDir::Files)) {
-            // The toolkit's files include links to pipes and devices.
-            if (file.isFile())
-                paths_.append(prefix + file.fileName());
+        QStringList files;
+        QStringList folders;
+        if (const auto scan = FolderScan::read(folder, false)) {
+            files = shownNames(*scan, scan->others());
+            folders = shownNames(*scan, scan->folders());
         }
-        for (const QString& name : here.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        for (const QString& name : files)
+            paths_.append(prefix + name);
+        for (const QString& name : folders)
             enter(prefix + name);
     }
 
@@ -84,11 +108,8 @@ void countFolder(const QString& folder, FolderCount& count, const std::function<
     const auto scan = FolderScan::read(folder, true);
     if (!scan)
         return;
-    const auto isHidden = [&scan](const FolderEntry& entry) {
-        return scan->name(entry).startsWith(QLatin1Char('.'));
-    };
     for (const FolderEntry& entry : scan->others()) {
-        if (entry.kind == EntryKind::File && !isHidden(entry)) {
+        if (entry.kind == EntryKind::File && !isHidden(scan->name(entry))) {
             count.bytes += quint32(entry.size);
             count.files += 1;
             step();
@@ -97,7 +118,7 @@ void countFolder(const QString& folder, FolderCount& count, const std::function<
             break;
     }
     for (const FolderEntry& entry : scan->folders()) {
-        if (entry.kind == EntryKind::Folder && !isHidden(entry))
+        if (entry.kind == EntryKind::Folder && !isHidden(scan->name(entry)))
             countFolder(folder + QLatin1Char('/') + scan->name(entry), count, step, cancelled);
         if (cancelled())
             break;

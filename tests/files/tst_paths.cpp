@@ -1,5 +1,5 @@
+#include "files/paths.h"
 #include "shell/fm.h"
-#include "shell/paths.h"
 #include "tests/support/testmain.h"
 
 class tst_Paths : public QObject

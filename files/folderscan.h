@@ -38,7 +38,7 @@ public:
 
     const std::vector<FolderEntry>& folders() const { return folders_; }
     const std::vector<FolderEntry>& others() const { return others_; }
-    /// Bytes that are no UTF-8 become replacement characters.
+    /// As decodeName() gives it.
     QString name(const FolderEntry& entry) const;
 
 private:

@@ -1,0 +1,76 @@
+#include "files/regularfile.h"
+
+#include "files/names.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr qsizetype ChunkBytes = 64 * 1024;
+
+/// Appends up to `count` bytes. Gives what read() gave; an interrupted call is repeated.
+qsizetype appendFrom(const FileHandle& file, QByteArray& bytes, qsizetype count)
+{
+    const qsizetype before = bytes.size();
+    bytes.resize(before + count);
+    ssize_t got = 0;
+    do {
+        got = ::read(file.get(), bytes.data() + before, static_cast<size_t>(count));
+    } while (got < 0 && errno == EINTR);
+    bytes.resize(before + std::max<ssize_t>(got, 0));
+    return got;
+}
+
+} // namespace
+
+FileHandle openRegular(const QString& path)
+{
+    FileHandle file(
+        ::open(encodedPath(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    struct stat about = {};
+    if (!file.isOpen() || ::fstat(file.get(), &about) != 0)
+        return {};
+    if (!S_ISREG(about.st_mode)) {
+        errno = S_ISDIR(about.st_mode) ? EISDIR : ENXIO;
+        return {};
+    }
+    return file;
+}
+
+bool openRegular(QFile& device, const QString& path, QIODevice::OpenMode mode)
+{
+    FileHandle file = openRegular(path);
+    if (!file.isOpen() || !device.open(file.get(), mode, QFileDevice::AutoCloseHandle))
+        return false;
+    file.release();
+    return true;
+}
+
+qint64 sizeOf(const FileHandle& file)
+{
+    struct stat about = {};
+    return ::fstat(file.get(), &about) == 0 ? about.st_size : 0;
+}
+
+std::optional<QByteArray> readRegular(const QString& path, qsizetype maxBytes)
+{
+    const FileHandle file = openRegular(path);
+    if (!file.isOpen())
+        return std::nullopt;
+    // Read to the end rather than to the size: files of /proc say 0, and a file may be growing.
+    QByteArray bytes("");
+    while (bytes.size() < maxBytes) {
+        const qsizetype got =
+            appendFrom(file, bytes, std::min(ChunkBytes, maxBytes - bytes.size()));
+        if (got < 0)
+            return std::nullopt;
+        if (got == 0)
+            break;
+    }
+    return bytes;
+}
