@@ -18,8 +18,7 @@ namespace
 /// Whether there is anything of that path, a link that leads nowhere included.
 bool isTaken(const QString& path)
 {
-    struct stat info {
-    };
+    struct stat info = {};
     return lstat(QFile::encodeName(path).constData(), &info) == 0;
 }
 

@@ -21,8 +21,7 @@ ScratchFolder::~ScratchFolder()
                              QDirIterator::Subdirectories);
         while (entries.hasNext()) {
             const QByteArray name = QFile::encodeName(entries.next());
-            struct stat info {
-            };
+            struct stat info = {};
             if (lstat(name.constData(), &info) == 0 && (info.st_mode & 0700) != 0700)
                 opened = chmod(name.constData(), 0700) == 0 || opened;
         }
@@ -83,7 +82,6 @@ void ScratchFolder::setModified(const QString& name, qint64 seconds) const
 
 bool ScratchFolder::exists(const QString& name) const
 {
-    struct stat info {
-    };
+    struct stat info = {};
     return lstat(QFile::encodeName(path(name)).constData(), &info) == 0;
 }
