@@ -24,8 +24,7 @@ bool hasLineBreak(const QString& text)
 /// Appends all or nothing to an open regular file.
 bool appendWhole(int file, const QByteArray& bytes)
 {
-    struct stat before {
-    };
+    struct stat before = {};
     if (fstat(file, &before) != 0 || !S_ISREG(before.st_mode))
         return false;
     if (write(file, bytes.constData(), size_t(bytes.size())) == bytes.size())

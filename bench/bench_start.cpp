@@ -22,8 +22,7 @@ protected:
             return false;
         const auto* panel = qobject_cast<FileBrowserFtab*>(watched->parent());
         if (panel != nullptr && panel->count() > 0) {
-            QMetaObject::invokeMethod(
-                qApp, [] { ZApplication::quit(); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(qApp, &ZApplication::quit, Qt::QueuedConnection);
         }
         return false;
     }

@@ -16,8 +16,7 @@ protected:
     void paintEvent(QPaintEvent* event) override
     {
         QLabel::paintEvent(event);
-        QMetaObject::invokeMethod(
-            qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     }
 };
 

@@ -1,12 +1,17 @@
 # What every target of the project is built with, and the one way to declare a library.
 
+# Apart from the other warnings, so that a folder can take it back.
+add_compile_options(-Wconversion)
+
 add_library(quarn_build_flags INTERFACE)
 target_include_directories(quarn_build_flags INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(
   quarn_build_flags INTERFACE QT_NO_FOREACH QT_DEPRECATED_WARNINGS
                               QT_NO_CAST_TO_ASCII)
-target_compile_options(
-  quarn_build_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+target_compile_options(quarn_build_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow)
+if(QUARN_WERROR)
+  target_compile_options(quarn_build_flags INTERFACE -Werror)
+endif()
 if(QUARN_SANITIZE)
   target_compile_options(
     quarn_build_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined

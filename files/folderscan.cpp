@@ -65,8 +65,7 @@ std::optional<FolderScan> FolderScan::read(const QString& path, bool withInfo)
 
 void FolderScan::add(int folder, const char* name, unsigned char type, bool withInfo)
 {
-    struct statx info {
-    };
+    struct statx info = {};
     if (type == DT_UNKNOWN && stat(folder, name, AT_SYMLINK_NOFOLLOW, info))
         type = typeOf(info.stx_mode);
     const bool isLink = type == DT_LNK;

@@ -64,8 +64,7 @@ private:
 
     void enter(const QString& folder)
     {
-        struct stat info {
-        };
+        struct stat info = {};
         if (stat(encodedPath(folder).constData(), &info) != 0)
             return;
         const FolderId id{info.st_dev, info.st_ino};

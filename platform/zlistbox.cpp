@@ -104,8 +104,7 @@ void ZListBox::insertItem(ZListBoxItem* item, int index, [[maybe_unused]] bool u
         items_.insert(items_.begin() + index, item);
     if (!uncommitted_) {
         uncommitted_ = true;
-        QMetaObject::invokeMethod(
-            this, [this] { commitRows(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &ZListBox::commitRows, Qt::QueuedConnection);
     }
 }
 

@@ -2,8 +2,10 @@
 
 #include "platform/regularfile.h"
 
+#include <QBuffer>
 #include <QCache>
 #include <QGuiApplication>
+#include <QImageReader>
 
 #include <algorithm>
 #include <cmath>
@@ -12,6 +14,7 @@ namespace
 {
 
 constexpr qsizetype MaxPictureBytes = 4 * 1024 * 1024;
+constexpr qint64 MaxPicturePixels = 32 * 1024 * 1024;
 constexpr int BytesPerKilobyte = 1024;
 
 using PixmapStore = QCache<QString, QPixmap>;
@@ -22,11 +25,22 @@ PixmapStore& store()
     return pixmaps;
 }
 
+/// Null when these bytes are no picture, or one whose few bytes unfold to absurdly many pixels.
+QPixmap decode(QByteArray bytes)
+{
+    QBuffer buffer(&bytes);
+    QImageReader reader(&buffer);
+    const QSize size = reader.size();
+    if (qint64(size.width()) * size.height() > MaxPicturePixels)
+        return {};
+    return QPixmap::fromImage(reader.read());
+}
+
 bool loadFile(QPixmap& pixmap, const QString& path, qreal density)
 {
     const auto bytes = readRegularFile(path, MaxPictureBytes);
-    QPixmap loaded;
-    if (!bytes || !loaded.loadFromData(*bytes))
+    QPixmap loaded = bytes ? decode(*bytes) : QPixmap();
+    if (loaded.isNull())
         return false;
     loaded.setDevicePixelRatio(density);
     pixmap = loaded;

@@ -5,7 +5,8 @@
 
 /// Loads the picture file `path` into `pixmap`. On a dense screen "NAME@2x.EXT" or "NAME@3x.EXT"
 /// beside it is preferred, so that the pixmap keeps its size in screen pixels and gains detail.
-/// Returns false, and leaves `pixmap` as it was, when there is no such picture.
+/// Returns false, and leaves `pixmap` as it was, when there is no such picture or one of more than
+/// 32 megapixels.
 bool loadPixmap(QPixmap& pixmap, const QString& path);
 
 /// The width and height of a pixmap in pixels of the screen, whatever its density. 0 x 0 if null.

@@ -40,13 +40,37 @@ job_count()
     printf '%s\n' "${QUARN_JOBS:-$((jobs > 0 ? jobs : 1))}"
 }
 
-# packages_of SECTION...: the packages of these sections of the list.
+# packages_of SECTION...: the packages of these sections of the list. Of alternatives the first that
+# apt knows; the first of all if it knows none.
 packages_of()
 {
+    local names name
     awk -v wanted=" $* " '
         /^\[/ { section = substr($1, 2, length($1) - 2); next }
-        NF && !/^#/ && index(wanted, " " section " ") { print $1 }
-    ' "$QUARN_ROOT/scripts/packages.txt"
+        NF && !/^#/ && index(wanted, " " section " ") { gsub(/\|/, " "); print }
+    ' "$QUARN_ROOT/scripts/packages.txt" | while read -r -a names; do
+        if ((${#names[@]} > 1)); then
+            for name in "${names[@]}"; do
+                if apt-cache show "$name" >/dev/null 2>&1; then
+                    names=("$name")
+                    break
+                fi
+            done
+        fi
+        printf '%s\n' "${names[0]}"
+    done
+}
+
+# missing_packages SECTION...: those that are not installed.
+missing_packages()
+{
+    local wanted installed
+    mapfile -t wanted < <(packages_of "$@")
+    # dpkg-query fails if one is unknown to it, which here only means that it is missing.
+    installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null ||
+        true)
+    awk 'NR == FNR { if ($1 == "installed") have[$2]; next } !($1 in have)' \
+        <(printf '%s\n' "$installed") <(printf '%s\n' "${wanted[@]}")
 }
 
 # as_root COMMAND...: runs a command with the rights to install packages.
@@ -68,28 +92,24 @@ apt()
 # install_missing SECTION...: installs the packages of these sections that are not installed.
 install_missing()
 {
-    local wanted installed missing
-    mapfile -t wanted < <(packages_of "$@")
+    local missing
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-        say "This is no Debian system. Needed are what Debian calls: ${wanted[*]}" >&2
+        say "This is no Debian system. Needed are what Debian calls:" >&2
+        packages_of "$@" >&2
         return 0
     fi
-    # dpkg-query fails if one is unknown to it, which here only means that it is missing.
-    installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null ||
-        true)
-    mapfile -t missing < <(
-        awk 'NR == FNR { if ($1 == "installed") have[$2]; next } !($1 in have)' \
-            <(printf '%s\n' "$installed") <(printf '%s\n' "${wanted[@]}")
-    )
+    mapfile -t missing < <(missing_packages "$@")
     if ((${#missing[@]} == 0)); then
         return 0
     fi
-    say "Installing: ${missing[*]}"
     if ((EUID != 0)) && ! command -v sudo >/dev/null; then
         die "packages are missing, and only root can install them. As root, run:
     apt-get install --no-install-recommends ${missing[*]}"
     fi
     apt update || say "The package lists could not be renewed; trying with the old ones." >&2
+    # Renewed lists may know other alternatives.
+    mapfile -t missing < <(missing_packages "$@")
+    say "Installing: ${missing[*]}"
     apt install --no-install-recommends "${missing[@]}" ||
         die "these packages could not be installed: ${missing[*]}"
 }

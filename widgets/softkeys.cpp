@@ -16,11 +16,13 @@ namespace
 // The tabs move a text past its item's icon.
 const QLatin1String Indent("\t\t\t");
 
+using Submenu = ZOptionsMenu* FM::*;
+
 struct MenuRow {
     int id; ///< also the position
     const QString* text;
-    const char* icon;           ///< in res/img/
-    ZOptionsMenu* FM::*submenu; ///< nullptr: none
+    const char* icon; ///< in res/img/
+    Submenu submenu;  ///< nullptr: none
     bool enabled;
     const char* slot; ///< nullptr: none
 };

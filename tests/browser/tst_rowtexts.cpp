@@ -329,8 +329,7 @@ void tst_RowTexts::farTimesDoNoHarm()
     QFETCH(qint64, modified);
     panel.files().setModified(QStringLiteral("folder"), modified);
     // File systems store the nearest time that they can.
-    struct stat info {
-    };
+    struct stat info = {};
     QCOMPARE(
         stat(QFile::encodeName(panel.files().path(QStringLiteral("folder"))).constData(), &info),
         0);

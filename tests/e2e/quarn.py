@@ -139,7 +139,9 @@ class Display:
 
     def environment(self):
         # No session bus: without an address its library would look for one, and leaks if none is.
+        # Nor does the toolkit ask it for a portal; newer ones leak the question if there is no bus.
         return {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent",
+                "QT_NO_XDG_DESKTOP_PORTAL": "1",
                 "PATH": "/usr/local/bin:/usr/bin:/bin", "DISPLAY": self.name, "TZ": "UTC",
                 "LANG": "C.UTF-8", "HOME": self.folder, "XDG_RUNTIME_DIR": self.folder}
 

@@ -177,8 +177,7 @@ void addTypedNames()
 
 bool isFifo(const QString& path)
 {
-    struct stat info {
-    };
+    struct stat info = {};
     return lstat(QFile::encodeName(path).constData(), &info) == 0 && S_ISFIFO(info.st_mode);
 }
 

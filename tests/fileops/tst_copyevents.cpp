@@ -2,6 +2,7 @@
 #include "shell/settings.h"
 #include "tests/fileops/copytest.h"
 #include "tests/fileops/filefaults.h"
+#include "tests/support/keys.h"
 #include "tests/support/testmain.h"
 #include "tests/widgets/boxtesting.h"
 
@@ -144,8 +145,7 @@ private slots:
         write("f/a", QByteArray(4 * Block, 'c'));
         write("f/b", "x");
         fixture_->log().expect({no});
-        const DuringWork close([] { return textView->shownText().contains("50%"); },
-                               [] { emit ZScreen::instance()->closeRequested(); });
+        const DuringWork close([] { return textView->shownText().contains("50%"); }, requestClose);
         copyBuiltIn(left("f"));
         QVERIFY(close.hasHappened());
         QCOMPARE(fixture_->log().unused(), 0);
@@ -161,8 +161,7 @@ private slots:
         std::optional<FileFaults> faults(std::in_place, left("a"));
         faults->failAfter(2 * Block, EIO);
         fixture_->log().expect({no});
-        const DuringWork close([] { return textView->shownText().contains("25%"); },
-                               [] { emit ZScreen::instance()->closeRequested(); });
+        const DuringWork close([] { return textView->shownText().contains("25%"); }, requestClose);
         copyBuiltIn(left("a"));
         faults.reset();
         QVERIFY(close.hasHappened());
@@ -175,8 +174,7 @@ private slots:
         write("f/a", QByteArray(4 * Block, 'c'));
         write("f/b", "x");
         fixture_->log().expect({yes});
-        const DuringWork close([] { return textView->shownText().contains("25%"); },
-                               [] { emit ZScreen::instance()->closeRequested(); });
+        const DuringWork close([] { return textView->shownText().contains("25%"); }, requestClose);
         copyBuiltIn(left("f"));
         QVERIFY(close.hasHappened());
         QVERIFY(ZApplication::isQuitting());

@@ -36,11 +36,6 @@ void sendShow()
     QTRY_COMPARE(received.size(), 1);
 }
 
-void requestClose()
-{
-    emit ZScreen::instance()->closeRequested();
-}
-
 QString exitQuestion()
 {
     return Log::question(LANG_EXIT, LANG_EXIT_SURE, "warning");

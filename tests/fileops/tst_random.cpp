@@ -42,7 +42,8 @@ public:
 
     void step()
     {
-        static constexpr void (RandomUser::*Steps[])() = {
+        using Step = void (RandomUser::*)();
+        static constexpr Step Steps[] = {
             &RandomUser::writeFile,      &RandomUser::writeFile,  &RandomUser::enterFolder,
             &RandomUser::goUp,           &RandomUser::changePage, &RandomUser::makeFolder,
             &RandomUser::makeFolder,     &RandomUser::rename,     &RandomUser::rename,

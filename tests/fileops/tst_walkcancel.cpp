@@ -153,7 +153,7 @@ private slots:
     {
         fixture_->log().expect({no});
         cancelAt(2, [] {
-            emit ZScreen::instance()->closeRequested();
+            requestClose();
             awaitKeys(*processView);
         });
         QCOMPARE(fixture_->log().unused(), 0);

@@ -41,8 +41,7 @@ qsizetype openDescriptors()
 
 /// A copy and what it told on its way.
 struct Copy {
-    Copy(
-        const QString& source, const QString& target, const std::function<void()>& pause = [] {})
+    Copy(const QString& source, const QString& target, const std::function<void()>& pause = {})
     {
         const qsizetype before = openDescriptors();
         succeeded = copyFileBlocks(
@@ -53,7 +52,8 @@ struct Copy {
             },
             [this, &pause] {
                 steps += QLatin1Char('.');
-                pause();
+                if (pause)
+                    pause();
             });
         descriptorsLeft = openDescriptors() - before;
     }
@@ -407,8 +407,7 @@ private:
 
     unsigned modeOf(const QString& name) const
     {
-        struct stat info {
-        };
+        struct stat info = {};
         stat(QFile::encodeName(folder_->path(name)).constData(), &info);
         return info.st_mode & 07777;
     }

@@ -45,8 +45,9 @@ void tst_Paths::pathIsCutBehindItsLastSlash_data()
     QTest::newRow("dots") << "/a/../.."
                           << "/a/../"
                           << "..";
-    QTest::newRow("beyond Latin-1")
-        << QString::fromUtf8("/Папка/😀") << QString::fromUtf8("/Папка/") << QString::fromUtf8("😀");
+    QTest::newRow("beyond Latin-1") << "/Папка/😀"
+                                    << "/Папка/"
+                                    << "😀";
 }
 
 void tst_Paths::pathIsCutBehindItsLastSlash()

@@ -19,8 +19,8 @@ constexpr qint64 GiB = 1024LL * 1024 * 1024;
 struct Count {
     explicit Count(const QString& folder, FolderCount start = {}) : result(start)
     {
-        countFolder(
-            folder, result, [this] { ++steps; }, [] { return false; });
+        const auto step = [this] { ++steps; };
+        countFolder(folder, result, step, [] { return false; });
     }
 
     FolderCount result;
@@ -216,8 +216,8 @@ private slots:
             folder_->makeLink(QString::number(i), "/dev/null");
         FolderCount count;
         int asked = 0;
-        countFolder(
-            folder_->path(), count, [] {}, [&asked] { return ++asked == 3; });
+        const auto noStep = [] {};
+        countFolder(folder_->path(), count, noStep, [&asked] { return ++asked == 3; });
         QCOMPARE(asked, 3);
     }
 

@@ -103,9 +103,12 @@ private slots:
 private:
     static SelfRun probe(const QString& platform, const QString& scale)
     {
+        // The last keeps newer toolkits from asking the desktop's services, and from leaking the
+        // question where there is no message bus.
         return SelfRun::with({"--probe"}, {{"QT_QPA_PLATFORM", platform},
                                            {"PROBE_SCALE", scale},
-                                           {"QT_SCALE_FACTOR", QString()}});
+                                           {"QT_SCALE_FACTOR", QString()},
+                                           {"QT_NO_XDG_DESKTOP_PORTAL", "1"}});
     }
 
     static double densityOf(const SelfRun& run)

@@ -415,10 +415,10 @@ private slots:
         const FM* window = program_->start();
         once([] { return textView->isWaiting() && hasKeys(*textView); },
              [] {
-                 emit ZScreen::instance()->closeRequested();
+                 requestClose();
                  pressKey(PhoneKey::SoftRight);
              });
-        emit ZScreen::instance()->closeRequested();
+        requestClose();
         QVERIFY(!textView->isUp());
         QVERIFY(window->isVisible());
         QVERIFY(!ZApplication::isQuitting());

@@ -33,8 +33,7 @@ int removeEntry(const char* path, const struct stat* /*info*/, int /*kind*/, FTW
 
 bool isFolder(const QByteArray& path)
 {
-    struct stat info {
-    };
+    struct stat info = {};
     return stat(path.constData(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
@@ -73,8 +72,7 @@ void makeLink(const QByteArray& path, const QByteArray& target)
 
 bool isThere(const QByteArray& path)
 {
-    struct stat info {
-    };
+    struct stat info = {};
     return lstat(path.constData(), &info) == 0;
 }
 
@@ -162,8 +160,7 @@ ByteTree ByteTree::of(const QByteArray& top)
 ByteTree::Entry ByteTree::entryOf(const QByteArray& path)
 {
     Entry entry;
-    struct stat info {
-    };
+    struct stat info = {};
     check(lstat(path.constData(), &info) == 0, path);
     entry.mode = info.st_mode;
     entry.inode = info.st_ino;

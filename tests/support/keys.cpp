@@ -59,3 +59,9 @@ void repeatKey(int phoneCode)
     send(QEvent::KeyRelease, phoneCode, true);
     send(QEvent::KeyPress, phoneCode, true);
 }
+
+void requestClose()
+{
+    ZScreen* const screen = ZScreen::instance();
+    emit screen->closeRequested();
+}

@@ -15,3 +15,5 @@ void holdKey(int phoneCode);
 void releaseKey(int phoneCode);
 /// The press that the keyboard repeats while a key is held, with or without the release before it.
 void repeatKey(int phoneCode);
+/// Asks the screen to close, as a desktop's window manager does.
+void requestClose();

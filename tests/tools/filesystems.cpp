@@ -27,8 +27,7 @@ bool mountMemory(const QByteArray& folder, const char* options)
 
 dev_t deviceOf(const QByteArray& path)
 {
-    struct stat info {
-    };
+    struct stat info = {};
     return stat(path.constData(), &info) == 0 ? info.st_dev : 0;
 }
 

@@ -35,8 +35,7 @@ QByteArray targetOf(const QByteArray& path)
 void addLines(const QByteArray& top, const QByteArray& below, QByteArrayList& lines)
 {
     const QByteArray path = top + below;
-    struct stat info {
-    };
+    struct stat info = {};
     if (lstat(path.constData(), &info) != 0)
         return;
     QByteArray line = below + " mode " + QByteArray::number(info.st_mode, 8) + " owner " +

@@ -19,8 +19,7 @@ namespace
 
 ino_t inodeOf(const QByteArray& path)
 {
-    struct stat info {
-    };
+    struct stat info = {};
     return lstat(path.constData(), &info) == 0 ? info.st_ino : 0;
 }
 
@@ -151,8 +150,7 @@ private slots:
             return;
         }
         QCOMPARE(moveInto(source.path("device"), target.path(), noWatcher).message, QByteArray());
-        struct stat info {
-        };
+        struct stat info = {};
         QCOMPARE(lstat(target.path("device").constData(), &info), 0);
         QVERIFY(S_ISCHR(info.st_mode));
         QCOMPARE(info.st_rdev, device);

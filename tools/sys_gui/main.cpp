@@ -36,12 +36,10 @@ int usage()
 
 void setUpSignals()
 {
-    struct sigaction action {
-    };
+    struct sigaction action = {};
     action.sa_handler = requestEnd;
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-        struct sigaction before {
-        };
+        struct sigaction before = {};
         sigaction(number, nullptr, &before);
         if (before.sa_handler != SIG_IGN)
             sigaction(number, &action, nullptr);

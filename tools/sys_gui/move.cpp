@@ -25,8 +25,7 @@ struct Places {
     FileHandle from; ///< the folder that holds it
     FileHandle to;
     FileHandle storage; ///< the target's file system, not open where the target cannot be read
-    struct stat source {
-    };
+    struct stat source = {};
 };
 
 MoveResult failed(const QByteArray& attempt, const QByteArray& name, int error)
@@ -71,10 +70,8 @@ bool isSame(const struct stat& one, const struct stat& other)
 bool isWithinSource(const Places& places)
 {
     FileHandle folder(openat(places.to.get(), ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    struct stat info {
-    };
-    struct stat below {
-    };
+    struct stat info = {};
+    struct stat below = {};
     while (fstat(folder.get(), &info) == 0 && !isSame(info, below)) {
         if (isSame(info, places.source))
             return true;
@@ -86,8 +83,7 @@ bool isWithinSource(const Places& places)
 
 bool exists(int folder, const QByteArray& name)
 {
-    struct stat info {
-    };
+    struct stat info = {};
     return fstatat(folder, name.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
@@ -109,8 +105,7 @@ int removalError(const Places& places)
 {
     if (faccessat(places.from.get(), ".", W_OK | X_OK, AT_EACCESS) != 0)
         return errno;
-    struct stat folder {
-    };
+    struct stat folder = {};
     if (fstat(places.from.get(), &folder) != 0)
         return errno;
     const uid_t user = geteuid();

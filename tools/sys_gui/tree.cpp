@@ -171,8 +171,7 @@ bool Tree::listEntry(int folder, Entry& entry)
 {
     if (!goOn())
         return false;
-    struct statx info {
-    };
+    struct statx info = {};
     if (statx(folder, entry.name.constData(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &info) != 0)
         return fail("cannot move", errno);
     ++count_;
@@ -206,8 +205,7 @@ bool Tree::copyEntry(int from, const Entry& entry, int to, const QByteArray& nam
 {
     if (!goOn())
         return false;
-    struct stat info {
-    };
+    struct stat info = {};
     if (fstatat(from, entry.name.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0)
         return fail("cannot copy", errno);
     if ((info.st_mode & S_IFMT) != (entry.mode & S_IFMT))
@@ -230,8 +228,7 @@ bool Tree::copyFile(int from, const Entry& entry, int to, const QByteArray& name
         return openat(from, entry.name.constData(), O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
     }));
     // The time of last access is taken before the copying changes it.
-    struct stat info {
-    };
+    struct stat info = {};
     if (!input.isOpen() || fstat(input.get(), &info) != 0)
         return fail("cannot read", errno);
     FileHandle output(
@@ -241,8 +238,7 @@ bool Tree::copyFile(int from, const Entry& entry, int to, const QByteArray& name
     hasCopy_ = true;
     if (!copyBytes(input.get(), output.get()))
         return false;
-    struct stat after {
-    };
+    struct stat after = {};
     if (fstat(input.get(), &after) != 0 || !isUnchanged(entry, after))
         return fail("cannot copy", "it changes meanwhile");
     giveAttributes(output.get(), info);
@@ -278,8 +274,7 @@ bool Tree::copyBytes(int from, int to)
 bool Tree::copyFolder(int from, const Entry& entry, int to, const QByteArray& name)
 {
     const FileHandle source(openFolder(from, entry.name));
-    struct stat info {
-    };
+    struct stat info = {};
     if (!source.isOpen() || fstat(source.get(), &info) != 0)
         return fail("cannot read", errno);
     if (mkdirat(to, name.constData(), PrivateFolder) != 0)
@@ -328,8 +323,7 @@ bool Tree::removeEntry(int folder, const Entry& entry)
         watcher_(progress_);
     if (S_ISDIR(entry.mode))
         return removeFolder(folder, entry);
-    struct stat info {
-    };
+    struct stat info = {};
     if (S_ISREG(entry.mode) &&
         fstatat(folder, entry.name.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
         !isUnchanged(entry, info))
