@@ -66,6 +66,12 @@ function(quarn_opens_modules target)
                          LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,platform,platform_core")
 endfunction()
 
+add_library(libsystemd INTERFACE)
+find_path(LIBSYSTEMD_INCLUDE_DIR systemd/sd-bus.h REQUIRED)
+find_library(LIBSYSTEMD_LIBRARY systemd REQUIRED)
+target_include_directories(libsystemd SYSTEM INTERFACE "${LIBSYSTEMD_INCLUDE_DIR}")
+target_link_libraries(libsystemd INTERFACE "${LIBSYSTEMD_LIBRARY}")
+
 add_library(simpleini INTERFACE)
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
 find_library(SIMPLEINI_LIBRARY simpleini REQUIRED)

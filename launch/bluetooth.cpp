@@ -1,8 +1,8 @@
-// Sending a file by Bluetooth, which the platform's sharing service does.
+// Sending a file by Bluetooth, which the sharing service does.
 
 #include "shell/fm.h"
 
-#include "platform/share_tool.h"
+#include "sharing/share_tool.h"
 #include "widgets/errorbox.h"
 
 #include <QFileInfo>
