@@ -50,6 +50,33 @@ function(quarn_library name)
   target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}")
 endfunction()
 
+# quarn_module(target name SOURCES ... HEADERS ... LINK ...): a part of the program that ZModule opens
+# by its name. It uses the program's own copy of platform/ and must not link another.
+function(quarn_module target name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;LINK" ${ARGN})
+  quarn_library(${target}_parts SOURCES ${ARG_SOURCES} HEADERS ${ARG_HEADERS} LINK ${ARG_LINK})
+  file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${target}.cpp" CONTENT "")
+  add_library(${target} MODULE "${CMAKE_CURRENT_BINARY_DIR}/${target}.cpp")
+  set_target_properties(
+    ${target} PROPERTIES PREFIX "" OUTPUT_NAME ${name} AUTOMOC OFF
+                         LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/modules"
+                         LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,${target}_parts")
+  target_link_libraries(${target} PRIVATE ${target}_parts quarn_build_flags)
+endfunction()
+
+# quarn_opens_modules(target): gives an executable all of platform/ for the modules that it opens.
+function(quarn_opens_modules target)
+  set_target_properties(
+    ${target} PROPERTIES ENABLE_EXPORTS ON
+                         LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,platform,platform_core")
+endfunction()
+
+add_library(libsystemd INTERFACE)
+find_path(LIBSYSTEMD_INCLUDE_DIR systemd/sd-bus.h REQUIRED)
+find_library(LIBSYSTEMD_LIBRARY systemd REQUIRED)
+target_include_directories(libsystemd SYSTEM INTERFACE "${LIBSYSTEMD_INCLUDE_DIR}")
+target_link_libraries(libsystemd INTERFACE "${LIBSYSTEMD_LIBRARY}")
+
 add_library(simpleini INTERFACE)
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
 find_library(SIMPLEINI_LIBRARY simpleini REQUIRED)

@@ -1,9 +1,9 @@
-// Sending a file by Bluetooth, which the platform's sharing service does.
+// Sending a file by Bluetooth, which the sharing service does.
 
 #include "shell/fm.h"
 
 #include "files/entry.h"
-#include "platform/share_tool.h"
+#include "sharing/share_tool.h"
 #include "widgets/errorbox.h"
 
 void FM::slot_SendBt()

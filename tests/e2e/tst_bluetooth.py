@@ -15,7 +15,7 @@ import keyscript
 import quarn
 
 RENEW = "--renew" in sys.argv
-OBEX_TEMPLATE = pathlib.Path(__file__).parent.parent / "platform" / "obexpush_template.py"
+OBEX_TEMPLATE = pathlib.Path(__file__).parent.parent / "sharing" / "obexpush_template.py"
 CONFIGURATION = """<busconfig><type>session</type><listen>{}</listen><auth>EXTERNAL</auth>
 <policy context="default"><allow send_destination="*"/><allow eavesdrop="true"/><allow own="*"/>
 </policy></busconfig>"""
@@ -132,6 +132,15 @@ class TestSending(quarn.Case):
         self.sender.key("hash")
         self.sender.wait_for_listing(self.sender.home)
 
+    def test_moduleIsOpenedForTheCommandAlone(self):
+        self.assertFalse(self.module_is_open())
+        self.choose_device()
+        self.assertTrue(self.module_is_open())
+
+    def module_is_open(self):
+        maps = pathlib.Path(f"/proc/{self.sender.process.pid}/maps").read_text(encoding="utf-8")
+        return f"{self.sender.stage}/modules/sharing.so" in maps
+
     def test_sendingIsCancelled(self):
         self.choose_device()
         self.services.update_transfer(Status="active", Transferred=dbus.UInt64(40000))
@@ -143,10 +152,21 @@ class TestSending(quarn.Case):
 
 
 class TestWithoutBluetooth(quarn.Case):
-    def test_isAnError(self):
-        sender = self.program()
+    def test_busIsNotThere(self):
+        self.expect_error(self.program(), DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nonexistent")
+
+    def test_moduleIsNotThere(self):
+        with contextlib.ExitStack() as stack:
+            address = Services(stack).address
+            sender = self.program()
+            (sender.stage / "modules" / "sharing.so").unlink()
+            self.expect_error(sender, DBUS_SYSTEM_BUS_ADDRESS=address,
+                              DBUS_SESSION_BUS_ADDRESS=address)
+            self.assertTrue(any(line.startswith("module sharing: ") for line in sender.lines))
+
+    def expect_error(self, sender, **environment):
         quarn.make_file(sender.home / "song.mp3")
-        sender.start(DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nonexistent")
+        sender.start(**environment)
         sender.key("down")
         before = sender.wait_stable()
         sender.key(*TO_BLUETOOTH)

@@ -1,6 +1,6 @@
 #include "browser/filebrowserftab.h"
 #include "lang/texts.h"
-#include "platform/share_tool.h"
+#include "sharing/share_tool.h"
 #include "shell/fm.h"
 #include "tests/fileops/commandfixture.h"
 #include "tests/support/testmain.h"

@@ -9,6 +9,9 @@
 class ShareBox : public QWidget
 {
     Q_OBJECT
+    Q_PROPERTY(QString text READ text)
+    Q_PROPERTY(int percent READ percent)
+    Q_PROPERTY(bool result READ isResult)
 
 public:
     explicit ShareBox(const QFont& font);

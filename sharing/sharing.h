@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/bluezdevices.h"
-#include "platform/obexpush.h"
+#include "sharing/bluezdevices.h"
+#include "sharing/obexpush.h"
 
 #include <QFont>
 #include <QObject>

@@ -1,17 +1,14 @@
 #pragma once
 
-#include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-#include <QDBusVariant>
+#include "sharing/busmessage.h"
+
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
+#include <memory>
 #include <sys/prctl.h>
 
 // Message buses and services of a test's own. All end with the object, and with the test's process.
@@ -39,6 +36,42 @@ inline QStringList mockArguments(const QString& serviceTemplate, const QString& 
             QStringLiteral("--template"), serviceTemplate};
 }
 
+/// The test's own connection, on which calls block.
+struct Disconnect {
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+};
+using Control = std::unique_ptr<sd_bus, Disconnect>;
+
+inline Control connected(const QByteArray& address)
+{
+    sd_bus* bus = nullptr;
+    sd_bus_new(&bus);
+    Control control(bus);
+    const bool started = sd_bus_set_address(bus, address.constData()) >= 0 &&
+                         sd_bus_set_bus_client(bus, 1) >= 0 && sd_bus_start(bus) >= 0;
+    return started ? std::move(control) : nullptr;
+}
+
+/// The reply, or an error.
+inline BusMessage ask(sd_bus* bus, const BusCall& call)
+{
+    constexpr quint64 Microseconds = 10000000;
+    BusMessage result;
+    const BusMessagePointer message = call.make(bus);
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_message* reply = nullptr;
+    if (message != nullptr && sd_bus_call(bus, message.get(), Microseconds, &error, &reply) >= 0)
+        result = BusMessage::read(reply);
+    else
+        result.errorName =
+            message != nullptr ? QString::fromUtf8(error.name) : QStringLiteral("no such call");
+    if (result.isError())
+        result.errorText = QString::fromUtf8(error.message);
+    sd_bus_message_unref(reply);
+    sd_bus_error_free(&error);
+    return result;
+}
+
 } // namespace MockServices
 
 /// A message bus. `rules` go into its configuration.
@@ -60,40 +93,42 @@ public:
                             {QStringLiteral("--nofork"), QStringLiteral("--print-address"),
                              QStringLiteral("--config-file=") + configuration});
         QVERIFY2(daemon_.waitForReadyRead(), "no message bus");
-        name_ = QStringLiteral("control") + QString::number(quintptr(this));
-        QVERIFY(QDBusConnection::connectToBus(QString::fromUtf8(address()), name_).isConnected());
+        control_ = MockServices::connected(address());
+        QVERIFY(control_ != nullptr);
+        // A full bus has room for no more than this.
+        QVERIFY(guests() >= 0);
     }
 
-    ~PrivateBus()
-    {
-        QDBusConnection::disconnectFromBus(name_);
-        end();
-    }
+    ~PrivateBus() { end(); }
 
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
     void end() { MockServices::end(daemon_); }
+    /// Keeps it from doing anything until resume().
+    void pause() { ::kill(pid_t(daemon_.processId()), SIGSTOP); }
+    void resume() { ::kill(pid_t(daemon_.processId()), SIGCONT); }
     QByteArray address() const
     {
         return "unix:path=" + folder_.filePath(QStringLiteral("bus")).toUtf8();
     }
-    QDBusConnection control() const { return QDBusConnection(name_); }
-    bool has(const QString& service) const
-    {
-        return control().interface()->isServiceRegistered(service);
-    }
+    sd_bus* control() const { return control_.get(); }
+    bool has(const QString& service) const { return names().contains(service); }
     /// How many programs are connected, the test's own control and the bus itself left out.
-    qsizetype guests() const
-    {
-        const QStringList names = control().interface()->registeredServiceNames();
-        return names.filter(QRegularExpression(QStringLiteral("^:"))).size() - 1;
-    }
+    qsizetype guests() const { return names().filter(QStringLiteral(":")).size() - 1; }
 
 private:
+    QStringList names() const
+    {
+        const QString bus = QStringLiteral("org.freedesktop.DBus");
+        const BusMessage reply = MockServices::ask(
+            control(), {bus, QStringLiteral("/"), bus, QStringLiteral("ListNames")});
+        return reply.arguments.value(0).toStringList();
+    }
+
     QTemporaryDir folder_;
     QProcess daemon_;
-    QString name_;
+    MockServices::Control control_;
 };
 
 /// A stand-in for a service, run by dbusmock. Its objects are changed by calls.
@@ -139,12 +174,11 @@ public:
     QVariant call(const QString& path, const QString& interface, const QString& method,
                   const QVariantList& arguments = {})
     {
-        const QDBusMessage reply = ask(path, interface, method, arguments);
+        const BusMessage reply = ask(path, interface, method, arguments);
         [&reply, &method] {
-            QVERIFY2(reply.type() == QDBusMessage::ReplyMessage,
-                     qPrintable(method + QStringLiteral(": ") + reply.errorMessage()));
+            QVERIFY2(!reply.isError(), qPrintable(method + QStringLiteral(": ") + reply.errorText));
         }();
-        return reply.arguments().value(0);
+        return reply.arguments.value(0);
     }
 
     /// Back to how it started.
@@ -160,41 +194,27 @@ public:
     }
     QVariant property(const QString& path, const QString& interface, const QString& name)
     {
-        const QVariant value = call(path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                    QStringLiteral("Get"), {interface, name});
-        return value.value<QDBusVariant>().variant();
+        return call(path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+                    {interface, name});
     }
     bool exists(const QString& path)
     {
-        const QDBusMessage reply =
-            ask(path, QStringLiteral("org.freedesktop.DBus.Mock"), QStringLiteral("GetCalls"), {});
-        return reply.type() == QDBusMessage::ReplyMessage;
+        return !ask(path, QStringLiteral("org.freedesktop.DBus.Mock"), QStringLiteral("GetCalls"),
+                    {})
+                    .isError();
     }
     /// How often a method of an object was called.
     qsizetype calls(const QString& path, const QString& method)
     {
-        const QVariant log = mock(path, QStringLiteral("GetMethodCalls"), {method});
-        const auto list = log.value<QDBusArgument>();
-        qsizetype count = 0;
-        for (list.beginArray(); !list.atEnd(); ++count) {
-            quint64 time = 0;
-            QVariantList arguments;
-            list.beginStructure();
-            list >> time >> arguments;
-            list.endStructure();
-        }
-        list.endArray();
-        return count;
+        return mock(path, QStringLiteral("GetMethodCalls"), {method}).toList().size();
     }
 
 private:
-    QDBusMessage ask(const QString& path, const QString& interface, const QString& method,
-                     const QVariantList& arguments)
+    BusMessage ask(const QString& path, const QString& interface, const QString& method,
+                   const QVariantList& arguments)
     {
-        QDBusMessage message = QDBusMessage::createMethodCall(name_, path, interface, method);
-        message.setArguments(arguments);
-        message.setAutoStartService(false);
-        return bus_.control().call(message, QDBus::Block, 10000);
+        return MockServices::ask(bus_.control(),
+                                 {name_, path, interface, method, arguments, false});
     }
 
     PrivateBus& bus_;

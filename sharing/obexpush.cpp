@@ -1,8 +1,5 @@
-#include "platform/obexpush.h"
+#include "sharing/obexpush.h"
 
-#include <QDBusArgument>
-#include <QDBusObjectPath>
-#include <QDBusPendingCallWatcher>
 #include <QFileInfo>
 
 #include <utility>
@@ -17,6 +14,7 @@ const QLatin1String Session("org.bluez.obex.Session1");
 const QLatin1String ObjectPush("org.bluez.obex.ObjectPush1");
 const QLatin1String Transfer("org.bluez.obex.Transfer1");
 const QLatin1String Properties("org.freedesktop.DBus.Properties");
+const QLatin1String ObjectManager("org.freedesktop.DBus.ObjectManager");
 /// Finding, paging and connecting a device; the service itself gives up earlier.
 constexpr int ConnectMilliseconds = 90000;
 constexpr int ReplyMilliseconds = 10000;
@@ -25,24 +23,10 @@ constexpr int FarewellMilliseconds = 3000;
 /// file.
 constexpr qint64 FirstPacketBytes = 0xffff;
 
-QDBusMessage serviceCall(const QString& path, const QString& interface, const char* method,
-                         const QVariantList& arguments = {})
-{
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(Service, path, interface, QLatin1String(method));
-    message.setArguments(arguments);
-    return message;
-}
-
-QString pathIn(const QDBusMessage& message)
-{
-    return message.arguments().value(0).value<QDBusObjectPath>().path();
-}
-
 /// What the service itself says. The words of the bus mean nothing to a user.
-QString reasonIn(const QDBusMessage& error)
+QString reasonIn(const BusMessage& error)
 {
-    return error.errorName().startsWith(Service) ? error.errorMessage() : QString();
+    return error.errorName.startsWith(Service) ? error.errorText : QString();
 }
 
 /// Whether the service was told "no" when it greeted the device: "... failed with 0x43" (forbidden)
@@ -59,43 +43,32 @@ bool tellsRefusal(const QString& reason)
 
 } // namespace
 
-std::unique_ptr<ObexPush> ObexPush::open(const QDeadlineTimer& deadline)
-{
-    std::unique_ptr<ObexPush> result(new ObexPush(deadline));
-    if (!result->connection_.isOpen() || !result->connection_.offers(Service, deadline))
-        return nullptr;
-    result->listen();
-    return result;
-}
-
-ObexPush::ObexPush(const QDeadlineTimer& deadline)
-    : connection_(BusConnection::Bus::Session, deadline)
-{
-}
-
 ObexPush::~ObexPush()
 {
     end();
 }
 
-void ObexPush::listen()
+void ObexPush::open()
 {
-    QDBusConnection bus = connection_.bus();
-    bus.connect(Service, QString(), Properties, QStringLiteral("PropertiesChanged"), this,
-                SLOT(propertiesChanged(QDBusMessage)));
-    bus.connect(Service, QString(), QStringLiteral("org.freedesktop.DBus.ObjectManager"),
-                QStringLiteral("InterfacesRemoved"), this, SLOT(interfacesRemoved(QDBusMessage)));
-    connection_.whenGone(Service, this, SLOT(becomeLost()));
+    connection_ = BusConnection::open(BusConnection::Bus::Session, Service);
+    connect(connection_.get(), &BusConnection::ready, this, &ObexPush::listen);
+    connect(connection_.get(), &BusConnection::lost, this, &ObexPush::becomeLost);
 }
 
-void ObexPush::whenReplied(const QDBusPendingCall& call,
-                           const std::function<void(const QDBusMessage&)>& action)
+void ObexPush::listen()
 {
-    auto* watcher = new QDBusPendingCallWatcher(call, this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, action] {
-        watcher->deleteLater();
-        action(watcher->reply());
-    });
+    connection_->listen(Properties, "PropertiesChanged",
+                        [this](const BusMessage& message) { propertiesChanged(message); });
+    connection_->listen(ObjectManager, "InterfacesRemoved",
+                        [this](const BusMessage& message) { interfacesRemoved(message); });
+}
+
+void ObexPush::call(const QString& path, const QString& interface, const char* method,
+                    const QVariantList& arguments, int milliseconds,
+                    void (ObexPush::*handler)(const BusMessage&))
+{
+    connection_->call(path, interface, method, arguments, milliseconds,
+                      [this, handler](const BusMessage& reply) { (this->*handler)(reply); });
 }
 
 void ObexPush::send(const QString& adapter, const QString& device, const QString& file)
@@ -104,54 +77,51 @@ void ObexPush::send(const QString& adapter, const QString& device, const QString
     QVariantMap how{{QStringLiteral("Target"), QStringLiteral("opp")}};
     if (!adapter.isEmpty())
         how.insert(QStringLiteral("Source"), adapter);
-    const QDBusMessage message = serviceCall(ClientPath, Client, "CreateSession", {device, how});
-    whenReplied(connection_.bus().asyncCall(message, ConnectMilliseconds),
-                [this](const QDBusMessage& reply) { sessionMade(reply); });
+    call(ClientPath, Client, "CreateSession", {device, how}, ConnectMilliseconds,
+         &ObexPush::sessionMade);
 }
 
-void ObexPush::sessionMade(const QDBusMessage& reply)
+void ObexPush::sessionMade(const BusMessage& reply)
 {
     if (finished_)
         return;
-    session_ = pathIn(reply);
+    session_ = reply.arguments.value(0).toString();
     if (session_.isEmpty()) {
         const QString reason = reasonIn(reply);
         finish(tellsRefusal(reason) ? Outcome::Refused : Outcome::Failed, reason);
         return;
     }
     size_ = QFileInfo(file_).size();
-    whenReplied(connection_.bus().asyncCall(serviceCall(session_, ObjectPush, "SendFile", {file_}),
-                                            ReplyMilliseconds),
-                [this](const QDBusMessage& answer) { transferMade(answer); });
+    call(session_, ObjectPush, "SendFile", {file_}, ReplyMilliseconds, &ObexPush::transferMade);
 }
 
-void ObexPush::transferMade(const QDBusMessage& reply)
+void ObexPush::transferMade(const BusMessage& reply)
 {
     if (finished_)
         return;
-    transfer_ = pathIn(reply);
+    transfer_ = reply.arguments.value(0).toString();
     if (transfer_.isEmpty()) {
         finish(Outcome::Failed, reasonIn(reply));
         return;
     }
-    QVariantMap properties = qdbus_cast<QVariantMap>(reply.arguments().value(1));
+    QVariantMap properties = reply.arguments.value(1).toMap();
     // A small file is through before this is handled.
     properties.insert(beforeReply_.value(transfer_));
     beforeReply_.clear();
     update(properties);
 }
 
-void ObexPush::propertiesChanged(const QDBusMessage& message)
+void ObexPush::propertiesChanged(const BusMessage& message)
 {
-    if (finished_ || message.signature() != QLatin1String("sa{sv}as") ||
-        message.arguments().at(0).toString() != Transfer)
+    if (finished_ || message.signature != QLatin1String("sa{sv}as") ||
+        message.arguments.value(0).toString() != Transfer)
         return;
-    const auto properties = qdbus_cast<QVariantMap>(message.arguments().at(1));
-    if (message.path() == transfer_)
+    const QVariantMap properties = message.arguments.value(1).toMap();
+    if (message.path == transfer_)
         update(properties);
     else if (transfer_.isEmpty() && !session_.isEmpty() &&
-             message.path().startsWith(session_ + QLatin1Char('/')))
-        beforeReply_[message.path()].insert(properties);
+             message.path.startsWith(session_ + QLatin1Char('/')))
+        beforeReply_[message.path].insert(properties);
 }
 
 void ObexPush::update(const QVariantMap& properties)
@@ -178,18 +148,18 @@ void ObexPush::askWhyItFailed()
         finish(Outcome::Failed);
         return;
     }
-    const QDBusMessage question =
-        serviceCall(session_, Properties, "Get", {QString(Session), QStringLiteral("Destination")});
-    whenReplied(connection_.bus().asyncCall(question, FarewellMilliseconds),
-                [this](const QDBusMessage& reply) {
-                    const bool connected = reply.type() == QDBusMessage::ReplyMessage;
-                    finish(connected ? Outcome::Refused : Outcome::Failed);
-                });
+    call(session_, Properties, "Get", {QString(Session), QStringLiteral("Destination")},
+         FarewellMilliseconds, &ObexPush::learnWhyItFailed);
 }
 
-void ObexPush::interfacesRemoved(const QDBusMessage& message)
+void ObexPush::learnWhyItFailed(const BusMessage& reply)
 {
-    const QString path = pathIn(message);
+    finish(reply.isError() ? Outcome::Failed : Outcome::Refused);
+}
+
+void ObexPush::interfacesRemoved(const BusMessage& message)
+{
+    const QString path = message.arguments.value(0).toString();
     if (path.isEmpty() || (path != transfer_ && path != session_))
         return;
     // A transfer that failed is taken away while we ask why.
@@ -214,9 +184,8 @@ void ObexPush::cancel()
     }
     const QString transfer = std::exchange(transfer_, QString());
     // The device is told before the session goes.
-    whenReplied(connection_.bus().asyncCall(serviceCall(transfer, Transfer, "Cancel"),
-                                            FarewellMilliseconds),
-                [this](const QDBusMessage&) { end(); });
+    connection_->call(transfer, Transfer, "Cancel", {}, FarewellMilliseconds,
+                      [this](const BusMessage&) { end(); });
     finished_ = true;
     emit finished(Outcome::Cancelled, QString());
 }
@@ -232,14 +201,13 @@ void ObexPush::finish(Outcome outcome, const QString& reason)
 
 void ObexPush::end()
 {
-    if (connection_.isOpen()) {
-        QDBusConnection bus = connection_.bus();
+    if (connection_ != nullptr) {
         if (!finished_ && !transfer_.isEmpty())
-            bus.send(serviceCall(transfer_, Transfer, "Cancel"));
+            connection_->send(transfer_, Transfer, "Cancel");
         if (!session_.isEmpty())
-            bus.send(serviceCall(ClientPath, Client, "RemoveSession",
-                                 {QVariant::fromValue(QDBusObjectPath(session_))}));
+            connection_->send(ClientPath, Client, "RemoveSession",
+                              {QVariant::fromValue(BusPath{session_})});
     }
     session_.clear();
-    connection_.close();
+    connection_.reset();
 }

@@ -1,11 +1,11 @@
-#include "platform/sharedevicelist.h"
+#include "sharing/sharedevicelist.h"
 
 #include "platform/keymap.h"
-#include "platform/sharetexts.h"
 #include "platform/zlistbox.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
+#include "sharing/sharetexts.h"
 
 #include <QLabel>
 #include <QVBoxLayout>

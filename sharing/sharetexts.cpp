@@ -1,4 +1,4 @@
-#include "platform/sharetexts.h"
+#include "sharing/sharetexts.h"
 
 ShareTexts& ShareTexts::instance()
 {

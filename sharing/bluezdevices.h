@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/busconnection.h"
+#include "sharing/busconnection.h"
 
 #include <QList>
 #include <QObject>
@@ -8,7 +8,7 @@
 #include <QTimer>
 #include <QVariantMap>
 
-#include <memory>
+#include <functional>
 
 /// A device that a file could be sent to.
 struct BluetoothDevice {
@@ -27,12 +27,14 @@ class BluezDevices : public QObject
     Q_OBJECT
 
 public:
-    /// Finds a powered adapter, or one that can be switched on (it stays on). Blocks until the
-    /// deadline at most; nullptr if there is no bus, no service or no adapter.
-    static std::unique_ptr<BluezDevices> open(const QDeadlineTimer& deadline);
+    BluezDevices();
     /// Ends the search.
     ~BluezDevices() override;
 
+    /// Finds a powered adapter, or one that can be switched on (it stays on). isOpen() some
+    /// time later, or lost(); never within this call.
+    void open();
+    bool isOpen() const { return !adapter_.isEmpty(); }
     void startSearch();
     bool isSearching() const { return searching_; }
     /// Paired ones of before first, then others of before, then what came in the order it did.
@@ -42,14 +44,8 @@ public:
 signals:
     /// The devices, or whether a search is on. Changes in quick succession are told together.
     void changed();
-    /// The adapter, the service or the bus has gone. There are no changes any more.
+    /// There is no adapter, service or bus, or it has gone. There are no changes any more.
     void lost();
-
-private slots:
-    void interfacesAdded(const QDBusMessage& message);
-    void interfacesRemoved(const QDBusMessage& message);
-    void propertiesChanged(const QDBusMessage& message);
-    void becomeLost();
 
 private:
     struct Known {
@@ -57,17 +53,27 @@ private:
         QVariantMap properties;
     };
 
-    explicit BluezDevices(const QDeadlineTimer& deadline);
-    bool start(const QDeadlineTimer& deadline);
     void listen();
-    bool power(const QString& adapter, const QDeadlineTimer& deadline) const;
+    void objectsCame(const BusMessage& reply);
+    void tryAdapters();
+    void take(const QString& adapter);
+    /// Has the signals handled, those that come before there is an adapter after it is there.
+    void hear(const QString& interface, const char* signal,
+              void (BluezDevices::*handler)(const BusMessage&));
+    void interfacesAdded(const BusMessage& message);
+    void interfacesRemoved(const BusMessage& message);
+    void propertiesChanged(const BusMessage& message);
+    void becomeLost();
     void addDevice(const QString& path, const QVariantMap& properties);
     void adapterChanged(const QVariantMap& properties);
     void searchEnded();
     void tellSoon();
 
-    BusConnection connection_;
-    QString adapter_; ///< its object's path
+    BusConnection::Pointer connection_;
+    QVariantMap objects_;  ///< the service's, while an adapter is looked for
+    QStringList adapters_; ///< those still to be tried
+    QList<std::function<void()>> early_;
+    QString adapter_; ///< its object's path; empty while there is none
     QString adapterAddress_;
     QList<Known> known_;
     QTimer changedSoon_;

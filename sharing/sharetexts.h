@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// What the sharing screens say. A program may change it before it shares. "%1" stands for the
-/// name of the file and "%2" for that of the device, where both are known.
+/// What the sharing screens say. "%1" stands for the name of the file and "%2" for that of the
+/// device, where both are known.
 struct ShareTexts {
     QString title = QStringLiteral("Send by Bluetooth");
     QString searching = QStringLiteral("Searching for devices...");

@@ -1,15 +1,11 @@
 #pragma once
 
-#include "platform/busconnection.h"
+#include "sharing/busconnection.h"
 
-#include <QDBusPendingCall>
 #include <QHash>
 #include <QObject>
 #include <QString>
 #include <QVariantMap>
-
-#include <functional>
-#include <memory>
 
 /// Sends one file to one Bluetooth device through the user's object exchange service.
 class ObexPush : public QObject
@@ -19,13 +15,15 @@ class ObexPush : public QObject
 public:
     enum class Outcome { Sent, Refused, Cancelled, Failed };
 
-    /// Blocks until the deadline at most; nullptr if there is no bus, or no service and no way to
-    /// start it.
-    static std::unique_ptr<ObexPush> open(const QDeadlineTimer& deadline);
     /// Ends what is going on.
     ~ObexPush() override;
 
-    /// Once only. The addresses are those of this machine's adapter and of the device.
+    /// isOpen() some time later, or finished() with a failure if there is no bus, or no service and
+    /// no way to start it; never within this call.
+    void open();
+    bool isOpen() const { return connection_ != nullptr && connection_->isReady(); }
+    /// When it is open, and once only. The addresses are those of this machine's adapter and of the
+    /// device.
     void send(const QString& adapter, const QString& device, const QString& file);
     /// The outcome comes before this returns; nothing if there was one already.
     void cancel();
@@ -36,24 +34,23 @@ signals:
     /// Once. `reason` is what the service says about a failure; may be empty.
     void finished(ObexPush::Outcome outcome, const QString& reason);
 
-private slots:
-    void propertiesChanged(const QDBusMessage& message);
-    void interfacesRemoved(const QDBusMessage& message);
-    void becomeLost();
-
 private:
-    explicit ObexPush(const QDeadlineTimer& deadline);
     void listen();
-    void whenReplied(const QDBusPendingCall& call,
-                     const std::function<void(const QDBusMessage&)>& action);
-    void sessionMade(const QDBusMessage& reply);
-    void transferMade(const QDBusMessage& reply);
+    void call(const QString& path, const QString& interface, const char* method,
+              const QVariantList& arguments, int milliseconds,
+              void (ObexPush::*handler)(const BusMessage&));
+    void propertiesChanged(const BusMessage& message);
+    void interfacesRemoved(const BusMessage& message);
+    void becomeLost();
+    void sessionMade(const BusMessage& reply);
+    void transferMade(const BusMessage& reply);
     void update(const QVariantMap& properties);
     void askWhyItFailed();
+    void learnWhyItFailed(const BusMessage& reply);
     void finish(Outcome outcome, const QString& reason = QString());
     void end();
 
-    BusConnection connection_;
+    BusConnection::Pointer connection_;
     QString file_;
     QString session_; ///< object paths; empty while there is none
     QString transfer_;

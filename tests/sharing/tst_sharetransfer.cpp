@@ -1,5 +1,5 @@
 #include "platform/keymap.h"
-#include "tests/platform/sharefixture.h"
+#include "tests/sharing/sharefixture.h"
 #include "tests/support/testmain.h"
 
 // A device was chosen: how the file goes there, and every way in which it does not.
@@ -67,11 +67,11 @@ private slots:
         fixture_->startTransfer();
         fixture_->updateTransfer("active", 250);
         QTRY_COMPARE(shareBox()->percent(), 25);
-        const QImage before = shareBox()->grab().toImage();
+        const QImage before = shareBox()->picture();
         obex().update(TransferPath, Transfer, {{"Transferred", sent}, {"Size", size}});
         QTRY_COMPARE(shareBox()->percent(), percent);
         QCOMPARE(shareBox()->text(), QString("Sending song.mp3 to Laptop..."));
-        QVERIFY(shareBox()->grab().toImage() != before);
+        QVERIFY(shareBox()->picture() != before);
     }
 
     void sizeThatIsNotKnownShowsNoPercentage()
@@ -170,7 +170,7 @@ private slots:
                     {Client, "Vanish", "os", "",
                      code + "self.RemoveObject(args[0]); self.RemoveObject(args[1])"});
         obex().call(ClientPath, Client, "Vanish",
-                    {QVariant::fromValue(QDBusObjectPath(TransferPath)), SessionPath});
+                    {QVariant::fromValue(BusPath{TransferPath}), SessionPath});
         QTRY_VERIFY(shareBox()->isResult());
         QCOMPARE(shareBox()->text(), QString("song.mp3 could not be sent."));
     }
@@ -307,14 +307,14 @@ private slots:
         fixture_->main->hide();
         ZScreen::instance()->window()->hide();
         fixture_->updateTransfer("active", 500);
-        ShareBox* box = ZScreen::instance()->findChild<ShareBox*>();
+        const ShareScreen box = screenCalled("ShareBox");
         QTRY_COMPARE(box->percent(), 50);
         fixture_->updateTransfer("complete", 1000);
         QTRY_VERIFY(box->isResult());
         ZScreen::instance()->window()->show();
         fixture_->main->show();
         QVERIFY(box->isVisible());
-        QCOMPARE(ZScreen::instance()->active(), box);
+        QVERIFY(ZScreen::instance()->active() == box);
         pressKey(PhoneKey::Return);
         QVERIFY(nothingIsUp());
         QCOMPARE(ZScreen::instance()->active(), fixture_->main.get());
@@ -372,6 +372,73 @@ private slots:
         bus.end();
         QTRY_VERIFY(shareBox()->isResult());
         QCOMPARE(shareBox()->text(), QString("song.mp3 could not be sent."));
+    }
+
+    void busMayHangHalfWay()
+    {
+        PrivateBus bus;
+        MockService service(bus, "org.bluez.obex", QUARN_OBEX_TEMPLATE);
+        service.awaitStart();
+        ShareFixture::useBuses(fixture_->system.address(), bus.address());
+        fixture_->sendTo();
+        QTRY_VERIFY(service.exists(TransferPath));
+        QTRY_COMPARE(shareBox()->percent(), 0);
+        bus.pause();
+        pressKey(PhoneKey::SoftRight);
+        QVERIFY(shareBox()->isResult());
+        QCOMPARE(shareBox()->text(), QString("Sending was cancelled."));
+        pressKey(PhoneKey::SoftRight);
+        QVERIFY(nothingIsUp());
+        // The next one is not held up by it.
+        ShareFixture::useBuses(fixture_->system.address(), fixture_->session.address());
+        QVERIFY(fixture_->share());
+    }
+
+    void busMayHangWhileItConnects()
+    {
+        PrivateBus bus;
+        const MockService service(bus, "org.bluez.obex", QUARN_OBEX_TEMPLATE);
+        QTRY_VERIFY(bus.has("org.bluez.obex"));
+        ShareFixture::useBuses(fixture_->system.address(), bus.address());
+        fixture_->addDevice("11:22:33:44:55:66", "Laptop");
+        QVERIFY(fixture_->share());
+        bus.pause();
+        pressKey(PhoneKey::Return);
+        QCOMPARE(shareBox()->text(), QString("Connecting to Laptop..."));
+        pressKey(PhoneKey::SoftRight);
+        QCOMPARE(shareBox()->text(), QString("Sending was cancelled."));
+    }
+
+    void floodDoesNotHideWhatMatters_data()
+    {
+        QTest::addColumn<bool>("cancels");
+        QTest::newRow("the end") << false;
+        QTest::newRow("a key") << true;
+    }
+
+    void floodDoesNotHideWhatMatters()
+    {
+        QFETCH(bool, cancels);
+        fixture_->startTransfer();
+        obex().mock(TransferPath, "AddMethod",
+                    {Transfer, "Flood", "", "",
+                     "import dbus.lowlevel\n"
+                     "for i in range(10000):\n"
+                     " signal = dbus.lowlevel.SignalMessage(self.path, "
+                     "'org.freedesktop.DBus.Properties', 'PropertiesChanged')\n"
+                     " signal.append('org.bluez.obex.Transfer1', "
+                     "{'Transferred': dbus.UInt64(i % 999 + 1)}, [], signature='sa{sv}as')\n"
+                     " self.connection.send_message(signal)"});
+        obex().call(TransferPath, Transfer, "Flood");
+        if (cancels) {
+            pressKey(PhoneKey::SoftRight);
+            QVERIFY(shareBox()->isResult());
+            QTRY_VERIFY(!obex().exists(SessionPath));
+            return;
+        }
+        fixture_->updateTransfer("complete", 1000);
+        QTRY_VERIFY(shareBox()->isResult());
+        QCOMPARE(shareBox()->text(), QString("song.mp3 was sent to Laptop."));
     }
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/bluezdevices.h"
 #include "platform/zmainwidget.h"
+#include "sharing/bluezdevices.h"
 
 class QLabel;
 class ZListBox;
@@ -12,6 +12,7 @@ class ZListBox;
 class ShareDeviceList : public ZMainWidget
 {
     Q_OBJECT
+    Q_PROPERTY(QString status READ status)
 
 public:
     /// `file` is the name of what is to be sent.

@@ -1,9 +1,9 @@
-#include "platform/sharebox.h"
+#include "sharing/sharebox.h"
 
 #include "platform/keymap.h"
-#include "platform/sharetexts.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
+#include "sharing/sharetexts.h"
 
 #include <QLocale>
 #include <QMouseEvent>

@@ -1,10 +1,10 @@
-#include "platform/sharing.h"
+#include "sharing/sharing.h"
 
-#include "platform/sharebox.h"
-#include "platform/sharedevicelist.h"
-#include "platform/sharetexts.h"
 #include "platform/zlistrowpainter.h"
 #include "platform/zscreen.h"
+#include "sharing/sharebox.h"
+#include "sharing/sharedevicelist.h"
+#include "sharing/sharetexts.h"
 
 #include <QApplication>
 

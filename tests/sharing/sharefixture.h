@@ -1,12 +1,11 @@
 #pragma once
 
-#include "platform/share_tool.h"
-#include "platform/sharebox.h"
-#include "platform/sharedevicelist.h"
 #include "platform/zlistbox.h"
+#include "platform/zmodule.h"
 #include "platform/zscreen.h"
 #include "platform/zsoftkey.h"
-#include "tests/platform/mockservices.h"
+#include "sharing/share_tool.h"
+#include "tests/sharing/mockservices.h"
 #include "tests/support/keys.h"
 #include "tests/support/scratchfolder.h"
 
@@ -22,25 +21,56 @@ const QString SessionPath = QStringLiteral("/org/bluez/obex/client/session0");
 const QString TransferPath = SessionPath + QStringLiteral("/transfer0");
 const QString Transfer = QStringLiteral("org.bluez.obex.Transfer1");
 
+/// A screen of the module, by what can be seen of it from outside; nullptr if it is not there.
+class ShareScreen
+{
+public:
+    explicit ShareScreen(QWidget* widget) : widget_(widget) {}
+    operator QWidget*() const { return widget_; }
+    const ShareScreen* operator->() const { return this; }
+
+    // The list of devices.
+    ZListBox* list() const { return widget_->findChild<ZListBox*>(); }
+    ZSoftKey* keys() const { return widget_->findChild<ZSoftKey*>(); }
+    QString status() const { return widget_->property("status").toString(); }
+
+    // The box.
+    QString text() const { return widget_->property("text").toString(); }
+    int percent() const { return widget_->property("percent").toInt(); }
+    bool isResult() const { return widget_->property("result").toBool(); }
+    int height() const { return widget_->height(); }
+    QRect geometry() const { return widget_->geometry(); }
+    bool isVisible() const { return widget_->isVisible(); }
+    QImage picture() const { return widget_->grab().toImage(); }
+
+private:
+    QWidget* widget_;
+};
+
+/// One that is there, shown or not.
+inline ShareScreen screenCalled(const char* name)
+{
+    return ShareScreen(ZScreen::instance()->findChild<QWidget*>(QLatin1String(name)));
+}
+
 /// The screens that are up; nullptr if there are none.
-template<typename Screen>
-Screen* shown()
+inline ShareScreen shown(const char* name)
 {
-    for (auto* screen : ZScreen::instance()->findChildren<Screen*>()) {
+    for (auto* screen : ZScreen::instance()->findChildren<QWidget*>(QLatin1String(name))) {
         if (screen->isVisible())
-            return screen;
+            return ShareScreen(screen);
     }
-    return nullptr;
+    return ShareScreen(nullptr);
 }
 
-inline ShareDeviceList* deviceList()
+inline ShareScreen deviceList()
 {
-    return shown<ShareDeviceList>();
+    return shown("ShareDeviceList");
 }
 
-inline ShareBox* shareBox()
+inline ShareScreen shareBox()
 {
-    return shown<ShareBox>();
+    return shown("ShareBox");
 }
 
 inline bool nothingIsUp()
@@ -74,6 +104,7 @@ public:
         : bluez(system, QStringLiteral("org.bluez"), QStringLiteral("bluez5")),
           obex(session, QStringLiteral("org.bluez.obex"), QStringLiteral(QUARN_OBEX_TEMPLATE))
     {
+        ZModule::setFolder(QStringLiteral(QUARN_MODULES));
         bluez.awaitStart();
         obex.awaitStart();
     }
@@ -138,10 +169,9 @@ public:
             .toString();
     }
 
-    void pair(const QString& address)
+    void pair(const QString& device)
     {
-        bluez.call(QStringLiteral("/"), BluezMock, QStringLiteral("PairDevice"),
-                   {QStringLiteral("hci0"), address, 0});
+        bluez.update(device, Device, {{QStringLiteral("Paired"), true}});
     }
 
     bool isSearching()
@@ -157,7 +187,7 @@ public:
         QVERIFY(share(file));
         QCOMPARE(rows().size(), 1);
         pressKey(PhoneKey::Return);
-        QVERIFY(shareBox() != nullptr);
+        QVERIFY(shareBox());
     }
 
     /// The same, up to a transfer that the service has queued.

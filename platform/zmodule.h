@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QFunctionPointer>
+#include <QString>
+
+/// Parts of the program that are shared objects of their own, opened when they are first used.
+///
+/// A module uses the program's copy of this toolkit, so the executable must export it: CMake's
+/// quarn_opens_modules() does that.
+class ZModule
+{
+public:
+    /// The function that the module `name` exports as "<name>_module". nullptr, with a line on
+    /// stderr, if the module is missing, does not fit this program or has no such function; the
+    /// next call tries again. A module stays open until the process ends.
+    static QFunctionPointer open(const QString& name);
+
+    /// Where modules are: the folder "modules" beside the executable, unless one is set here.
+    static QString folder();
+    static void setFolder(const QString& folder);
+};

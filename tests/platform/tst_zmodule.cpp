@@ -1,0 +1,81 @@
+#include "platform/keymap.h"
+#include "platform/zmodule.h"
+#include "tests/support/scratchfolder.h"
+#include "tests/support/testmain.h"
+
+#include <QRegularExpression>
+
+#include <memory>
+
+class tst_ZModule : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        files_ = std::make_unique<ScratchFolder>();
+        ZModule::setFolder(QStringLiteral(QUARN_TEST_MODULES));
+    }
+    void cleanup() { ZModule::setFolder({}); }
+
+    void modulesAreBesideTheExecutable()
+    {
+        ZModule::setFolder({});
+        const QFileInfo executable("/proc/self/exe");
+        QCOMPARE(ZModule::folder(),
+                 QFileInfo(executable.symLinkTarget()).absolutePath() + "/modules");
+    }
+
+    void moduleUsesTheToolkitOfTheProgram()
+    {
+        const auto function = reinterpret_cast<const KeyMap* (*)()>(ZModule::open("answer"));
+        QVERIFY(function != nullptr);
+        QCOMPARE(function(), &KeyMap::instance());
+    }
+
+    void moduleIsOpenedOnce()
+    {
+        QVERIFY(ZModule::open("answer") != nullptr);
+        QVERIFY(ZModule::open("answer") == ZModule::open("answer"));
+    }
+
+    void moduleThatWillNotOpenIsNamed_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const char* name : {"missing", "text", "empty", "folder", "lacking", "renamed"})
+            QTest::newRow(name) << name;
+    }
+
+    void moduleThatWillNotOpenIsNamed()
+    {
+        QFETCH(QString, name);
+        files_->write("text.so", "This is no library.\n");
+        files_->write("empty.so", "");
+        files_->makeFolder("folder.so");
+        // One lacks a function that it calls, the other has none of the name that is asked for.
+        const QString modules = QStringLiteral(QUARN_TEST_MODULES);
+        QVERIFY(QFile::copy(modules + "/lacking.so", files_->path("lacking.so")));
+        QVERIFY(QFile::copy(modules + "/answer.so", files_->path("renamed.so")));
+        ZModule::setFolder(files_->path());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module " + name + ": ."));
+        QVERIFY(ZModule::open(name) == nullptr);
+    }
+
+    void moduleThatCameLaterIsOpened()
+    {
+        ZModule::setFolder(files_->path());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module answer: "));
+        QVERIFY(ZModule::open("answer") == nullptr);
+        QVERIFY(QFile::copy(QStringLiteral(QUARN_TEST_MODULES "/answer.so"),
+                            files_->path("answer.so")));
+        QVERIFY(ZModule::open("answer") != nullptr);
+    }
+
+private:
+    std::unique_ptr<ScratchFolder> files_;
+};
+
+QUARN_TEST_MAIN(tst_ZModule)
+
+#include "tst_zmodule.moc"
