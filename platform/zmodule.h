@@ -1,7 +1,7 @@
 #pragma once
 
+#include <QByteArray>
 #include <QFunctionPointer>
-#include <QString>
 
 /// Parts of the program that are shared objects of their own, opened when they are first used.
 ///
@@ -13,9 +13,9 @@ public:
     /// The function that the module `name` exports as "<name>_module". nullptr, with a line on
     /// stderr, if the module is missing, does not fit this program or has no such function; the
     /// next call tries again. A module stays open until the process ends.
-    static QFunctionPointer open(const QString& name);
+    static QFunctionPointer open(const char* name);
 
-    /// Where modules are: the folder "modules" beside the executable, unless one is set here.
-    static QString folder();
-    static void setFolder(const QString& folder);
+    /// Where modules are, in bytes: the folder "modules" beside the executable, unless one is set.
+    static QByteArray folder();
+    static void setFolder(const QByteArray& folder);
 };

@@ -8,6 +8,6 @@ bool SHARE_Tool::shareByBt(const OBJECT_INFO& info, const QString& path, [[maybe
     // Bytes of a name that are no text stand in the path as halves of surrogate pairs.
     if (!path.isValidUtf16() || path.contains(QChar(0)))
         return false;
-    const auto share = reinterpret_cast<SharingModule>(ZModule::open(QStringLiteral("sharing")));
+    const auto share = reinterpret_cast<SharingModule>(ZModule::open("sharing"));
     return share != nullptr && share(info, path);
 }

@@ -6,6 +6,7 @@
 #include <QRegularExpression>
 
 #include <memory>
+#include <sys/stat.h>
 
 class tst_ZModule : public QObject
 {
@@ -15,7 +16,7 @@ private slots:
     void init()
     {
         files_ = std::make_unique<ScratchFolder>();
-        ZModule::setFolder(QStringLiteral(QUARN_TEST_MODULES));
+        ZModule::setFolder(QByteArrayLiteral(QUARN_TEST_MODULES));
     }
     void cleanup() { ZModule::setFolder({}); }
 
@@ -24,7 +25,8 @@ private slots:
         ZModule::setFolder({});
         const QFileInfo executable("/proc/self/exe");
         QCOMPARE(ZModule::folder(),
-                 QFileInfo(executable.symLinkTarget()).absolutePath() + "/modules");
+                 QFile::encodeName(QFileInfo(executable.symLinkTarget()).absolutePath()) +
+                     "/modules");
     }
 
     void moduleUsesTheToolkitOfTheProgram()
@@ -57,18 +59,29 @@ private slots:
         const QString modules = QStringLiteral(QUARN_TEST_MODULES);
         QVERIFY(QFile::copy(modules + "/lacking.so", files_->path("lacking.so")));
         QVERIFY(QFile::copy(modules + "/answer.so", files_->path("renamed.so")));
-        ZModule::setFolder(files_->path());
+        ZModule::setFolder(QFile::encodeName(files_->path()));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module " + name + ": ."));
-        QVERIFY(ZModule::open(name) == nullptr);
+        QVERIFY(ZModule::open(name.toLatin1().constData()) == nullptr);
     }
 
     void moduleThatCameLaterIsOpened()
     {
-        ZModule::setFolder(files_->path());
+        ZModule::setFolder(QFile::encodeName(files_->path()));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module answer: "));
         QVERIFY(ZModule::open("answer") == nullptr);
         QVERIFY(QFile::copy(QStringLiteral(QUARN_TEST_MODULES "/answer.so"),
                             files_->path("answer.so")));
+        QVERIFY(ZModule::open("answer") != nullptr);
+    }
+
+    void moduleInAFolderWhoseNameIsNoTextIsOpened()
+    {
+        const QByteArray folder = QFile::encodeName(files_->path()) + "/\xef\xbb\xbf\xff";
+        QCOMPARE(mkdir(folder.constData(), 0700), 0);
+        files_->makeLink("answer.so", QStringLiteral(QUARN_TEST_MODULES "/answer.so"));
+        const QByteArray link = QFile::encodeName(files_->path("answer.so"));
+        QCOMPARE(rename(link.constData(), (folder + "/answer.so").constData()), 0);
+        ZModule::setFolder(folder);
         QVERIFY(ZModule::open("answer") != nullptr);
     }
 

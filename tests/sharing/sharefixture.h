@@ -104,7 +104,7 @@ public:
         : bluez(system, QStringLiteral("org.bluez"), QStringLiteral("bluez5")),
           obex(session, QStringLiteral("org.bluez.obex"), QStringLiteral(QUARN_OBEX_TEMPLATE))
     {
-        ZModule::setFolder(QStringLiteral(QUARN_MODULES));
+        ZModule::setFolder(QByteArrayLiteral(QUARN_MODULES));
         bluez.awaitStart();
         obex.awaitStart();
     }

@@ -26,7 +26,7 @@ private slots:
     void init() { fixture_->init(); }
     void cleanup()
     {
-        ZModule::setFolder(QStringLiteral(QUARN_MODULES));
+        ZModule::setFolder(QByteArrayLiteral(QUARN_MODULES));
         fixture_->cleanup();
     }
     void cleanupTestCase() { fixture_.reset(); }
@@ -53,7 +53,7 @@ private slots:
 
     void requestIsDeclinedWithoutTheModule()
     {
-        ZModule::setFolder(fixture_->files.path());
+        ZModule::setFolder(QFile::encodeName(fixture_->files.path()));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module sharing: "));
         QVERIFY(!fixture_->share());
         fixture_->files.write("sharing.so", "not a module");

@@ -476,7 +476,7 @@ int shareAndQuit(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const ZApplication application(argc, argv, ZApplication::GuiClient);
-    ZModule::setFolder(QStringLiteral(QUARN_MODULES));
+    ZModule::setFolder(QByteArrayLiteral(QUARN_MODULES));
     if (!SHARE_Tool::shareByBt({"/song.mp3", "media/MP3"}, argv[2], false))
         return 1;
     bool reached = false;
