@@ -13,3 +13,7 @@ QString quotedForShell(const QString& path);
 /// Hands a command line, as Latin-1, to the system's shell and waits until the shell has ended,
 /// which for a line ending in "&" is at once. Returns what system() returns.
 int runShell(const QString& command);
+
+/// The same, but what the shell starts compares texts byte by byte, whatever the user's locale is.
+/// Not for programs that the user sees or that go on in the background: they get that locale, too.
+int runShellInByteOrder(const QString& command);
