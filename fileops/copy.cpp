@@ -42,6 +42,8 @@ bool copyShown(const QString& src, const QString& dst)
         showCopyBox(head + QStringLiteral("<hr>Completed: %1% (%2/%3)")
                                .arg(QString::number(percent), sizeText(done), totalText),
                     kWidget::Plain);
+        // A block may take less time than the box's timer.
+        textView->paintNow();
     };
     show(0, 0);
     return copyFileBlocks(

@@ -90,7 +90,8 @@ QString FM::folderSizeText(const QString& path, const QString& textSoFar)
 void FM::slot_Properties()
 {
     const QString path = getActiveFileName();
-    if (path.isEmpty() || getFileName(path) == QLatin1String(".."))
+    // In a panel the folder above ends a path. Without any entry there is a box all the same.
+    if (path == QLatin1String("..") || getFileName(path) == QLatin1String(".."))
         return;
     const ZScreen::MainInputPause pause;
     const EntryInfo info(path);

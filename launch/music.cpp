@@ -40,8 +40,8 @@ void playMarked(const QStringList& entries)
     // One pass more than there are entries: the list ends with an empty line.
     for (qsizetype i = 0; i <= entries.size(); ++i) {
         const QString entry = entries.value(i);
-        runShell(EntryInfo(entry).isFolder() ? CommandLine::addFolder(work_folder, entry)
-                                             : CommandLine::addFile(work_folder, entry));
+        runShellInByteOrder(EntryInfo(entry).isFolder() ? CommandLine::addFolder(work_folder, entry)
+                                                        : CommandLine::addFile(work_folder, entry));
     }
     startOnList();
 }
@@ -51,7 +51,7 @@ void playFolder(const QString& folder)
     showGenerating();
     processView->paintNow();
     ZApplication::processEvents();
-    runShell(CommandLine::listFolder(work_folder, folder));
+    runShellInByteOrder(CommandLine::listFolder(work_folder, folder));
     startOnList();
 }
 

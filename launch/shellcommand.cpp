@@ -29,3 +29,17 @@ int runShell(const ShellBytes& command)
 {
     return command ? std::system(command->constData()) : -1;
 }
+
+int runShellInByteOrder(const ShellBytes& command)
+{
+    const char* const Locale = "LC_ALL";
+    const bool wasSet = qEnvironmentVariableIsSet(Locale);
+    const QByteArray before = qgetenv(Locale);
+    qputenv(Locale, "C");
+    const int status = runShell(command);
+    if (wasSet)
+        qputenv(Locale, before);
+    else
+        qunsetenv(Locale);
+    return status;
+}

@@ -22,3 +22,7 @@ ShellBytes joined(std::initializer_list<ShellBytes> pieces);
 /// Hands a command line to the system's shell and waits until the shell has ended, which for a line
 /// ending in "&" is at once. Returns what system() returns; -1, and runs nothing, for nothing.
 int runShell(const ShellBytes& command);
+
+/// The same, but what the shell starts compares texts byte by byte, whatever the user's locale is.
+/// Not for programs that the user sees or that go on in the background: they get that locale, too.
+int runShellInByteOrder(const ShellBytes& command);

@@ -86,6 +86,15 @@ void useUtf8Locale()
         setlocale(LC_CTYPE, "C.UTF-8");
 }
 
+/// Through memory that it shares with the X server the toolkit paints no place a second time before
+/// the server has answered that it has shown the first. Work that shows each of its steps would
+/// spend its time waiting; what is painted here is small enough to be sent.
+void sendPicturesAtOnce()
+{
+    if (!qEnvironmentVariableIsSet("QT_XCB_NO_MITSHM"))
+        qputenv("QT_XCB_NO_MITSHM", "1");
+}
+
 /// Calls `slot` on every facade that is alive, also if a slot makes or destroys some.
 void callAll(void (ZApplication::*slot)())
 {
@@ -123,11 +132,15 @@ ZApplication::ZApplication(const int& argc, char** argv, [[maybe_unused]] int ty
         return;
     ownsToolkit_ = true;
     quitting = false;
-    useUtf8Locale();
-    keepArguments(argc, argv);
     // What only this process is told is not for the programs that it starts.
+    const KeptVariable all("LC_ALL");
+    const KeptVariable characters("LC_CTYPE");
     const KeptVariable scaling("QT_ENABLE_HIGHDPI_SCALING");
     const KeptVariable factor("QT_SCALE_FACTOR");
+    const KeptVariable shared("QT_XCB_NO_MITSHM");
+    useUtf8Locale();
+    sendPicturesAtOnce();
+    keepArguments(argc, argv);
     ZScreen::prepareScale(arguments().count, arguments().pointers.data());
     auto* toolkit = new ToolkitApplication(arguments().count, arguments().pointers.data());
     // A hidden program goes on running.

@@ -87,7 +87,7 @@ public:
     QStringList clipboardList;
     qint32 dirCount = 0;
     qint32 fileCount = 0;
-    /// True while PhoneKey::Modifier is held.
+    /// True while PhoneKey::Modifier is held and changes what keys do.
     bool modKeyHeld = false;
     /// 1 to 9: the plugin, counted from 1, that slot_OpenWith() is to use; 0: the menu's choice.
     int pendingPlugin = 0;
@@ -151,6 +151,7 @@ private:
 
     // What keys do.
     void holdModifier();
+    void openWithDigit(int digit);
     void hideWindow();
     void playMusic();
     void previousTrack();
@@ -181,6 +182,7 @@ private:
     FileBrowserFtab* panels_[2] = {nullptr, nullptr};
     int activePage_ = Panel1;
     QWidget* aboutPage_ = nullptr;
+    bool modifierIsDown_ = false; ///< from a press that the window got until the release
     QPixmap aboutPicture_;
     QStringList aboutTexts_;
     QCopChannel* channel_ = nullptr;

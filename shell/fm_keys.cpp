@@ -36,10 +36,8 @@ void FM::keyPressEvent(QKeyEvent* event)
         return;
     const int code = PhoneKey::code(*event);
     if (modKeyHeld) {
-        if (code >= '1' && code <= '9') {
-            pendingPlugin = code - '0';
-            slot_OpenWith();
-        }
+        if (code >= '1' && code <= '9')
+            openWithDigit(code - '0');
         for (const KeyAction& action : ModifiedKeys) {
             if (action.code == code)
                 return (this->*action.run)();
@@ -55,8 +53,10 @@ void FM::keyPressEvent(QKeyEvent* event)
 void FM::keyReleaseEvent(QKeyEvent* event)
 {
     event->accept();
-    if (!event->isAutoRepeat() && PhoneKey::code(*event) == PhoneKey::Modifier)
-        modKeyHeld = false;
+    if (event->isAutoRepeat() || PhoneKey::code(*event) != PhoneKey::Modifier)
+        return;
+    modKeyHeld = false;
+    modifierIsDown_ = false;
 }
 
 /// Sees the modifier's release when a box or menu has the focus.
@@ -70,6 +70,16 @@ bool FM::eventFilter(QObject* watched, QEvent* event)
 void FM::holdModifier()
 {
     modKeyHeld = true;
+    modifierIsDown_ = true;
+}
+
+/// Opening clears the modifier, and boxes may let it be released meanwhile. If it was not, it goes
+/// on counting: several plugins can be started in one hold.
+void FM::openWithDigit(int digit)
+{
+    pendingPlugin = digit;
+    slot_OpenWith();
+    modKeyHeld = modifierIsDown_;
 }
 
 void FM::hideWindow()

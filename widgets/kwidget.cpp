@@ -8,8 +8,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 
-#include <algorithm>
-
 kWidget* textView = nullptr;
 kWidget* processView = nullptr;
 
@@ -21,9 +19,6 @@ constexpr int FrameMilliseconds = 80;
 constexpr int FrameCount = 8;
 constexpr int ShowDelayMilliseconds = 10;
 constexpr int PaintDelayMilliseconds = 1;
-/// No one sees more pictures than this apart, and work that shows each of its steps would spend a
-/// third of its time on them.
-constexpr int FrameOfDisplayMilliseconds = 16;
 
 QTimer* makeTimer(QObject* parent, bool once, int milliseconds)
 {
@@ -39,7 +34,9 @@ kWidget::kWidget()
     : QWidget(ZScreen::instance()),
       aniTimer(makeTimer(this, false, FrameMilliseconds)),
       showTimer(makeTimer(this, true, ShowDelayMilliseconds)),
-      paintTimer(makeTimer(this, true, PaintDelayMilliseconds))
+      paintTimer(makeTimer(this, true, PaintDelayMilliseconds)),
+      titleFont(15, 87),
+      textFont(13, 25)
 {
     hide();
     setObjectName(QStringLiteral("kWidget"));
@@ -78,18 +75,18 @@ void kWidget::setContent(const Content& next)
     stale = true;
 }
 
-QRect kWidget::compose()
+QRegion kWidget::compose()
 {
     if (!stale)
-        return {};
+        return QRect(0, 0, BoxWidth, y);
     stale = false;
-    if (redrawLastSection()) {
-        composed = content;
-        return {0, lastSectionTop, BoxWidth, y - lastSectionTop};
+    QRegion changed = redrawLines();
+    if (changed.isEmpty()) {
+        drawAll();
+        changed = QRect(0, 0, BoxWidth, y);
     }
-    drawAll();
     composed = content;
-    return {0, 0, BoxWidth, y};
+    return changed;
 }
 
 int kWidget::Show(int mode)
@@ -131,8 +128,9 @@ void kWidget::init()
     setGeometry(BoxLeft, ClearedTop, BoxWidth, ZScreen::Height);
     content = Content();
     composed = Content();
-    lastPaint.invalidate();
+    sections.clear();
     titleIcon = QPixmap();
+    titleBottom = 0;
     stale = true;
     y = 0;
     ZApplication::processEventsButInput();
@@ -140,19 +138,15 @@ void kWidget::init()
 
 void kWidget::repaint()
 {
-    if (paintTimer->isActive())
-        return;
-    const qint64 sinceLast = lastPaint.isValid() ? lastPaint.elapsed() : FrameOfDisplayMilliseconds;
-    paintTimer->start(
-        int(std::max<qint64>(PaintDelayMilliseconds, FrameOfDisplayMilliseconds - sinceLast)));
+    if (!paintTimer->isActive())
+        paintTimer->start();
 }
 
 void kWidget::paint()
 {
-    lastPaint.start();
-    const QRect changed = compose();
+    const QRegion changed = compose();
     setGeometry(BoxLeft, (ZScreen::Height - y) / 2, BoxWidth, y);
-    update(changed.isEmpty() ? rect() : changed);
+    update(changed);
 }
 
 void kWidget::paintNow()
@@ -160,13 +154,15 @@ void kWidget::paintNow()
     if (!visible)
         return;
     paintTimer->stop();
-    paint();
+    QRegion changed = compose();
+    setGeometry(BoxLeft, (ZScreen::Height - y) / 2, BoxWidth, y);
     if (isHidden()) {
         showTimer->stop();
         show();
+        ZApplication::processEventsButInput();
+        changed = rect();
     }
-    ZApplication::processEventsButInput();
-    QWidget::repaint();
+    QWidget::repaint(changed);
 }
 
 void kWidget::aniUpdate()
@@ -191,10 +187,9 @@ QRect kWidget::frameRect() const
     return {QPoint((BoxWidth - size.width()) / 2, aniY), size};
 }
 
-void kWidget::paintEvent(QPaintEvent* event)
+void kWidget::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    painter.setClipRect(event->rect());
     painter.drawPixmap(0, 0, canvas);
     if (composed.process)
         painter.drawPixmap(frameRect().topLeft(), aniFrame);

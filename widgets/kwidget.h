@@ -1,13 +1,11 @@
 #pragma once
 
-#include <QElapsedTimer>
-#include <QHash>
+#include "widgets/boxfont.h"
+
 #include <QPixmap>
-#include <QStringList>
+#include <QRegion>
 #include <QTimer>
 #include <QWidget>
-
-#include <utility>
 
 /// The box of every message, question and progress display: a title bar, wrapped texts, a busy
 /// animation and a key bar, composed off-screen and shown in the middle of the screen.
@@ -44,7 +42,7 @@ public:
     /// Puts what was composed last on the display before it returns, so that work that does not
     /// come back to the event loop can follow.
     void paintNow();
-    /// Schedules paint(), for the next frame of the display if this one has been painted.
+    /// Schedules paint().
     void repaint();
 
     /// Set when a key closed the box, until the next one is shown: long work takes it as a request
@@ -91,22 +89,30 @@ private:
         int keyBar = NoKeys;
     };
 
+    /// What stands between two rules of a text.
+    struct Section {
+        QString text;
+        BoxFont::Lines lines;
+        int top = 0;
+    };
+
     int Show(int mode);
     void close(int answer);
     void setContent(const Content& next);
-    /// Draws the content if that has not been done; returns the part of the box that changed.
-    QRect compose();
+    /// Draws the content if that has not been done; returns the part of the box that is to be
+    /// painted, which is never empty.
+    QRegion compose();
 
     // Drawing steps (kwidget_drawing.cpp): each adds a block at `y` and moves `y` to its end.
     void drawAll();
-    bool redrawLastSection();
+    QRegion redrawLines();
+    QList<Section> sectionsOf(const QString& text);
     void drawTitle(const QString& title, const QString& icon);
     void drawText(const QString& text, int align);
     void drawAniIcon();
     void drawSoftKeys(int kind);
-    void setText(const QString& text);
-    int advanceOf(char32_t character);
-    void drawLines(QPainter& painter, int align);
+    void drawLines(QPainter& painter, const BoxFont& font, const QStringList& lines, int align);
+    QRect lineRect(const Section& section, qsizetype line) const;
     void reserve(int height);
     static QString framePath(int frame);
     QRect frameRect() const;
@@ -116,25 +122,22 @@ private:
     QTimer* aniTimer;
     QTimer* showTimer;
     QTimer* paintTimer;
-    QElapsedTimer lastPaint;
-    QFont blockFont;
-    QHash<std::pair<int, char32_t>, int> advances; ///< of a size's characters, pixels
+    BoxFont titleFont;
+    BoxFont textFont;
     QPixmap titleIcon; ///< of the title on the canvas, so that it is not read for each progress
     bool closed = false;
-    QStringList lines;
     bool visible = false;
     int y = 0;
     int aniY = 0;
     int frameNo = 0;
     int countdown = 0;
-    int lineHeight = 0;
     bool waiting = false;
     bool result = false;
     Content content;  ///< to be shown
     Content composed; ///< on the canvas
     bool stale = true;
-    int lastSectionTop = 0; ///< of the text's part behind its last rule
-    qsizetype lastSectionLines = 0;
+    int titleBottom = 0;
+    QList<Section> sections; ///< of the text on the canvas
 };
 
 /// The box of messages and questions, and the box of progress. Made by the main window.

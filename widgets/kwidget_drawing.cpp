@@ -1,30 +1,21 @@
 // How the blocks of a box are drawn.
 
 #include "lang/texts.h"
-#include "platform/shownname.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
-#include "platform/zskinservice.h"
 #include "shell/settings.h"
 #include "widgets/kwidget.h"
-#include "widgets/wordwrap.h"
 
-#include <QFontMetrics>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace
 {
 
 const QLatin1String Rule("<hr>");
-constexpr int LineGap = 4;
 constexpr int BlockGap = 4;
-
-QFont boxFont(int points, int weight)
-{
-    return ZSkinService::font(QStringLiteral("ZarnikFont"), points, weight);
-}
 
 QPixmap blackCanvas(int height, qreal density)
 {
@@ -48,9 +39,16 @@ void drawBlock(QPainter& painter, int top, int height)
 
 void kWidget::drawAll()
 {
-    y = 0;
-    canvas = blackCanvas(ZScreen::Height, devicePixelRatio());
-    drawTitle(content.title, content.icon);
+    const bool titleStands = titleBottom > 0 && content.title == composed.title &&
+                             content.icon == composed.icon &&
+                             canvas.devicePixelRatio() == devicePixelRatio();
+    y = titleBottom;
+    if (!titleStands) {
+        y = 0;
+        canvas = blackCanvas(ZScreen::Height, devicePixelRatio());
+        drawTitle(content.title, content.icon);
+        titleBottom = y;
+    }
     if (!content.process || !content.text.isEmpty())
         drawText(content.text, content.align);
     if (content.process) {
@@ -62,32 +60,62 @@ void kWidget::drawAll()
         drawSoftKeys(content.keyBar);
 }
 
-/// The quick way for a progress text, of which only what stands behind its last rule changes and
-/// which ends the box. False if more has changed.
-bool kWidget::redrawLastSection()
+/// The quick way for progress texts, of which only some lines change: draws those alone and returns
+/// where they are, or at least the last line. Empty if more has changed.
+QRegion kWidget::redrawLines()
 {
-    const qsizetype last = content.text.lastIndexOf(Rule) + Rule.size();
-    const auto same = [last](const Content& left, const Content& right) {
-        return left.title == right.title && left.icon == right.icon && left.align == right.align &&
-               !left.process && !right.process && left.keyBar == NoKeys && right.keyBar == NoKeys &&
-               left.text.lastIndexOf(Rule) + Rule.size() == last &&
-               QStringView(left.text).left(last) == QStringView(right.text).left(last);
+    if (sections.isEmpty() || content.process || composed.process ||
+        content.title != composed.title || content.icon != composed.icon ||
+        content.align != composed.align || content.keyBar != composed.keyBar ||
+        canvas.devicePixelRatio() != devicePixelRatio())
+        return {};
+    QList<Section> next = sectionsOf(content.text);
+    const auto alike = [](const Section& left, const Section& right) {
+        return left.lines.texts.size() == right.lines.texts.size() &&
+               (left.text == right.text || (left.lines.contained && right.lines.contained));
     };
-    if (last < Rule.size() || y == 0 || !same(composed, content))
-        return false;
-    blockFont = boxFont(13, 25);
-    setText(content.text.mid(last));
-    if (lines.size() != lastSectionLines)
-        return false;
+    if (!std::equal(next.begin(), next.end(), sections.begin(), sections.end(), alike))
+        return {};
+    QRegion changed;
     QPainter painter(&canvas);
-    painter.setFont(blockFont);
-    const int end = y;
-    y = lastSectionTop;
-    // The outline around it stays.
-    painter.fillRect(1, y, BoxWidth - 2, end - y - 1, Qt::white);
+    painter.setFont(textFont.font());
     painter.setPen(Qt::black);
-    drawLines(painter, content.align);
-    return true;
+    for (qsizetype i = 0; i < next.size(); ++i) {
+        next[i].top = sections.at(i).top;
+        for (qsizetype line = 0; line < next.at(i).lines.texts.size(); ++line) {
+            const QString& text = next.at(i).lines.texts.at(line);
+            if (text == sections.at(i).lines.texts.at(line))
+                continue;
+            const QRect place = lineRect(next.at(i), line);
+            painter.fillRect(place, Qt::white);
+            painter.drawText(TextLeft, place.top(), TextWidth, textFont.lineHeight(), content.align,
+                             text);
+            changed += place;
+        }
+    }
+    sections = next;
+    const Section& last = sections.constLast();
+    return changed.isEmpty() ? lineRect(last, last.lines.texts.size() - 1) : changed;
+}
+
+/// Where a line is drawn; the outline is beside it, and may be right below.
+QRect kWidget::lineRect(const Section& section, qsizetype line) const
+{
+    return {1, section.top + int(line) * textFont.pitch(), BoxWidth - 2, textFont.pitch() - 1};
+}
+
+/// A text's parts between its rules. Those that it had before need not be wrapped again.
+QList<kWidget::Section> kWidget::sectionsOf(const QString& text)
+{
+    QList<Section> parts;
+    for (const QString& part : text.split(Rule)) {
+        const qsizetype i = parts.size();
+        if (i < sections.size() && sections.at(i).text == part)
+            parts.append(sections.at(i));
+        else
+            parts.append({part, textFont.wrapped(part, TextWidth), 0});
+    }
+    return parts;
 }
 
 /// Makes the canvas high enough. A text may need more than the screen is high.
@@ -100,45 +128,24 @@ void kWidget::reserve(int height)
     canvas = larger;
 }
 
-void kWidget::setText(const QString& text)
+void kWidget::drawLines(QPainter& painter, const BoxFont& font, const QStringList& lines, int align)
 {
-    const QFontMetrics metrics(blockFont);
-    lineHeight = metrics.height();
-    lines = wrapWords(withMarks(text), TextWidth - metrics.maxWidth(),
-                      [this](char32_t character) { return advanceOf(character); });
-}
-
-/// Measuring a character lays out a text; progress texts come many times a second.
-int kWidget::advanceOf(char32_t character)
-{
-    // Titles and texts differ in size.
-    const auto key = std::make_pair(blockFont.pixelSize(), character);
-    const auto known = advances.constFind(key);
-    if (known != advances.constEnd())
-        return *known;
-    const int advance = QFontMetrics(blockFont).horizontalAdvance(QString::fromUcs4(&character, 1));
-    advances.insert(key, advance);
-    return advance;
-}
-
-void kWidget::drawLines(QPainter& painter, int align)
-{
-    for (const QString& line : std::as_const(lines)) {
-        painter.drawText(TextLeft, y, TextWidth, lineHeight, align, line);
-        y += lineHeight + LineGap;
+    painter.setFont(font.font());
+    for (const QString& line : lines) {
+        painter.drawText(TextLeft, y, TextWidth, font.lineHeight(), align, line);
+        y += font.pitch();
     }
 }
 
 void kWidget::drawTitle(const QString& title, const QString& icon)
 {
-    blockFont = boxFont(15, 87);
-    setText(title);
+    const QStringList lines = titleFont.wrapped(title, TextWidth).texts;
     if (icon != composed.icon)
         titleIcon = QPixmap();
     if (!icon.isEmpty() && titleIcon.isNull())
         loadPixmap(titleIcon, work_folder + icon);
     const QSize size = pixmapSize(titleIcon);
-    const int linesHeight = int(lines.size()) * (lineHeight + LineGap);
+    const int linesHeight = int(lines.size()) * titleFont.pitch();
     reserve(y + BlockGap + size.height() + linesHeight);
     QPainter painter(&canvas);
     painter.fillRect(0, y, BoxWidth, linesHeight + BlockGap, Qt::black);
@@ -147,35 +154,26 @@ void kWidget::drawTitle(const QString& title, const QString& icon)
     y += BlockGap;
     painter.drawPixmap((BoxWidth - size.width()) / 2, y, titleIcon);
     y += size.height();
-    painter.setFont(blockFont);
     painter.setPen(Qt::white);
-    drawLines(painter, Qt::AlignHCenter);
+    drawLines(painter, titleFont, lines, Qt::AlignHCenter);
 }
 
 void kWidget::drawText(const QString& text, int align)
 {
-    blockFont = boxFont(13, 25);
-    const QStringList sections = text.split(Rule);
-    const int rules = int(sections.size()) - 1;
     // Each section wraps on its own, so a rule ends a line in the count as it does on screen.
-    QList<QStringList> wrapped;
+    sections = sectionsOf(text);
+    const int rules = int(sections.size()) - 1;
     int lineCount = 0;
-    for (const QString& section : sections) {
-        setText(section);
-        wrapped.append(lines);
-        lineCount += int(lines.size());
-    }
-    const int height = (rules + lineCount) * (lineHeight + LineGap) + BlockGap;
+    for (const Section& section : std::as_const(sections))
+        lineCount += int(section.lines.texts.size());
+    const int height = (rules + lineCount) * textFont.pitch() + BlockGap;
     reserve(y + height + rules * BlockGap);
     QPainter painter(&canvas);
     drawBlock(painter, y, height);
-    painter.setFont(blockFont);
     y += BlockGap;
     for (int i = 0; i <= rules; ++i) {
-        lines = wrapped.at(i);
-        lastSectionTop = y;
-        lastSectionLines = lines.size();
-        drawLines(painter, align);
+        sections[i].top = y;
+        drawLines(painter, textFont, sections.at(i).lines.texts, align);
         if (i == rules)
             break;
         painter.drawLine(TextLeft, y, TextWidth, y);
@@ -187,11 +185,10 @@ void kWidget::drawText(const QString& text, int align)
 
 void kWidget::drawSoftKeys(int kind)
 {
-    blockFont = boxFont(13, 25);
     reserve(y + KeyBarHeight);
     QPainter painter(&canvas);
     painter.fillRect(0, y, BoxWidth, KeyBarHeight, Qt::black);
-    painter.setFont(blockFont);
+    painter.setFont(textFont.font());
     painter.setPen(Qt::white);
     if (kind == YesNo) {
         painter.drawText(0, y, BoxWidth / 2, KeyBarHeight, Qt::AlignCenter, LANG_YES);

@@ -86,6 +86,39 @@ private slots:
         QVERIFY(!textView->isUp() && !processView->isUp());
     }
 
+    void folderAboveHasNoneUnderItsBareNameEither()
+    {
+        window_ = fixture_->start();
+        fixture_->panel(1)->curFile = "..";
+        window_->slot_Properties();
+        QCOMPARE(fixture_->log().take(), QStringList());
+        QVERIFY(!textView->isUp() && !processView->isUp());
+    }
+
+    void listWithoutAnEntryHasABoxOfNothing_data()
+    {
+        QTest::addColumn<int>("page");
+        QTest::newRow("folder that cannot be read") << 1;
+        QTest::newRow("folder that is not there") << 2;
+        QTest::newRow("about page") << 3;
+    }
+
+    void listWithoutAnEntryHasABoxOfNothing()
+    {
+        QFETCH(int, page);
+        files().setMode("left", 0);
+        path_tab2 = right("none");
+        window_ = fixture_->start(page);
+        if (page == 3)
+            window_->slot_Properties();
+        else
+            CommandFixture::choose(CommandFixture::Properties);
+        QCOMPARE(taken(), QStringList(" Type: Unknown\n Name: \n Path: "
+                                      "<hr> Size: 0 b<hr> Owner: \n Permissions: --- --- ---"));
+        QVERIFY(textView->isUp() && !processView->isUp());
+        textView->init();
+    }
+
     void languageFileNamesTheLines()
     {
         fixture_->program().workFolder().write("lang/test.lang",

@@ -9,6 +9,7 @@
 #include "tests/support/testmain.h"
 #include "tests/widgets/boxtesting.h"
 
+#include <QProcess>
 #include <QSignalSpy>
 
 #include <memory>
@@ -78,6 +79,45 @@ bool showsGenerating(kWidget& box)
     return looksLike(box, expected);
 }
 
+/// What the environment says of the user's locale, taken back in the end.
+class UsersLocale
+{
+public:
+    /// A null name leaves the variable unset.
+    UsersLocale(const char* variable, const QByteArray& name, const QString& folder)
+    {
+        for (const char* each : Names) {
+            before_.append(qgetenv(each));
+            qunsetenv(each);
+        }
+        if (!name.isNull())
+            qputenv(variable, name);
+        qputenv("LOCPATH", folder.toUtf8());
+    }
+    ~UsersLocale()
+    {
+        for (qsizetype i = 0; i < before_.size(); ++i) {
+            if (before_.at(i).isNull())
+                qunsetenv(Names[i]);
+            else
+                qputenv(Names[i], before_.at(i));
+        }
+    }
+    UsersLocale(const UsersLocale&) = delete;
+    UsersLocale& operator=(const UsersLocale&) = delete;
+
+private:
+    static constexpr const char* Names[] = {"LC_ALL", "LC_COLLATE", "LANG", "LOCPATH"};
+    QByteArrayList before_;
+};
+
+/// What sort makes of four lines.
+QByteArray sortedLines(const ScratchFolder& folder)
+{
+    Log::realShell("printf 'B\\nb\\na\\nA\\n' | sort > " + quoted(folder.path("sorted")));
+    return folder.read("sorted");
+}
+
 } // namespace
 
 class tst_Music : public QObject
@@ -85,6 +125,13 @@ class tst_Music : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase()
+    {
+        QCOMPARE(QProcess::execute("localedef", {"--no-archive", "-i", "en_US", "-f", "UTF-8",
+                                                 locales_.path("xx_XX.UTF-8")}),
+                 0);
+    }
+
     void init()
     {
         fixture_ = std::make_unique<CommandFixture>();
@@ -203,6 +250,67 @@ private slots:
         QVERIFY2(!fixture_->panel(1)->isMultiSelect(), "asking for the marks ends the mode");
     }
 
+    void listIsInByteOrderInEveryLocale_data()
+    {
+        QTest::addColumn<QByteArray>("variable");
+        QTest::addColumn<QByteArray>("locale");
+        QTest::addColumn<QByteArray>("order");
+        const QByteArray letters = "a\nA\nb\nB\n";
+        const QByteArray bytes = "A\nB\na\nb\n";
+        for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
+            QTest::addRow("letters by %s", variable)
+                << QByteArray(variable) << QByteArray("xx_XX.UTF-8") << letters;
+            QTest::addRow("not installed by %s", variable)
+                << QByteArray(variable) << QByteArray("yy_YY.UTF-8") << bytes;
+        }
+    }
+
+    void listIsInByteOrderInEveryLocale()
+    {
+        QFETCH(QByteArray, variable);
+        QFETCH(QByteArray, locale);
+        start({"album/B.mp3", "album/b.mp3", "album/a.mp3", "album/A.mp3"});
+        fixture_->log().setShell(Log::realShell);
+        const UsersLocale users(variable.constData(), locale, locales_.path());
+        QTEST(sortedLines(locales_), "order");
+        const QString album = fixture_->left("album");
+        const QStringList sorted{album + "/A.mp3", album + "/B.mp3", album + "/a.mp3",
+                                 album + "/b.mp3"};
+        fixture_->highlight("album");
+        play();
+        QCOMPARE(list(), sorted + QStringList(QString()));
+        processView->init();
+        fixture_->mark({"album"});
+        play();
+        QCOMPARE(list(), sorted + QStringList({QString(), QString()}));
+        QCOMPARE(qgetenv(variable.constData()), locale);
+        QTEST(sortedLines(locales_), "order");
+    }
+
+    void playerGetsTheUsersLocale_data()
+    {
+        QTest::addColumn<QByteArray>("locale");
+        QTest::newRow("none") << QByteArray();
+        QTest::newRow("one") << QByteArray("C.UTF-8");
+        QTest::newRow("not installed") << QByteArray("yy_YY.UTF-8");
+    }
+
+    void playerGetsTheUsersLocale()
+    {
+        QFETCH(QByteArray, locale);
+        work().write(Player, "#!/bin/sh\n"
+                             "cd \"${0%/*}\"\n"
+                             "echo \"${LC_ALL-none}\" > noting\n"
+                             "mv noting noted\n");
+        start({"album/1.mp3"});
+        fixture_->log().setShell(Log::realShell);
+        const UsersLocale users("LC_ALL", locale, QString());
+        fixture_->highlight("album");
+        play();
+        QTRY_VERIFY(work().exists(Noted));
+        QCOMPARE(work().read(Noted), (locale.isNull() ? "none" : locale) + '\n');
+    }
+
     void runningPlayerIsOnlyShown_data()
     {
         QTest::addColumn<QString>("name");
@@ -283,6 +391,7 @@ private:
 
     QStringList taken() { return fixture_->log().take(); }
 
+    const ScratchFolder locales_; ///< in which the system looks for them
     std::unique_ptr<CommandFixture> fixture_;
 };
 

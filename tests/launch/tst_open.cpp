@@ -6,9 +6,12 @@
 #include "shell/fm.h"
 #include "shell/settings.h"
 #include "tests/fileops/commandfixture.h"
+#include "tests/fileops/duringwork.h"
 #include "tests/support/keys.h"
 #include "tests/support/testmain.h"
 #include "tests/widgets/boxtesting.h"
+
+#include <QFile>
 
 #include <memory>
 
@@ -300,8 +303,101 @@ private slots:
         QCOMPARE(taken(), (QStringList{busy(), pathLine("view" + QByteArray::number(digit),
                                                         fixture_->left("a"))}));
         QCOMPARE(fixture_->window()->pendingPlugin, 0);
-        QVERIFY2(!fixture_->window()->modKeyHeld, "the next key is a shortcut, too");
+        QVERIFY(fixture_->window()->modKeyHeld);
         releaseKey(Code::Modifier);
+        QVERIFY(!fixture_->window()->modKeyHeld);
+    }
+
+    void digitsOpenOneAfterTheOtherInOneHold()
+    {
+        start({"01 1 one", "02 1 two", "03 0 Three", "04 1 four", "05 1 five"}, {}, {"a"});
+        fixture_->highlight("a");
+        const QString file = fixture_->left("a");
+        holdKey(Code::Modifier);
+        for (const auto& [digit, opened] :
+             {std::pair('3', error("Can not find Three")), std::pair('5', pathLine("five", file)),
+              std::pair('9', error("Can not find plugin 9")), std::pair('1', pathLine("one", file)),
+              std::pair('1', pathLine("one", file))}) {
+            pressKey(digit);
+            QCOMPARE(taken(), (QStringList{busy(), opened}));
+            QCOMPARE(fixture_->window()->pendingPlugin, 0);
+            waitOut();
+        }
+        releaseKey(Code::Modifier);
+        pressKey('1');
+        QCOMPARE(taken(), QStringList());
+    }
+
+    void modifierReleasedWhileADigitOpensIsReleased_data()
+    {
+        QTest::addColumn<int>("digit");
+        QTest::newRow("while the shell starts the plugin") << int('1');
+        QTest::newRow("while the error comes up") << int('2');
+    }
+
+    void modifierReleasedWhileADigitOpensIsReleased()
+    {
+        QFETCH(int, digit);
+        start({"01 1 one", "02 0 Two"}, {}, {"a"});
+        fixture_->highlight("a");
+        fixture_->log().take();
+        holdKey(Code::Modifier);
+        fixture_->log().setShell([](const QByteArray&) {
+            releaseKey(Code::Modifier);
+            return 0;
+        });
+        const DuringWork release([] { return textView->isUp(); },
+                                 [] { releaseKey(Code::Modifier); });
+        pressKey(digit);
+        QCOMPARE(release.hasHappened(), digit == '2');
+        QVERIFY(!fixture_->window()->modKeyHeld);
+        waitOut();
+        pressKey('1');
+        QCOMPARE(taken(), QStringList());
+    }
+
+    void modifierReleasedAtTheErrorOfADigitIsReleased()
+    {
+        start({"01 0 One"}, {}, {"a"});
+        fixture_->highlight("a");
+        holdKey(Code::Modifier);
+        pressKey('1');
+        awaitKeys(*textView);
+        QVERIFY(fixture_->window()->modKeyHeld);
+        releaseKey(Code::Modifier);
+        QVERIFY(!fixture_->window()->modKeyHeld);
+        waitOut();
+        pressKey('1');
+        QCOMPARE(taken(), QStringList());
+    }
+
+    void modifierCountsNoMoreAfterTheMenuHasOpened()
+    {
+        start({"01 1 one"}, {}, {"a"});
+        fixture_->highlight("a");
+        holdKey(Code::Modifier);
+        chooseOpenWith(0);
+        QVERIFY(!fixture_->window()->modKeyHeld);
+        waitOut();
+        pressKey('1');
+        QCOMPARE(taken(), QStringList());
+        releaseKey(Code::Modifier);
+    }
+
+    void pasteAfterADigitInTheSameHoldCopiesFileByFile()
+    {
+        start({"01 1 one"}, {}, {"a"});
+        QVERIFY(QFile::remove(fixture_->right("a")));
+        fixture_->toClipboard(CommandFixture::Copy, "a", 2);
+        holdKey(Code::Modifier);
+        pressKey('1');
+        waitOut();
+        CommandFixture::choose(CommandFixture::Paste);
+        releaseKey(Code::Modifier);
+        const QStringList log = fixture_->log().take();
+        QCOMPARE(log.filter("Completed: 0% (0 b/1 b)").size(), 2);
+        QVERIFY(log.filter("shell").isEmpty());
+        QCOMPARE(fixture_->files().read("right/a"), QByteArray("a"));
     }
 
     void numberPastTheTableIsAnError_data()
@@ -422,6 +518,15 @@ private:
         for (int i = 0; i < position; ++i)
             pressKey(Code::Down);
         pressKey(Code::Return);
+    }
+
+    /// Lets the busy box go and closes the message, if there is one.
+    void waitOut()
+    {
+        ticksLeft();
+        if (textView->isUp())
+            fixture_->dismissMessage();
+        fixture_->log().take();
     }
 
     /// What was done, but for boxes that were taken away.

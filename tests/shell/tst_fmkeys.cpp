@@ -150,6 +150,52 @@ private slots:
         QVERIFY(!window_->isVisible());
     }
 
+    void modifierAndHideAskToExitAfterADigitInTheSameHold()
+    {
+        openByDigitInAHold();
+        QVERIFY(asksToExit([] { pressKey(Code::Hide); }));
+        QVERIFY(window_->isVisible());
+        QVERIFY(!window_->modKeyHeld);
+        releaseKey(Code::Modifier);
+    }
+
+    void modifierAndHashShowATestBoxAfterADigitInTheSameHold()
+    {
+        openByDigitInAHold();
+        const DebugLines lines;
+        pressKey('#');
+        QVERIFY(lines.all().isEmpty());
+        QCOMPARE(processView->shownText(), QStringLiteral("Please wait"));
+        QVERIFY(!window_->modKeyHeld);
+        releaseKey(Code::Modifier);
+        processView->init();
+    }
+
+    void modifierAndPlayShowThePlayerAfterADigitInTheSameHold()
+    {
+        installPlayer();
+        const QCopChannel channel("LyraPlayer");
+        QSignalSpy received(&channel, &QCopChannel::received);
+        openByDigitInAHold();
+        pressKey(Code::Music);
+        QTRY_COMPARE(received.size(), 1);
+        QCOMPARE(received.first().at(0).toByteArray(), QByteArray("show"));
+        QVERIFY(!window_->modKeyHeld);
+        releaseKey(Code::Modifier);
+    }
+
+    void otherKeysMeanNothingAfterADigitInTheSameHold()
+    {
+        openByDigitInAHold();
+        const DebugLines lines;
+        pressKeys({'*', '0', 'q', Code::MusicPrevious});
+        QVERIFY(lines.all().isEmpty());
+        QVERIFY(!full_scr && !window_->getActiveMultiStat() && !textView->isUp());
+        QVERIFY(window_->modKeyHeld);
+        releaseKey(Code::Modifier);
+        QVERIFY(!window_->modKeyHeld);
+    }
+
     void modifierReleasedDuringTheExitQuestionIsReleased()
     {
         once([] { return textView->isWaiting() && hasKeys(*textView); },
@@ -389,6 +435,18 @@ private:
     {
         while (window_->activePage() != page)
             pressKey(Code::Right);
+    }
+
+    /// Holds the modifier, presses a digit for which there is no plugin, and closes the boxes.
+    void openByDigitInAHold()
+    {
+        program_->highlight(1, "a");
+        holdKey(Code::Modifier);
+        pressKey('5');
+        QVERIFY(textView->isUp());
+        textView->init();
+        processView->init();
+        QVERIFY(window_->modKeyHeld);
     }
 
     void installPlayer()
