@@ -2,6 +2,7 @@
 clicks, the debug stream and pictures of the window."""
 
 import contextlib
+import functools
 import os
 import pathlib
 import re
@@ -78,6 +79,7 @@ def copy_of_stage(source, target):
     return shutil.copy2(source, target)
 
 
+@functools.cache
 def is_sanitized():
     """Whether the staged program is the one that is built with the sanitizers."""
     return b"__asan_init" in (stage_folder() / "quarn").read_bytes()

@@ -1,15 +1,10 @@
 #!/usr/bin/python3
-"""The window: its name, hiding and showing, closing and ending, and what it does when nobody does
-anything."""
+"""The window: its name, hiding and showing, closing and ending."""
 
 import re
 import signal
-import time
 
 import quarn
-
-# Something else on the machine may wake a thread now and then: a moved mouse, a page fault.
-STRAY_WAKE_UPS = 2
 
 
 class TestWindow(quarn.Case):
@@ -230,55 +225,6 @@ class TestClosing(quarn.Case):
         self.assertEqual(program.wait_stable().tobytes(), question.tobytes())
         program.key("softleft")
         self.assertEqual(program.wait_end(), 0)
-
-
-class TestIdling(quarn.Case):
-    def check_idle(self, program, seconds):
-        program.wait_idle(calm=0.5)
-        before = program.wake_ups()
-        time.sleep(seconds)  # waits: the span in which wake-ups are counted
-        woken = program.wake_ups() - before
-        self.assertLessEqual(woken, STRAY_WAKE_UPS, f"in {seconds} s")
-
-    def started(self):
-        program = self.program()
-        for number in range(5):
-            quarn.make_file(program.home / f"{number}.txt", b"x")
-        return program.start()
-
-    def test_nothingWakesTheProgramOverAListing(self):
-        self.check_idle(self.started(), 10)
-
-    def test_nothingWakesTheProgramOverAMenu(self):
-        program = self.started()
-        program.key("softleft")
-        self.check_idle(program, 4)
-
-    def test_nothingWakesTheProgramOverAMessage(self):
-        program = self.started()
-        program.key("music")
-        quarn.wait_until(program.shows_box, "the message")
-        self.check_idle(program, 4)
-
-    def test_nothingWakesTheProgramOverAQuestion(self):
-        program = self.started()
-        program.with_modifier("hide")
-        quarn.wait_until(program.shows_box, "the question")
-        self.check_idle(program, 4)
-
-    def test_nothingWakesTheProgramWhenHidden(self):
-        program = self.started()
-        program.key("hide")
-        program.wait_hidden()
-        self.check_idle(program, 4)
-
-    def test_nothingWakesTheProgramAfterTheTestBox(self):
-        program = self.started()
-        program.with_modifier("hash")
-        quarn.wait_until(program.shows_box, "the box")
-        program.key("softright")
-        quarn.wait_until(lambda: not program.shows_box(), "the box to go")
-        self.check_idle(program, 4)
 
 
 if __name__ == "__main__":

@@ -1,8 +1,6 @@
 #pragma once
 
 #include "platform/zoptionsmenu.h"
-#include "platform/zskinservice.h"
-#include "tests/support/keys.h"
 
 #include <QObject>
 
@@ -24,26 +22,8 @@ public slots:
     void withArgument(int /*number*/) { run("with argument"); }
 
 private:
-    void run(const char* name)
-    {
-        ran.append(QString::fromLatin1(name));
-        const std::function<void()> copy = whenRun;
-        copy();
-    }
+    void run(const char* name);
 };
 
-inline std::unique_ptr<ZOptionsMenu> makeMenu(int items = 0)
-{
-    auto menu =
-        std::make_unique<ZOptionsMenu>(QRect(QPoint(0, 0), QPoint(-1, -1)), nullptr, nullptr,
-                                       Qt::WindowFlags(), ZSkinService::clsOptionsMenu);
-    for (int i = 0; i < items; ++i)
-        menu->insertItem(QString("item %1").arg(i), nullptr, {}, true, i, i);
-    return menu;
-}
-
-inline void pressKeys(const QList<int>& keys)
-{
-    for (const int key : keys)
-        pressKey(key);
-}
+std::unique_ptr<ZOptionsMenu> makeMenu(int items = 0);
+void pressKeys(const QList<int>& keys);

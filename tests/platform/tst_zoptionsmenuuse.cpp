@@ -1,6 +1,8 @@
 #include "platform/keymap.h"
 #include "platform/zoptionsmenu.h"
+#include "platform/zskinservice.h"
 #include "tests/platform/menufixture.h"
+#include "tests/support/keys.h"
 #include "tests/support/testmain.h"
 
 #include <QWheelEvent>
