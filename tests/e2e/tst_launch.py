@@ -61,6 +61,20 @@ class TestChildren(LaunchCase):
         self.assertNotIn("QT_SCALE_FACTOR", names)
         self.assertNotIn("QT_ENABLE_HIGHDPI_SCALING", names)
 
+    def test_getTheUsersLocale(self):
+        names = ("LANG", "LC_ALL", "LC_CTYPE", "LC_COLLATE")
+        for given in ({"LANG": "C"}, {"LANG": None}, {"LC_ALL": "C"}, {"LANG": "xx_YY.UTF-8"},
+                      {"LC_CTYPE": "C", "LC_COLLATE": "C"}):
+            with self.subTest(given):
+                program = self.opener(NOTE.format("env"), start=False)
+                program.start(**given)
+                self.open_picture(program)
+                lines = self.wait_for(program.home / "noted").splitlines()
+                got = dict(line.split("=", 1) for line in lines if line.split("=")[0] in names)
+                wanted = {"LANG": program.environment["LANG"], **given}
+                self.assertEqual(got, {name: value for name, value in wanted.items() if value})
+                program.stop()
+
     def test_leaveNoZombies(self):
         for script, mode in (("exit 3\n", 0o755), ("exit 0\n", 0o644)):
             program = self.opener(script, mode)
@@ -111,6 +125,70 @@ class TestChildren(LaunchCase):
         program.wait_for_listing(program.home)
         (program.home / "gate").write_text("go\n")
         quarn.wait_until(lambda: not program.relatives(), "the plugin to end")
+
+
+class TestDigits(LaunchCase):
+    """Keys of one hold: the modifier goes down once, and the busy box takes all keys meanwhile."""
+
+    def program_with_plugins(self):
+        program = self.program()
+        for name in ("First", "Second"):
+            plugin = program.stage / "plugins" / name / name
+            plugin.parent.mkdir()
+            plugin.write_text(f'#!/bin/sh\necho {name} "$@" >> "$HOME/started"\n')
+            plugin.chmod(0o755)
+        (program.stage / "fm_plugins.cfg").write_text("01 0 First\n02 0 Missing\n03 0 Second\n")
+        (program.home / "a.pic").write_bytes(b"")
+        program.start()
+        program.key("down")
+        return program
+
+    def press_digit(self, program, digit):
+        program.key(digit)
+        quarn.wait_until(program.shows_box, "the busy box")
+
+    @staticmethod
+    def wait_out(program):
+        quarn.wait_until(lambda: not program.shows_box(), "the busy box to go")
+
+    def test_startOnePluginAfterTheOtherInOneHold(self):
+        program = self.program_with_plugins()
+        started = program.home / "started"
+        expected = ""
+        program.keydown("modifier")
+        for digit, name in (("3", "Second"), ("1", "First"), ("3", "Second")):
+            self.press_digit(program, digit)
+            expected += f"{name} -d {program.home}/a.pic\n"
+            quarn.wait_until(lambda: started.exists() and started.read_text() == expected, name)
+            self.wait_out(program)
+        program.keyup("modifier")
+        program.key("3", "hash")
+        program.wait_for_listing(program.home)
+        self.assertEqual(started.read_text(), expected)
+
+    def test_leaveTheExitQuestionToTheSameHold(self):
+        program = self.program_with_plugins()
+        program.keydown("modifier")
+        self.press_digit(program, "1")
+        self.wait_out(program)
+        before = program.wait_stable()
+        program.key("hide")
+        program.wait_change(before)
+        self.assertTrue(program.shows_box())
+        program.key("softleft")
+        program.keyup("modifier")
+        self.assertEqual(program.wait_end(), 0)
+
+    def test_releaseDuringTheBusyBoxEndsTheHold(self):
+        program = self.program_with_plugins()
+        program.keydown("modifier")
+        self.press_digit(program, "1")
+        program.keyup("modifier")
+        self.wait_out(program)
+        program.key("3", "hide")
+        program.wait_hidden()
+        self.assertEqual((program.home / "started").read_text(),
+                         f"First -d {program.home}/a.pic\n")
 
 
 class TestPlayersChannel(quarn.Case):
