@@ -10,6 +10,10 @@ QString shellBytes(const QString& path);
 /// not escaped.
 QString quotedForShell(const QString& path);
 
+/// Notes the user's locale. To be called before the application is made, which may give this process
+/// another: what the shell starts gets the one noted.
+void keepUsersLocale();
+
 /// Hands a command line, as Latin-1, to the system's shell and waits until the shell has ended,
 /// which for a line ending in "&" is at once. Returns what system() returns.
 int runShell(const QString& command);
