@@ -3,6 +3,49 @@
 #include "files/names.h"
 
 #include <cstdlib>
+#include <optional>
+
+namespace
+{
+
+struct Locale {
+    QByteArray all;
+    QByteArray characters;
+};
+
+std::optional<Locale> usersLocale;
+
+/// Gives an environment variable another value for a while; a null value takes it out.
+class ChangedVariable
+{
+public:
+    ChangedVariable(const char* name, const QByteArray& value) : name_(name), before_(qgetenv(name))
+    {
+        set(value);
+    }
+    ~ChangedVariable() { set(before_); }
+    ChangedVariable(const ChangedVariable&) = delete;
+    ChangedVariable& operator=(const ChangedVariable&) = delete;
+
+private:
+    void set(const QByteArray& value) const
+    {
+        if (value.isNull())
+            qunsetenv(name_);
+        else
+            qputenv(name_, value);
+    }
+
+    const char* name_;
+    QByteArray before_;
+};
+
+int run(const ShellBytes& command)
+{
+    return command ? std::system(command->constData()) : -1;
+}
+
+} // namespace
 
 ShellBytes shellBytes(const QString& path)
 {
@@ -25,21 +68,22 @@ ShellBytes joined(std::initializer_list<ShellBytes> pieces)
     return line;
 }
 
+void keepUsersLocale()
+{
+    usersLocale = {qgetenv("LC_ALL"), qgetenv("LC_CTYPE")};
+}
+
 int runShell(const ShellBytes& command)
 {
-    return command ? std::system(command->constData()) : -1;
+    if (!usersLocale)
+        return run(command);
+    const ChangedVariable all("LC_ALL", usersLocale->all);
+    const ChangedVariable characters("LC_CTYPE", usersLocale->characters);
+    return run(command);
 }
 
 int runShellInByteOrder(const ShellBytes& command)
 {
-    const char* const Locale = "LC_ALL";
-    const bool wasSet = qEnvironmentVariableIsSet(Locale);
-    const QByteArray before = qgetenv(Locale);
-    qputenv(Locale, "C");
-    const int status = runShell(command);
-    if (wasSet)
-        qputenv(Locale, before);
-    else
-        qunsetenv(Locale);
-    return status;
+    const ChangedVariable all("LC_ALL", "C");
+    return run(command);
 }

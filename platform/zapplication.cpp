@@ -132,13 +132,11 @@ ZApplication::ZApplication(const int& argc, char** argv, [[maybe_unused]] int ty
         return;
     ownsToolkit_ = true;
     quitting = false;
+    useUtf8Locale();
     // What only this process is told is not for the programs that it starts.
-    const KeptVariable all("LC_ALL");
-    const KeptVariable characters("LC_CTYPE");
     const KeptVariable scaling("QT_ENABLE_HIGHDPI_SCALING");
     const KeptVariable factor("QT_SCALE_FACTOR");
     const KeptVariable shared("QT_XCB_NO_MITSHM");
-    useUtf8Locale();
     sendPicturesAtOnce();
     keepArguments(argc, argv);
     ZScreen::prepareScale(arguments().count, arguments().pointers.data());

@@ -1,5 +1,6 @@
 #include "shell/startup.h"
 
+#include "launch/shellcommand.h"
 #include "platform/keymap.h"
 #include "platform/qcopchannel.h"
 #include "platform/qdiskfont.h"
@@ -47,6 +48,7 @@ void registerFont(int weight)
 
 int startQuarn(int argc, char** argv)
 {
+    keepUsersLocale();
     const QDaemonApp local(argc, argv);
     if (!becomeTheInstance()) {
         QCopChannel::send(Channel, "show()");

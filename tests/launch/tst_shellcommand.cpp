@@ -24,6 +24,8 @@ private slots:
     void statusOfTheShellIsReturned();
     void commandInTheBackgroundIsNotWaitedFor();
     void commandInTheForegroundIsWaitedFor();
+    void usersLocaleReachesTheShell_data();
+    void usersLocaleReachesTheShell();
 
 private:
     /// What a program started by the shell gets as its only argument for a quoted path.
@@ -149,6 +151,39 @@ void tst_ShellCommand::commandInTheForegroundIsWaitedFor()
     const ShellBytes file = quotedForShell(folder.path("done"));
     runShell(joined({"i=0; while [ $i -lt 2000 ]; do i=$((i+1)); done; echo $i > ", file}));
     QCOMPARE(folder.read("done"), QByteArray("2000\n"));
+}
+
+void tst_ShellCommand::usersLocaleReachesTheShell_data()
+{
+    QTest::addColumn<QByteArray>("users");
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("none") << QByteArray() << QByteArray("none");
+    QTest::newRow("empty") << QByteArray("") << QByteArray("");
+    QTest::newRow("not installed") << QByteArray("yy_YY") << QByteArray("yy_YY");
+}
+
+void tst_ShellCommand::usersLocaleReachesTheShell()
+{
+    QFETCH(QByteArray, users);
+    QFETCH(QByteArray, text);
+    const ScratchFolder folder;
+    const QString line =
+        "printf %s \"${LC_ALL-none} $LC_CTYPE\" > " + quotedForShell(folder.path("noted"));
+    const QByteArray before = qgetenv("LC_ALL");
+    users.isNull() ? qunsetenv("LC_ALL") : qputenv("LC_ALL", users);
+    qputenv("LC_CTYPE", "de_DE");
+    keepUsersLocale();
+    qputenv("LC_ALL", "C.UTF-8");
+    qputenv("LC_CTYPE", "C.UTF-8");
+    runShell(line);
+    QCOMPARE(folder.read("noted"), text + " de_DE");
+    runShellInByteOrder(line);
+    QVERIFY(folder.read("noted").startsWith("C "));
+    QCOMPARE(qgetenv("LC_ALL"), QByteArray("C.UTF-8"));
+    QCOMPARE(qgetenv("LC_CTYPE"), QByteArray("C.UTF-8"));
+    before.isNull() ? qunsetenv("LC_ALL") : qputenv("LC_ALL", before);
+    qunsetenv("LC_CTYPE");
+    keepUsersLocale();
 }
 
 QUARN_TEST_MAIN(tst_ShellCommand)
