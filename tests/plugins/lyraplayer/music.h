@@ -12,6 +12,9 @@
 
 // Music for the tests of the player, and what they check of mpv.
 
+/// Milliseconds that a test waits at most. mpv starts in a fraction of a second on an idle machine.
+constexpr int Patience = 60000;
+
 inline QByteArray littleEndian(quint32 number, int bytes)
 {
     const quint32 ordered = qToLittleEndian(number);

@@ -78,13 +78,13 @@ void tst_MpvEngine::tagsAndLengthAreToldWhenATrackIsOpened()
     MpvEngine engine(silentMpv());
     QSignalSpy loaded(&engine, &MpvEngine::loaded);
     engine.load(trackIn(folder, "a.wav"));
-    QTRY_COMPARE(loaded.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
     const auto first = loaded.at(0).at(0).value<TrackInfo>();
     QCOMPARE(first.title, QString("The Title"));
     QCOMPARE(first.artist, QString("The Artist"));
     QCOMPARE(first.length, 5.0);
     engine.load(trackIn(folder, "b.wav"));
-    QTRY_COMPARE(loaded.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 2, Patience);
     const auto second = loaded.at(1).at(0).value<TrackInfo>();
     QCOMPARE(second.title, QString());
     QCOMPARE(second.length, 3.0);
@@ -113,7 +113,7 @@ void tst_MpvEngine::namesOfEveryKindArePlayed()
     MpvEngine engine(silentMpv());
     QSignalSpy loaded(&engine, &MpvEngine::loaded);
     engine.load(track);
-    QTRY_COMPARE(loaded.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
     QCOMPARE(::unlink(track.constData()), 0);
 }
 
@@ -125,7 +125,7 @@ void tst_MpvEngine::theEndOfATrackIsTold()
     QSignalSpy ended(&engine, &MpvEngine::ended);
     for (int round = 1; round <= 2; ++round) {
         engine.load(trackIn(folder, "short.wav"));
-        QTRY_COMPARE(ended.size(), round);
+        QTRY_COMPARE_WITH_TIMEOUT(ended.size(), round, Patience);
     }
 }
 
@@ -138,26 +138,26 @@ void tst_MpvEngine::aPauseHoldsThePosition()
     QSignalSpy paused(&engine, &MpvEngine::pausedChanged);
     QSignalSpy position(&engine, &MpvEngine::position);
     engine.load(trackIn(folder, "long.wav"));
-    QTRY_COMPARE(moved.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 1, Patience);
     paused.clear();
     engine.setPaused(true);
-    QTRY_COMPARE(paused.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(paused.size(), 1, Patience);
     QCOMPARE(paused.at(0).at(0).toBool(), true);
     engine.askPosition();
-    QTRY_COMPARE(position.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(position.size(), 1, Patience);
     engine.askPosition();
-    QTRY_COMPARE(position.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(position.size(), 2, Patience);
     QCOMPARE(position.at(1), position.at(0));
     QCOMPARE(position.at(0).at(1).toDouble(), 60.0);
     engine.setPaused(false);
-    QTRY_COMPARE(paused.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(paused.size(), 2, Patience);
     QCOMPARE(paused.at(1).at(0).toBool(), false);
     const auto moves = [&] {
         engine.askPosition();
-        return position.wait() &&
+        return position.wait(Patience) &&
                position.last().at(0).toDouble() > position.first().at(0).toDouble();
     };
-    QTRY_VERIFY(moves());
+    QTRY_VERIFY_WITH_TIMEOUT(moves(), Patience);
 }
 
 void tst_MpvEngine::aLoadedTrackPlaysAlthoughTheLastWasPaused()
@@ -169,10 +169,10 @@ void tst_MpvEngine::aLoadedTrackPlaysAlthoughTheLastWasPaused()
     QSignalSpy loaded(&engine, &MpvEngine::loaded);
     QSignalSpy ended(&engine, &MpvEngine::ended);
     engine.load(trackIn(folder, "long.wav"));
-    QTRY_COMPARE(loaded.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
     engine.setPaused(true);
     engine.load(trackIn(folder, "short.wav"));
-    QTRY_COMPARE(ended.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, Patience);
 }
 
 void tst_MpvEngine::seekingLeadsToThePosition()
@@ -183,12 +183,12 @@ void tst_MpvEngine::seekingLeadsToThePosition()
     QSignalSpy moved(&engine, &MpvEngine::moved);
     QSignalSpy position(&engine, &MpvEngine::position);
     engine.load(trackIn(folder, "long.wav"));
-    QTRY_COMPARE(moved.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 1, Patience);
     engine.setPaused(true);
     engine.seek(30);
-    QTRY_COMPARE(moved.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 2, Patience);
     engine.askPosition();
-    QTRY_COMPARE(position.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(position.size(), 1, Patience);
     QCOMPARE(std::lround(position.at(0).at(0).toDouble()), 30);
 }
 
@@ -210,7 +210,7 @@ void tst_MpvEngine::whatCannotBePlayedIsToldWithItsReason()
     QSignalSpy unplayable(&engine, &MpvEngine::unplayable);
     QSignalSpy loaded(&engine, &MpvEngine::loaded);
     engine.load(trackIn(folder, "a.mp3"));
-    QTRY_COMPARE(unplayable.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(unplayable.size(), 1, Patience);
     QVERIFY(!unplayable.at(0).at(0).toString().isEmpty());
     QVERIFY(loaded.isEmpty());
     QVERIFY(engine.isRunning());
@@ -226,7 +226,7 @@ void tst_MpvEngine::aMissingSoundOutputIsNotTheTracksFault()
     QSignalSpy noOutput(&engine, &MpvEngine::noOutput);
     QSignalSpy unplayable(&engine, &MpvEngine::unplayable);
     engine.load(trackIn(folder, "a.wav"));
-    QTRY_COMPARE(noOutput.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(noOutput.size(), 1, Patience);
     QVERIFY(unplayable.isEmpty());
 }
 
@@ -242,7 +242,7 @@ void tst_MpvEngine::onlyTheLastLoadedTrackIsReported()
     for (int i = 0; i < 20; ++i)
         engine.load(trackIn(folder, "junk.mp3"));
     engine.load(trackIn(folder, "a.wav"));
-    QTRY_COMPARE(loaded.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
     QCOMPARE(loaded.at(0).at(0).value<TrackInfo>().title, QString("The Last"));
     QVERIFY(unplayable.isEmpty());
     QVERIFY(ended.isEmpty());
@@ -260,7 +260,7 @@ void tst_MpvEngine::aStoppedTrackIsNotReported()
     engine.stop();
     // What mpv says of it would come before this.
     engine.load(trackIn(folder, "a.wav"));
-    QTRY_COMPARE(loaded.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
     QVERIFY(unplayable.isEmpty());
 }
 
@@ -273,10 +273,10 @@ void tst_MpvEngine::anErrorOfATrackThatWasReplacedIsNotTheNextOnes()
     engine.load("/first.mp3");
     engine.load("/second.mp3");
     engine.askPosition();
-    QTRY_COMPARE(unplayable.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(unplayable.size(), 1, Patience);
     // Another round, so that all that is on the way has arrived.
     engine.load("/third.mp3");
-    QTRY_COMPARE(unplayable.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(unplayable.size(), 2, Patience);
     QVERIFY(failed.isEmpty());
 }
 
@@ -290,7 +290,7 @@ void tst_MpvEngine::aTrackThatIsOverIsNotReportedAsOpened()
     QSignalSpy unplayable(&engine, &MpvEngine::unplayable);
     QSignalSpy failed(&engine, &MpvEngine::failed);
     engine.load("/a.mp3");
-    QTRY_COMPARE(failed.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, Patience);
     QCOMPARE(unplayable.size(), 1);
     QVERIFY(loaded.isEmpty());
 }
@@ -304,7 +304,7 @@ void tst_MpvEngine::aMissingProgramIsReported()
     QSignalSpy failed(&engine, &MpvEngine::failed);
     for (int round = 1; round <= 2; ++round) {
         engine.load("/a.mp3");
-        QTRY_COMPARE(failed.size(), round);
+        QTRY_COMPARE_WITH_TIMEOUT(failed.size(), round, Patience);
         QVERIFY(!engine.isRunning());
     }
     QVERIFY(failed.at(0).at(0).toString().contains("cannot be started"));
@@ -331,7 +331,7 @@ void tst_MpvEngine::aProgramThatEndsIsReported()
     QSignalSpy failed(&engine, &MpvEngine::failed);
     engine.load("/a.mp3");
     const qint64 process = engine.processId();
-    QTRY_COMPARE(failed.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, Patience);
     QVERIFY(!engine.isRunning());
     QVERIFY(process == 0 || !processExists(process));
 }
@@ -346,7 +346,7 @@ void tst_MpvEngine::aProgramThatDoesNotAnswerIsGivenUp()
     engine.load("/a.mp3");
     const qint64 process = engine.processId();
     QVERIFY(process > 0);
-    QTRY_COMPARE(failed.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, Patience);
     QVERIFY(failed.at(0).at(0).toString().contains("does not answer"));
     QVERIFY(!processExists(process));
 }
@@ -359,16 +359,16 @@ void tst_MpvEngine::anMpvThatDiesIsReportedAndStartedAgain()
     QSignalSpy loaded(&engine, &MpvEngine::loaded);
     QSignalSpy failed(&engine, &MpvEngine::failed);
     engine.load(trackIn(folder, "a.wav"));
-    QTRY_COMPARE(loaded.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
     const qint64 process = engine.processId();
     QCOMPARE(::kill(pid_t(process), SIGKILL), 0);
-    QTRY_COMPARE(failed.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, Patience);
     QVERIFY(!processExists(process));
     engine.setPaused(true);
     engine.seek(1);
     engine.askPosition();
     engine.load(trackIn(folder, "a.wav"));
-    QTRY_COMPARE(loaded.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 2, Patience);
     QCOMPARE(failed.size(), 1);
 }
 
@@ -382,12 +382,12 @@ void tst_MpvEngine::mpvEndsWithTheEngine()
         QSignalSpy loaded(&engine, &MpvEngine::loaded);
         QSignalSpy failed(&engine, &MpvEngine::failed);
         engine.load(trackIn(folder, "a.wav"));
-        QTRY_COMPARE(loaded.size(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
         process = engine.processId();
         engine.shutDown();
         QVERIFY(!processExists(process));
         engine.load(trackIn(folder, "a.wav"));
-        QTRY_COMPARE(loaded.size(), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 2, Patience);
         process = engine.processId();
         QVERIFY(processExists(process));
         QVERIFY(failed.isEmpty());
@@ -403,7 +403,7 @@ void tst_MpvEngine::mpvThatHangsEndsWithTheEngine()
         MpvEngine engine(insteadOfMpv(folder, "trap '' TERM\n: > " + folder.path("up").toUtf8() +
                                                   "\nexec sleep 600"));
         engine.load("/a.mp3");
-        QTRY_VERIFY(folder.exists("up"));
+        QTRY_VERIFY_WITH_TIMEOUT(folder.exists("up"), Patience);
         process = engine.processId();
     }
     QVERIFY(!processExists(process));

@@ -84,7 +84,7 @@ void tst_Player::aListIsPlayedToItsEndAndThenStops()
 {
     Fixture f({short_, short_, short_});
     f.player.play(0);
-    QTRY_COMPARE(f.ended.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(f.ended.size(), 1, Patience);
     QCOMPARE(f.player.state(), Player::Stopped);
     // Through all, and back to the first, with which "play" begins anew.
     QCOMPARE(f.current.size(), 3);
@@ -92,7 +92,7 @@ void tst_Player::aListIsPlayedToItsEndAndThenStops()
     QCOMPARE(f.player.current(), 0);
     QVERIFY(f.player.engine().isRunning());
     f.player.toggle();
-    QTRY_COMPARE(f.ended.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(f.ended.size(), 2, Patience);
 }
 
 void tst_Player::anEmptyListTakesEveryCommand()
@@ -117,7 +117,7 @@ void tst_Player::nothingIsPlayedBeforeTheFirstCommand()
     QCoreApplication::processEvents();
     QVERIFY(!f.player.engine().isRunning());
     f.player.toggle();
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
 }
 
 void tst_Player::tagsAreShownElseTheName()
@@ -125,13 +125,13 @@ void tst_Player::tagsAreShownElseTheName()
     Fixture f({long_, other_});
     QCOMPARE(f.player.title(), QString("long.wav"));
     f.player.play(0);
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     QCOMPARE(f.player.title(), QString("Long One"));
     QCOMPARE(f.player.track().length, 60.0);
     f.player.next();
     QCOMPARE(f.player.title(), QString("other.wav"));
     QCOMPARE(f.player.track().length, 0.0);
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     QCOMPARE(f.player.title(), QString("other.wav"));
 }
 
@@ -141,9 +141,9 @@ void tst_Player::nextAndPreviousStepThroughTheList()
     f.player.play(0);
     f.player.next();
     f.player.next();
-    QTRY_VERIFY(f.plays(2));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(2), Patience);
     f.player.previous();
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     QCOMPARE(f.player.message(), QString());
 }
 
@@ -151,12 +151,12 @@ void tst_Player::theFirstTrackBeginsAnew()
 {
     Fixture f({long_, other_});
     f.player.play(0);
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     f.player.seek(0.5);
     QCOMPARE(std::lround(f.player.position()), 30);
     f.player.previous();
     QCOMPARE(f.player.position(), 0.0);
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     QVERIFY(f.current.isEmpty());
 }
 
@@ -164,7 +164,7 @@ void tst_Player::theLastTrackGoesOn()
 {
     Fixture f({other_, long_});
     f.player.play(1);
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     f.player.next();
     QVERIFY(f.plays(1));
     QVERIFY(f.player.message().contains("last track"));
@@ -195,7 +195,7 @@ void tst_Player::whatCannotBePlayedIsSkippedWithAMessage()
     folder.setMode("locked.mp3", 0);
     Fixture f({trackIn(folder, name), long_});
     f.player.play(0);
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     QVERIFY2(f.player.message().startsWith("Skipped " + name + ": "),
              qUtf8Printable(f.player.message()));
     f.player.next();
@@ -206,7 +206,7 @@ void tst_Player::aListOfNothingPlayableStops()
 {
     Fixture f({junk_, "/no/such.mp3", junk_});
     f.player.play(0);
-    QTRY_COMPARE(f.ended.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(f.ended.size(), 1, Patience);
     QCOMPARE(f.player.state(), Player::Stopped);
     QVERIFY(f.player.message().startsWith("Skipped 3 tracks: junk.mp3: "));
 }
@@ -215,14 +215,14 @@ void tst_Player::previousSkipsBackwards()
 {
     Fixture f({long_, junk_, "/no/such.mp3", other_});
     f.player.play(3);
-    QTRY_VERIFY(f.plays(3));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(3), Patience);
     f.player.previous();
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     Fixture g({junk_, long_});
     g.player.play(1);
-    QTRY_VERIFY(g.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(g.plays(1), Patience);
     g.player.previous();
-    QTRY_COMPARE(g.player.state(), Player::Stopped);
+    QTRY_COMPARE_WITH_TIMEOUT(g.player.state(), Player::Stopped, Patience);
     QVERIFY(g.ended.isEmpty());
     QVERIFY(g.player.message().startsWith("Skipped junk.mp3: "));
 }
@@ -232,7 +232,7 @@ void tst_Player::manySkippedTracksAreCounted()
     const QByteArray name(200, 'x');
     Fixture f({junk_, '/' + name + ".mp3", long_, short_});
     f.player.play(0);
-    QTRY_VERIFY(f.plays(2));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(2), Patience);
     QVERIFY(f.player.message().startsWith("Skipped 2 tracks: xxx"));
     QVERIFY2(f.player.message().size() < 100, "a long name leaves room for the reason");
     f.player.next();
@@ -244,11 +244,11 @@ void tst_Player::pauseAndPlay()
     Fixture f({long_});
     f.player.play(0);
     QCOMPARE(f.player.state(), Player::Opening);
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     f.player.toggle();
-    QTRY_COMPARE(f.player.state(), Player::Paused);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
     f.player.toggle();
-    QTRY_COMPARE(f.player.state(), Player::Playing);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Playing, Patience);
 }
 
 void tst_Player::aPauseWhileATrackIsOpenedHolds_data()
@@ -270,31 +270,32 @@ void tst_Player::aPauseWhileATrackIsOpenedHolds()
     QSignalSpy position(&f.player.engine(), &MpvEngine::position);
     f.player.play(0);
     if (loading)
-        QTRY_VERIFY(f.player.engine().isRunning());
+        QTRY_VERIFY_WITH_TIMEOUT(f.player.engine().isRunning(), Patience);
     for (int press = 1; press <= presses; ++press) {
         f.player.toggle();
         QCOMPARE(f.player.isPlaying(), press % 2 == 0);
     }
     QCOMPARE(f.player.state(), Player::Opening);
-    QTRY_VERIFY(!moved.isEmpty());
-    QTRY_COMPARE(f.player.state(), presses == 1 ? Player::Paused : Player::Playing);
+    QTRY_VERIFY_WITH_TIMEOUT(!moved.isEmpty(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), presses == 1 ? Player::Paused : Player::Playing,
+                              Patience);
     f.player.setWatched(true);
-    QTRY_VERIFY(!position.isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(!position.isEmpty(), Patience);
     if (presses == 1)
         QVERIFY(position.last().at(0).toDouble() < 0.5);
     else
-        QTRY_VERIFY(f.player.position() >= 1);
+        QTRY_VERIFY_WITH_TIMEOUT(f.player.position() >= 1, Patience);
 }
 
 void tst_Player::aChosenTrackPlaysAlthoughPaused()
 {
     Fixture f({long_, other_});
     f.player.play(0);
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     f.player.toggle();
-    QTRY_COMPARE(f.player.state(), Player::Paused);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
     f.player.play(1);
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
 }
 
 void tst_Player::thePositionIsSoughtInParts()
@@ -305,13 +306,14 @@ void tst_Player::thePositionIsSoughtInParts()
     f.player.seek(0.5);
     QCOMPARE(f.player.position(), 0.0);
     f.player.play(0);
-    QTRY_COMPARE(moved.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 1, Patience);
     f.player.toggle();
-    QTRY_COMPARE(f.player.state(), Player::Paused);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
     f.player.setWatched(true);
     f.player.seek(0.5);
-    QTRY_COMPARE(moved.size(), 2);
-    QTRY_VERIFY(!position.isEmpty() && std::lround(position.last().at(0).toDouble()) == 30);
+    QTRY_COMPARE_WITH_TIMEOUT(moved.size(), 2, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !position.isEmpty() && std::lround(position.last().at(0).toDouble()) == 30, Patience);
     QCOMPARE(std::lround(f.player.position()), 30);
     f.player.seek(7);
     QCOMPARE(f.player.position(), 60.0);
@@ -325,8 +327,8 @@ void tst_Player::thePositionFollowsWhileWatched()
     f.player.setWatched(true);
     f.player.play(0);
     // More than one: each leads to the next.
-    QTRY_VERIFY(f.player.position() >= 1);
-    QTRY_VERIFY(f.player.position() >= 2);
+    QTRY_VERIFY_WITH_TIMEOUT(f.player.position() >= 1, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(f.player.position() >= 2, Patience);
     f.player.next();
     QVERIFY(f.player.position() >= 2);
 }
@@ -351,7 +353,7 @@ void tst_Player::theVolumeOutlivesMpv()
     Fixture f({long_}, insteadOfMpv(folder, "echo \"$@\" > " + noted));
     f.player.changeVolume(-6);
     f.player.play(0);
-    QTRY_VERIFY(!f.player.message().isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(!f.player.message().isEmpty(), Patience);
     QVERIFY(folder.read("arguments").contains("--volume=70 "));
 }
 
@@ -362,7 +364,7 @@ void tst_Player::aMissingMpvIsSaidAndCanBeTriedAgain()
     Fixture f({long_, other_}, settings);
     for (int round = 0; round < 2; ++round) {
         f.player.toggle();
-        QTRY_VERIFY(f.player.message().contains("cannot be started"));
+        QTRY_VERIFY_WITH_TIMEOUT(f.player.message().contains("cannot be started"), Patience);
         QCOMPARE(f.player.state(), Player::Stopped);
         QCOMPARE(f.player.current(), 0);
     }
@@ -372,12 +374,12 @@ void tst_Player::anMpvThatDiesStopsAndPlayGoesOn()
 {
     Fixture f({other_, long_});
     f.player.play(1);
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     QCOMPARE(::kill(pid_t(f.player.engine().processId()), SIGKILL), 0);
-    QTRY_COMPARE(f.player.state(), Player::Stopped);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Stopped, Patience);
     QVERIFY(f.player.message().contains("ended"));
     f.player.toggle();
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     QVERIFY(f.player.message().isEmpty());
 }
 
@@ -387,7 +389,7 @@ void tst_Player::aMissingSoundOutputDoesNotSkip()
     settings.options = QStringList{"--ao=pcm", "--ao-pcm-file=" + folder_->path("no/such")};
     Fixture f({long_, other_}, settings);
     f.player.play(0);
-    QTRY_VERIFY(f.player.message().startsWith("No sound"));
+    QTRY_VERIFY_WITH_TIMEOUT(f.player.message().startsWith("No sound"), Patience);
     QCOMPARE(f.player.state(), Player::Stopped);
     QCOMPARE(f.player.current(), 0);
 }
@@ -398,7 +400,7 @@ void tst_Player::twentyThousandMissingTracksAreSkipped()
     tracks.append(long_);
     Fixture f(tracks);
     f.player.play(0);
-    QTRY_VERIFY_WITH_TIMEOUT(f.plays(20000), 60000);
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(20000), Patience);
 }
 
 QUARN_TEST_MAIN(tst_Player)

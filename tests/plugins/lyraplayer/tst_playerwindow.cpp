@@ -118,14 +118,14 @@ void tst_PlayerWindow::timesAreReadByPeople()
 void tst_PlayerWindow::softKeysPlayPauseAndEnd()
 {
     Fixture f(three_);
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     QCOMPARE(f.softKey(ZSoftKey::Left), QString("Pause"));
     QCOMPARE(f.softKey(ZSoftKey::Right), QString("Exit"));
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE(f.player.state(), Player::Paused);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
     QCOMPARE(f.softKey(ZSoftKey::Left), QString("Play"));
     pressKey(PhoneKey::Music);
-    QTRY_COMPARE(f.player.state(), Player::Playing);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Playing, Patience);
     QVERIFY(!ZApplication::isQuitting());
 }
 
@@ -148,7 +148,7 @@ void tst_PlayerWindow::keysStepThroughTheTracks()
         f.player.play(1);
         f.window->showList(list);
         pressKey(key);
-        QTRY_VERIFY(f.plays(track));
+        QTRY_VERIFY_WITH_TIMEOUT(f.plays(track), Patience);
         QCOMPARE(f.window->showsList(), list);
     }
 }
@@ -166,9 +166,9 @@ void tst_PlayerWindow::arrowsChangeTheVolume()
 void tst_PlayerWindow::digitsSeek()
 {
     Fixture f(three_);
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE(f.player.state(), Player::Paused);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
     pressKey('5');
     QCOMPARE(f.player.position(), 30.0);
     pressKey('0');
@@ -187,7 +187,7 @@ void tst_PlayerWindow::returnLeadsToTheListAndPlaysTheChosenTrack()
     pressKey(PhoneKey::Down);
     QCOMPARE(f.player.volume(), volume);
     pressKey(PhoneKey::Return);
-    QTRY_VERIFY(f.plays(2));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(2), Patience);
     QVERIFY(!f.window->showsList());
 }
 
@@ -235,7 +235,7 @@ void tst_PlayerWindow::theEndOfTheListShowsTheList()
 {
     Fixture f({trackIn(*folder_, "short.wav"), trackIn(*folder_, "short.wav")});
     QVERIFY(!f.window->showsList());
-    QTRY_VERIFY(f.window->showsList());
+    QTRY_VERIFY_WITH_TIMEOUT(f.window->showsList(), Patience);
     QCOMPARE(f.player.state(), Player::Stopped);
     QCOMPARE(f.softKey(ZSoftKey::Left), QString("Play"));
     QVERIFY(f.window->isVisible());
@@ -244,7 +244,7 @@ void tst_PlayerWindow::theEndOfTheListShowsTheList()
 void tst_PlayerWindow::messagesAreShownAndGoWithTheNextKey()
 {
     Fixture f({"/no/such.mp3", three_.at(0), three_.at(1)});
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     QVERIFY(f.message().isVisible());
     QVERIFY(f.message().text().contains("such.mp3"));
     pressKey(PhoneKey::Right);
@@ -255,7 +255,7 @@ void tst_PlayerWindow::aLongMessageStaysInBounds()
 {
     Fixture f(three_, false);
     f.player.say(QString(3000, 'm'));
-    QTRY_VERIFY(f.message().height() > 40);
+    QTRY_VERIFY_WITH_TIMEOUT(f.message().height() > 40, Patience);
     QVERIFY(f.message().height() < 100);
     QCOMPARE(f.window->size(), QSize(ZScreen::Width, ZScreen::Height));
     QCOMPARE(f.message().width(), ZScreen::Width);
@@ -286,24 +286,24 @@ void tst_PlayerWindow::hidingKeepsTheMusicAndShowBringsTheWindowBack()
     pressKey(PhoneKey::Hide);
     QVERIFY(f.window->isHidden());
     QVERIFY(!ZScreen::instance()->isVisible());
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     QVERIFY(f.window->isHidden());
     f.window->take("show");
     QVERIFY(f.window->isVisible());
     QVERIFY(ZScreen::instance()->isVisible());
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE(f.player.state(), Player::Paused);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
 }
 
 void tst_PlayerWindow::channelMessagesStep()
 {
     Fixture f(three_);
     f.window->take("next");
-    QTRY_VERIFY(f.plays(1));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     f.window->take("next");
     f.window->take("prew");
     f.window->take("prew");
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
 }
 
 void tst_PlayerWindow::otherMessagesAreIgnored_data()
@@ -334,9 +334,9 @@ void tst_PlayerWindow::tapsWorkTheButtons()
     constexpr int Buttons = 237;
     constexpr int Volume = 265;
     Fixture f(three_);
-    QTRY_VERIFY(f.plays(0));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
     f.tap(120, Buttons);
-    QTRY_COMPARE(f.player.state(), Player::Paused);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
     f.tap(120, Bar);
     QVERIFY(std::abs(f.player.position() - 30) < 1);
     f.tap(174, Buttons);
@@ -357,7 +357,8 @@ void tst_PlayerWindow::fullScreenGivesThePageMoreRoom()
     Fixture f(three_, false);
     const int before = f.window->findChild<NowPlaying*>()->height();
     pressKey('*');
-    QTRY_COMPARE(f.window->findChild<NowPlaying*>()->height(), before + ZSkinService::HeaderHeight);
+    QTRY_COMPARE_WITH_TIMEOUT(f.window->findChild<NowPlaying*>()->height(),
+                              before + ZSkinService::HeaderHeight, Patience);
 }
 
 void tst_PlayerWindow::namesOfAnyLengthAndKindAreShown()
@@ -386,7 +387,7 @@ void tst_PlayerWindow::twentyThousandTracksAreListed()
     f.window->showList(true);
     QCOMPARE(f.window->list()->count(), 20000);
     QCOMPARE(f.window->list()->currentItem(), 19999);
-    QTRY_VERIFY(f.plays(19999));
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(19999), Patience);
 }
 
 QUARN_TEST_MAIN(tst_PlayerWindow)
