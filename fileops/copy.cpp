@@ -71,6 +71,8 @@ void FM::copyByShell(const QString& src, const QString& dstDir)
     textView->paintNow();
     ZApplication::processEvents();
     runShell(joined({"cp -R ", quotedForShell(src), " ", quotedForShell(dstDir)}));
+    // What was typed meanwhile is for the box, which swallows it, not for what is below.
+    ZApplication::processEvents();
     textView->init();
 }
 
