@@ -1,6 +1,5 @@
 #include "assoc/bookmarkfile.h"
 
-#include "assoc/tablefile.h"
 #include "files/names.h"
 #include "files/regularfile.h"
 #include "files/textlines.h"
@@ -14,7 +13,9 @@ namespace
 
 /// The longest path of the system, bytes.
 constexpr qsizetype MaxLine = 4096;
-constexpr qsizetype MaxBookmarks = MaxTableLines / 2;
+/// Far beyond what anyone makes; they keep a broken file from taking all memory.
+constexpr qsizetype MaxBytes = 64 * 1024 * 1024;
+constexpr qsizetype MaxBookmarks = 1000000;
 
 bool hasLineBreak(const QString& text)
 {
@@ -40,14 +41,20 @@ bool appendWhole(int file, const QByteArray& bytes)
 Bookmarks readBookmarks(const QString& file)
 {
     Bookmarks bookmarks;
-    const auto bytes = readRegular(file, MaxTableBytes);
+    auto bytes = readRegular(file, MaxBytes + 1);
     if (!bytes)
         return bookmarks;
+    // Of a record that the bound cuts nothing is kept.
+    const bool isCut = bytes->size() > MaxBytes;
+    if (isCut)
+        bytes->truncate(bytes->lastIndexOf('\n') + 1);
     TextLines lines(*bytes);
     while (bookmarks.names.size() < MaxBookmarks && !lines.atEnd()) {
         QString line = lines.next();
         if (line.isEmpty())
             line = lines.next();
+        if (isCut && lines.atEnd())
+            break;
         bookmarks.names.append(line.left(MaxLine));
         bookmarks.paths.append(lines.next().left(MaxLine));
     }

@@ -11,8 +11,8 @@ struct Bookmarks {
 /// Reads a bookmark file: UTF-8 (paths may have any bytes), two lines a bookmark, its name and its
 /// folder. One empty line before a name is skipped, so that an empty line at the end gives one
 /// more, nameless, bookmark. A last name without a folder gets an empty one. Empty if the file is
-/// missing or unreadable; only the first 4 MiB and 100,000 bookmarks are read, and of a line the
-/// first 4096 characters.
+/// missing or unreadable. Only the first 64 MiB and 1,000,000 bookmarks are read, none by half, and
+/// of a line the first 4096 characters.
 Bookmarks readBookmarks(const QString& file);
 
 /// Appends a bookmark to a file, which is made if it is missing. False, with the file as it was,

@@ -13,7 +13,11 @@ mime_struct parseMimeLine(const QString& line)
 void loadMimes(const QString& file)
 {
     for (const QString& line : readTableLines(file)) {
-        mimes.push_back(parseMimeLine(line));
+        const mime_struct mime = parseMimeLine(line);
+        // It would be about all names that end with a dot.
+        if (mime.ext.isEmpty())
+            continue;
+        mimes.push_back(mime);
         ++mime_nums;
     }
 }

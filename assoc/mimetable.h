@@ -22,8 +22,8 @@ extern int mime_nums;
 /// What a short line lacks is 0 or empty.
 mime_struct parseMimeLine(const QString& line);
 
-/// Appends the lines of a file to the table. Blank lines are skipped; a file that is missing or
-/// unreadable adds nothing.
+/// Appends the lines of a file to the table. Lines that end before the extension are skipped; a
+/// file that is missing or unreadable adds nothing.
 void loadMimes(const QString& file);
 
 /// The extension by which a path is matched: what follows its last ".", in upper case; "unknown" if

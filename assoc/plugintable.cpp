@@ -15,7 +15,11 @@ plugin_struct parsePluginLine(const QString& line)
 void loadPlugins(const QString& file)
 {
     for (const QString& line : readTableLines(file)) {
-        plugins.push_back(parsePluginLine(line));
+        const plugin_struct plugin = parsePluginLine(line);
+        // A command line without a command would run the file that is to be opened.
+        if (QStringView(plugin.name).trimmed().isEmpty())
+            continue;
+        plugins.push_back(plugin);
         ++plug_nums;
     }
 }

@@ -19,8 +19,8 @@ extern int plug_nums;
 /// line lacks is 0 or empty.
 plugin_struct parsePluginLine(const QString& line);
 
-/// Appends the lines of a file to the table. Blank lines are skipped; a file that is missing or
-/// unreadable adds nothing.
+/// Appends the lines of a file to the table. Lines whose name is missing or blank are skipped; a
+/// file that is missing or unreadable adds nothing.
 void loadPlugins(const QString& file);
 
 /// Where the executable of a kind-0 plugin lies.

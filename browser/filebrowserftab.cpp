@@ -175,12 +175,12 @@ void FileBrowserFtab::showPreview(int row, const QString& path)
     QPixmap preview;
     if (!ZPixmapCache::find(path, preview)) {
         preview = QPixmap::fromImage(readThumbnail(path, devicePixelRatio()));
-        // What is no picture after all keeps the icon of its kind.
-        if (preview.isNull())
-            return;
+        // A failure is kept too: a broken file is not read again at each listing.
         ZPixmapCache::insert(path, preview);
     }
-    item(row)->setPixmap(0, preview);
+    // What is no picture after all keeps the icon of its kind.
+    if (!preview.isNull())
+        item(row)->setPixmap(0, preview);
 }
 
 bool FileBrowserFtab::makedir(const QString& parent, const QString& name)

@@ -5,6 +5,7 @@
 #include "files/copyfile.h"
 #include "files/entry.h"
 #include "files/entrytexts.h"
+#include "files/paths.h"
 #include "files/walk.h"
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
@@ -22,11 +23,17 @@ void showCopyBox(const QString& text, int mode)
 }
 
 /// A file whose folder is missing gets it, with those above it that hold no files of their own.
-void makeFolderOf(const QString& path)
+/// Only below `top`: if that could not be made, or is gone, nothing is made in its place.
+void makeFolderOf(const QString& path, const QString& top)
 {
-    const QString folder = path.left(path.lastIndexOf(QLatin1Char('/')));
-    if (!entryExists(folder))
-        makeFolders(folder);
+    if (entryExists(folderPart(path)))
+        return;
+    for (qsizetype end = path.indexOf(QLatin1Char('/'), top.size()); end >= 0;
+         end = path.indexOf(QLatin1Char('/'), end + 1)) {
+        const QString folder = path.left(end);
+        if (!entryExists(folder) && (folder == top || !makeFolder(folder)))
+            return;
+    }
 }
 
 /// Copies one plain file and shows how far it is. The box stays up.
@@ -73,6 +80,8 @@ void FM::copyByShell(const QString& src, const QString& dstDir)
     textView->paintNow();
     ZApplication::processEvents();
     runShell(joined({"cp -R ", quotedForShell(src), " ", quotedForShell(dstDir)}));
+    // What was typed meanwhile is for the box, which swallows it, not for what is below.
+    ZApplication::processEvents();
     textView->init();
 }
 
@@ -106,9 +115,10 @@ void FM::copyTree(const QString& src, const QString& dstDir)
         return;
     }
     const qsizetype parentLength = getFilePath(src).size();
+    const QString target = dstDir + getFileName(src);
     for (const QString& file : files) {
         const QString destination = dstDir + file.mid(parentLength);
-        makeFolderOf(destination);
+        makeFolderOf(destination, target);
         // One box for the whole tree: taken away after each file it would flicker.
         copyShown(file, destination);
     }

@@ -212,6 +212,8 @@ void FM::slotCurrentChanged([[maybe_unused]] QWidget* page)
 
 void FM::CloseProgramm()
 {
+    // What is typed before the box is up must not reach the panel.
+    const ZScreen::MainInputPause pause;
     if (textView->showText(LANG_EXIT, LANG_EXIT_SURE, Qt::AlignHCenter,
                            QStringLiteral("res/img/warning.png"), kWidget::Question) == 1)
         a->quit();

@@ -59,9 +59,12 @@ void FM::keyReleaseEvent(QKeyEvent* event)
     modifierIsDown_ = false;
 }
 
-/// Sees the modifier's release when a box or menu has the focus.
+/// Sees the modifier's release when a box or menu has the focus. One that goes to another window
+/// nobody sees, so the modifier is not held beyond ours.
 bool FM::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::WindowDeactivate && watched == window())
+        modKeyHeld = false;
     if (event->type() == QEvent::KeyRelease && watched->isWidgetType() && watched != this)
         keyReleaseEvent(static_cast<QKeyEvent*>(event));
     return ZKbMainWidget::eventFilter(watched, event);

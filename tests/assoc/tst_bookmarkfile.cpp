@@ -13,6 +13,9 @@ private slots:
     void fileOfAnotherSystemIsRead();
     void wronglyEncodedNameLeavesTheOthersAlone();
     void manyBookmarksAreAllRead();
+    void newestOfVeryManyIsRead();
+    void recordAtTheEndOfWhatIsReadIsWholeOrLeftOut_data();
+    void recordAtTheEndOfWhatIsReadIsWholeOrLeftOut();
     void unusableFileGivesAtMostRubbish_data() { addUnusableKinds(); }
     void unusableFileGivesAtMostRubbish();
     void hugeFileIsNotReadAsAWhole();
@@ -105,6 +108,36 @@ void tst_BookmarkFile::manyBookmarksAreAllRead()
     QCOMPARE(bookmarks.paths.size(), Many);
     QCOMPARE(bookmarks.names.last(), QString("name9999"));
     QCOMPARE(bookmarks.paths.last(), QString("/path9999"));
+}
+
+void tst_BookmarkFile::newestOfVeryManyIsRead()
+{
+    constexpr int VeryMany = 300000;
+    const Bookmarks bookmarks =
+        load(QByteArray("\nA name of usual length\n/a/path").repeated(VeryMany) + "\nnew\n/new");
+    QCOMPARE(bookmarks.names.size(), VeryMany + 1);
+    QCOMPARE(bookmarks.names.last(), QString("new"));
+    QCOMPARE(bookmarks.paths.last(), QString("/new"));
+}
+
+void tst_BookmarkFile::recordAtTheEndOfWhatIsReadIsWholeOrLeftOut_data()
+{
+    QTest::addColumn<QByteArray>("record");
+    QTest::newRow("cut in its name") << QByteArray("\nlast");
+    QTest::newRow("cut between name and path") << QByteArray("\nlast\n");
+    QTest::newRow("cut in its path") << QByteArray("\nlast\n/fo");
+}
+
+void tst_BookmarkFile::recordAtTheEndOfWhatIsReadIsWholeOrLeftOut()
+{
+    QFETCH(QByteArray, record);
+    constexpr qsizetype Bound = 64 * 1024 * 1024;
+    QByteArray content = "\nfirst\n/" + QByteArray(Bound, 'x');
+    content.truncate(Bound - record.size());
+    content += record + "lder and so on\n/more\nname\n/path";
+    const Bookmarks bookmarks = load(content);
+    QCOMPARE(bookmarks.names, QStringList("first"));
+    QVERIFY(bookmarks.paths.first().startsWith("/xxx"));
 }
 
 void tst_BookmarkFile::unusableFileGivesAtMostRubbish()

@@ -16,6 +16,8 @@ private slots:
     void extensionEndsAtColumn26();
     void linesStayInFileOrderDuplicatesIncluded();
     void blankLinesAreSkipped();
+    void linesThatEndBeforeTheExtensionAreSkipped_data();
+    void linesThatEndBeforeTheExtensionAreSkipped();
     void fileOfAnotherSystemIsRead_data();
     void fileOfAnotherSystemIsRead();
     void wronglyEncodedLineLeavesTheOthersAlone();
@@ -79,9 +81,6 @@ void tst_MimeTable::lineHasFixedColumns_data()
         << QByteArray("001 02 a.b c") << "A.B C" << 2 << 1;
     QTest::newRow("Cyrillic extension")
         << QByteArray("001 02 док") << QString::fromUtf8("ДОК") << 2 << 1;
-    QTest::newRow("no extension") << QByteArray("001 02") << "" << 2 << 1;
-    QTest::newRow("icon only") << QByteArray("7") << "" << 0 << 7;
-    QTest::newRow("cut plugin number") << QByteArray("001 1") << "" << 1 << 1;
 }
 
 void tst_MimeTable::lineHasFixedColumns()
@@ -128,6 +127,21 @@ void tst_MimeTable::blankLinesAreSkipped()
 {
     load("\n002 01 JPG\n\n   \n002 01 PNG\n\n");
     QCOMPARE(extensions(), (QStringList{"JPG", "PNG"}));
+}
+
+void tst_MimeTable::linesThatEndBeforeTheExtensionAreSkipped_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    for (const char* line : {"7", "001 1", "001 02", "001 02 ", "001 02 \r"})
+        QTest::newRow(line) << QByteArray(line);
+}
+
+void tst_MimeTable::linesThatEndBeforeTheExtensionAreSkipped()
+{
+    QFETCH(QByteArray, line);
+    load("002 01 JPG\n" + line + "\n002 01 PNG\n");
+    QCOMPARE(extensions(), (QStringList{"JPG", "PNG"}));
+    QVERIFY(!matches("/a/name."));
 }
 
 void tst_MimeTable::fileOfAnotherSystemIsRead_data()

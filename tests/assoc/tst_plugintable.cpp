@@ -18,6 +18,8 @@ private slots:
     void nameIsCutAfter100Characters();
     void linesStayInFileOrderWithDuplicatesAndUnknownKinds();
     void blankLinesAreSkipped();
+    void linesWithoutANameAreSkipped_data();
+    void linesWithoutANameAreSkipped();
     void fileOfAnotherSystemIsRead_data();
     void fileOfAnotherSystemIsRead();
     void unusableFileGivesAtMostRubbish_data() { addUnusableKinds(); }
@@ -72,8 +74,6 @@ void tst_PluginTable::lineHasFixedColumns_data()
     QTest::newRow("case is kept") << QByteArray("01 0 LyraPlayer") << 1 << 0 << "LyraPlayer";
     QTest::newRow("beyond Latin-1")
         << QByteArray("01 0 Плеер") << 1 << 0 << QString::fromUtf8("Плеер");
-    QTest::newRow("no name") << QByteArray("01 0") << 1 << 0 << "";
-    QTest::newRow("number only") << QByteArray("9") << 9 << 0 << "";
 }
 
 void tst_PluginTable::lineHasFixedColumns()
@@ -107,6 +107,21 @@ void tst_PluginTable::linesStayInFileOrderWithDuplicatesAndUnknownKinds()
 void tst_PluginTable::blankLinesAreSkipped()
 {
     load("\n\n01 0 a\n \t \n02 0 b\n\n");
+    QCOMPARE(plug_nums, 2);
+    QCOMPARE(plugins[1].name, QString("b"));
+}
+
+void tst_PluginTable::linesWithoutANameAreSkipped_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    for (const char* line : {"9", "01 1", "01 0", "01 1 ", "01 1     ", "01 1 \t \r"})
+        QTest::newRow(line) << QByteArray(line);
+}
+
+void tst_PluginTable::linesWithoutANameAreSkipped()
+{
+    QFETCH(QByteArray, line);
+    load("01 0 a\n" + line + "\n02 0 b\n");
     QCOMPARE(plug_nums, 2);
     QCOMPARE(plugins[1].name, QString("b"));
 }

@@ -1,5 +1,6 @@
 #include "browser/filebrowserftab.h"
 #include "browser/thumbnail.h"
+#include "files/filehandle.h"
 #include "platform/zpixmap.h"
 #include "tests/browser/panelfixture.h"
 #include "tests/browser/picturefiles.h"
@@ -11,7 +12,10 @@
 #include <QSignalSpy>
 #include <QTimer>
 
+#include <array>
 #include <functional>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 namespace
 {
@@ -84,6 +88,45 @@ void makeOddPicture(const ScratchFolder& files, const QString& name)
         files.setMode(name, 0);
 }
 
+/// Counts how often the files in a folder are opened.
+class OpenCount
+{
+public:
+    explicit OpenCount(const QString& folder) : watch_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        [this, &folder] {
+            QVERIFY(inotify_add_watch(watch_.get(), QFile::encodeName(folder).constData(),
+                                      IN_OPEN) >= 0);
+        }();
+    }
+
+    int of(const QByteArray& name) const
+    {
+        readEvents();
+        return counts_.value(name);
+    }
+
+private:
+    void readEvents() const
+    {
+        alignas(inotify_event) std::array<char, 4096> buffer{};
+        for (;;) {
+            const ssize_t size = read(watch_.get(), buffer.data(), buffer.size());
+            if (size <= 0)
+                return;
+            for (ssize_t at = 0; at < size;) {
+                const auto* event = reinterpret_cast<const inotify_event*>(&buffer[size_t(at)]);
+                if (event->len > 0)
+                    ++counts_[QByteArray(event->name)];
+                at += ssize_t(sizeof(inotify_event)) + ssize_t(event->len);
+            }
+        }
+    }
+
+    FileHandle watch_;
+    mutable QHash<QByteArray, int> counts_;
+};
+
 int shownPreviews(const PanelFixture& panel)
 {
     int previews = 0;
@@ -120,6 +163,7 @@ private slots:
 
     void whatIsNoPictureKeepsItsIconAndOthersGoOn_data();
     void whatIsNoPictureKeepsItsIconAndOthersGoOn();
+    void whatIsNoPictureIsReadOnce();
     void hugePictureTakesLittleMemory();
     void vanishingPicturesDoNoHarm();
     void newListingStartsAnew();
@@ -370,6 +414,21 @@ void tst_Preview::whatIsNoPictureKeepsItsIconAndOthersGoOn()
     QVERIFY(loadAll(panel));
     QTEST(panel.icon(name), "icon");
     QCOMPARE(shownSize(panel, QStringLiteral("zz.jpg")), QSize(32, 24));
+}
+
+void tst_Preview::whatIsNoPictureIsReadOnce()
+{
+    const PanelFixture panel(true);
+    panel.associate(QStringLiteral("JPG"), PictureNumber);
+    for (const char* name : {"a.jpg", "last.jpg"})
+        panel.files().write(QLatin1String(name), "no picture");
+    const OpenCount opened(panel.files().path());
+    for (int listing = 0; listing < 3; ++listing)
+        QVERIFY(loadAll(panel));
+    QCOMPARE(opened.of("a.jpg"), 1);
+    QCOMPARE(opened.of("last.jpg"), 1);
+    for (const char* name : {"a.jpg", "last.jpg"})
+        QCOMPARE(panel.icon(QLatin1String(name)), QStringLiteral("mime/1/2.png"));
 }
 
 void tst_Preview::hugePictureTakesLittleMemory()

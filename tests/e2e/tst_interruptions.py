@@ -190,6 +190,22 @@ class TestInterruptions(operations.OwnProgramCase):
         self.close(work, True)
         self.assertEqual(work.program.wait_end(), 0)
 
+    def test_keysTypedWhileTheShellCopiesAreSwallowed(self):
+        work = ShellCopy(self)
+        work.program.start()
+        title = (0, 0, quarn.WIDTH, 12)
+        before = work.program.wait_stable().crop(title)
+        work.begin()
+        work.program.key("star", "down")
+        work.let_on()
+        work.end()
+        work.program.wait_idle()
+        after = work.program.screenshot().crop(title)
+        self.assertTrue(after.tobytes() == before.tobytes(), "the title went")
+        work.program.key("select")
+        work.program.wait_for_listing(f"{self.right}/..")  # the first row
+        self.check_finished(work)
+
     def check_quit(self, kind):
         work = self.work(kind)
         self.ask_to_close()

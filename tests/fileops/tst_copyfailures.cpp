@@ -235,6 +235,43 @@ private slots:
         QVERIFY(!textView->isUp());
     }
 
+    void folderThatGoesDuringACopyIsNotMadeAnew_data()
+    {
+        QTest::addColumn<QString>("gone");
+        QTest::newRow("the copy") << "right/f";
+        QTest::newRow("where it goes") << "right";
+    }
+
+    void folderThatGoesDuringACopyIsNotMadeAnew()
+    {
+        for (const char* name : {"f/a", "f/g/b", "f/g/h/c"})
+            write(name, "x");
+        QFETCH(QString, gone);
+        gone = files().path(gone);
+        const DuringWork go([this] { return textView->shownText().startsWith(left("f/a")); },
+                            [&gone] { QVERIFY(QDir(gone).removeRecursively()); });
+        copyBuiltIn(left("f"));
+        QVERIFY(go.hasHappened());
+        QVERIFY(!QFile::exists(gone));
+    }
+
+    void nothingIsMadeWhereTheCopyCannotBe()
+    {
+        write("f/a", "x");
+        write("f/g/b", "x");
+        holdKey(PhoneKey::Modifier);
+        window_->copy(left("f"), right("gone/deep"));
+        releaseKey(PhoneKey::Modifier);
+        QVERIFY(QDir(right()).isEmpty());
+    }
+
+    void foldersWithoutFilesOfTheirOwnAreMadeOnTheWay()
+    {
+        write("f/g/h/a", "x");
+        copyBuiltIn(left("f"));
+        QCOMPARE(read("f/g/h/a"), QByteArray("x"));
+    }
+
 private:
     /// After a copy of "a" that failed: its last box stays and can be closed.
     void checkBoxThatStays(const QString& last, int boxes)

@@ -126,6 +126,16 @@ private slots:
         QCOMPARE(taken().size(), 1 + 4);
     }
 
+    void pickedFileIsNotRunByALineWithoutAName()
+    {
+        start({"01 1", "01 0 ", "01 1    "}, {"001 01 PIC", "001 01"}, {"a.pic", "a."});
+        pick("a.pic");
+        QCOMPARE(taken(), QStringList(busy()));
+        pick("a.");
+        QCOMPARE(taken(),
+                 (QStringList{busy(), error("Don`t known how to open " + fixture_->left("a."))}));
+    }
+
     void entryOfANumberThatNoPluginHasCountsAsHandled()
     {
         start({"01 0 One"}, {"001 55 PIC"}, {"a.pic"});

@@ -9,6 +9,7 @@
 #include "tests/support/testmain.h"
 #include "tests/widgets/boxtesting.h"
 
+#include <QApplication>
 #include <QSignalSpy>
 
 #include <memory>
@@ -38,6 +39,13 @@ void pressModified(int code)
     holdKey(Code::Modifier);
     pressKey(code);
     releaseKey(Code::Modifier);
+}
+
+/// Gives the keyboard to a window.
+void activate(QWidget& window)
+{
+    window.activateWindow();
+    QTRY_COMPARE(QApplication::activeWindow(), &window);
 }
 
 /// Presses keys that put the exit question, answers it no. Returns whether it was put.
@@ -125,6 +133,23 @@ private slots:
         QCOMPARE(window_->modKeyHeld, !releasedInBox);
         releaseKey(Code::Modifier);
         QVERIFY(!window_->modKeyHeld);
+    }
+
+    void modifierIsNotHeldBeyondTheWindow()
+    {
+        QWidget other;
+        other.show();
+        activate(other);
+        activate(*ZScreen::instance()->window());
+        holdKey(Code::Modifier);
+        QVERIFY(window_->modKeyHeld);
+        // Its release goes there and is never seen here.
+        activate(other);
+        QVERIFY(!window_->modKeyHeld);
+        activate(*ZScreen::instance()->window());
+        holdKey(Code::Modifier);
+        QVERIFY2(window_->modKeyHeld, "held again");
+        releaseKey(Code::Modifier);
     }
 
     void hideKeyHidesTheWindowAndAsksNothing()

@@ -441,6 +441,26 @@ private slots:
         QCOMPARE(keyReceiver(), program_->panel(1));
     }
 
+    void keysTypedBeforeTheExitQuestionIsUpDoNotReachThePanel()
+    {
+        program_->files().write("a");
+        FM* window = program_->start();
+        const int row = program_->panel(1)->curIndex;
+        once([] { return textView->isWaiting() && hasKeys(*textView); },
+             [] { pressKey(PhoneKey::SoftRight); });
+        bool early = false;
+        const auto typeEarly = [&early] {
+            early = textView->isUp() && !hasKeys(*textView);
+            for (const int code : {int('*'), int(PhoneKey::Down)})
+                pressKey(code);
+        };
+        QMetaObject::invokeMethod(window, typeEarly, Qt::QueuedConnection);
+        window->CloseProgramm();
+        QVERIFY(early);
+        QVERIFY(!full_scr);
+        QCOMPARE(program_->panel(1)->curIndex, row);
+    }
+
     // The process cannot take the request back, so this comes last.
     void exitAnsweredWithYesEndsTheEventLoop()
     {
