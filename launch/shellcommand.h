@@ -19,8 +19,8 @@ ShellBytes quotedForShell(const QString& path);
 /// Pieces one after the other; nothing if one of them is nothing.
 ShellBytes joined(std::initializer_list<ShellBytes> pieces);
 
-/// Notes the user's locale. To be called before the application is made, which may give this process
-/// another: what the shell starts gets the one noted.
+/// Notes the user's locale. To be called before the application is made, which may give this
+/// process another: what the shell starts gets the one noted.
 void keepUsersLocale();
 
 /// Hands a command line to the system's shell and waits until the shell has ended, which for a line
