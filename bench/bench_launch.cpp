@@ -87,7 +87,7 @@ void benchOpening(const BenchProgram& program, FM* window)
     writeFile(file, "x");
     program.highlight(QStringLiteral("picture.pic"));
     const ShellBytes line = CommandLine::pluginOfFolder(work_folder, QStringLiteral("Begin"), file);
-    const QByteArray command = "sh -c '" + line.toLatin1() + "'";
+    const QByteArray command = "sh -c '" + line.value() + "'";
     std::vector<double> ours;
     std::vector<double> shell;
     for (int i = 0; i < 51; ++i) {

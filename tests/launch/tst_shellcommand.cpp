@@ -167,8 +167,8 @@ void tst_ShellCommand::usersLocaleReachesTheShell()
     QFETCH(QByteArray, users);
     QFETCH(QByteArray, text);
     const ScratchFolder folder;
-    const QString line =
-        "printf %s \"${LC_ALL-none} $LC_CTYPE\" > " + quotedForShell(folder.path("noted"));
+    const ShellBytes line =
+        joined({"printf %s \"${LC_ALL-none} $LC_CTYPE\" > ", quotedForShell(folder.path("noted"))});
     const QByteArray before = qgetenv("LC_ALL");
     users.isNull() ? qunsetenv("LC_ALL") : qputenv("LC_ALL", users);
     qputenv("LC_CTYPE", "de_DE");

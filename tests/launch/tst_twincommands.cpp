@@ -1,7 +1,7 @@
 #include "browser/filebrowserftab.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
-#include "platform/share_tool.h"
+#include "sharing/share_tool.h"
 #include "shell/fm.h"
 #include "shell/settings.h"
 #include "tests/fileops/twinfixture.h"
