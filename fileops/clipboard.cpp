@@ -32,6 +32,13 @@ bool askToReplace(const QString& name)
     return ask(LANG_WARNING, QLatin1Char('"') + name + QStringLiteral("\" ") + LANG_COPY_EXISTS);
 }
 
+/// False for the folder of a panel that could list none, and for one that is gone: of an entry that
+/// is copied or moved there the tools would make one of that name.
+bool isFolder(const QString& path)
+{
+    return EntryInfo(path).isFolder();
+}
+
 } // namespace
 
 QStringList FM::getActiveEntries()
@@ -96,14 +103,13 @@ void FM::ChkCopy(const QString& src, const QString& dstDir)
 {
     const QString name = getFileName(src);
     const QString target = dstDir + QLatin1Char('/') + name;
-    if (src == dstDir) {
+    if (src == dstDir || !isFolder(dstDir)) {
         showError(LANG_DON_TRY_COPY);
-    } else if (dstDir.isEmpty() || !entryExists(target)) {
-        // A panel that never could list a folder has none; what is in the root is not in its way.
+    } else if (!entryExists(target)) {
         copy(src, dstDir);
     } else if (const auto asked = entryId(target); askToReplace(name)) {
         deleteIfStill(target, asked);
-        if (entryExists(target))
+        if (entryExists(target) || !isFolder(dstDir))
             showError(LANG_DON_TRY_COPY);
         else
             copy(src, dstDir);
@@ -132,7 +138,8 @@ void FM::ChkMove(const QString& src, const QString& dstDir)
     relistBoth();
 }
 
-/// False when what is in the way could not be removed, which a message then says.
+/// False when what is in the way could not be removed or there is nowhere to move to, which a
+/// message then says.
 bool FM::moveAfterQuestions(const QString& src, const QString& dstDir)
 {
     const QString name = getFileName(src);
@@ -140,7 +147,7 @@ bool FM::moveAfterQuestions(const QString& src, const QString& dstDir)
     const auto moved = entryId(src);
     if (!ask(LANG_MOVE_SURE, name + QStringLiteral(" to ") + dstDir))
         return true;
-    if (!dstDir.isEmpty() && entryExists(target)) {
+    if (isFolder(dstDir) && entryExists(target)) {
         const auto asked = entryId(target);
         if (!askToReplace(name))
             return true;
@@ -151,7 +158,7 @@ bool FM::moveAfterQuestions(const QString& src, const QString& dstDir)
         }
     }
     // What has taken the name of the source meanwhile stays where it is.
-    if (isTaken(src) && entryId(src) != moved) {
+    if (!isFolder(dstDir) || (isTaken(src) && entryId(src) != moved)) {
         showError(LANG_DON_TRY_MOVE);
         return false;
     }

@@ -8,6 +8,7 @@
 #include "tests/support/testmain.h"
 #include "tests/widgets/boxtesting.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 namespace
@@ -505,7 +506,43 @@ private slots:
         QVERIFY(!textView->isUp());
     }
 
-    void aboutPageIsAFolderWithoutAName()
+    void nothingIsMovedWhereTheFolderIsGone_data()
+    {
+        QTest::addColumn<QString>("when");
+        for (const char* when : {"before", "at the first question", "at the second question"})
+            QTest::newRow(when) << QString::fromLatin1(when);
+    }
+
+    void nothingIsMovedWhereTheFolderIsGone()
+    {
+        QFETCH(QString, when);
+        fixture_->write(1, {"x"});
+        fixture_->write(2, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Move, "x", 2);
+        const auto remove = [this] { QVERIFY(QDir(fixture_->right()).removeRecursively()); };
+        const auto removeAndAgree = [&remove] {
+            remove();
+            yes();
+        };
+        if (when == "before") {
+            remove();
+            paste({yes});
+        } else if (when == "at the first question") {
+            paste({removeAndAgree});
+        } else {
+            paste({yes, removeAndAgree});
+        }
+        const QStringList lines = log();
+        QCOMPARE(lines.first(), sureQuestion("x", fixture_->right()).first());
+        QVERIFY(lines.contains(refusal()));
+        QCOMPARE(fixture_->log().unused(), 0);
+        QCOMPARE(fixture_->files().read("left/x"), QByteArray("x"));
+        QVERIFY(!QFile::exists(fixture_->right()));
+        fixture_->dismissMessage();
+    }
+
+    void nothingIsMovedToTheAboutPage()
     {
         fixture_->write(1, {"a name that no one has"});
         fixture_->start();
@@ -513,8 +550,9 @@ private slots:
         fixture_->toClipboard(Fixture::Move, "a name that no one has", FM::AboutPage);
         fixture_->log().expect({yes});
         fixture_->window()->slot_MoveTo();
-        QCOMPARE(log(), sureQuestion("a name that no one has", "") +
-                            moved(fixture_->left("a name that no one has"), "") + ended());
+        QCOMPARE(log(), sureQuestion("a name that no one has", "") + QStringList(refusal()) +
+                            fixture_->bothListed());
+        QVERIFY(QFile::exists(fixture_->left("a name that no one has")));
     }
 
 private:

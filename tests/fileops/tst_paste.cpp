@@ -466,7 +466,56 @@ private slots:
                  copied(fixture_->left("a name that no one has"), "/") + fixture_->bothListed());
     }
 
-    void aboutPageIsAFolderWithoutAName()
+    void nothingIsCopiedWhereTheFolderIsGone_data()
+    {
+        QTest::addColumn<bool>("builtIn");
+        QTest::addColumn<bool>("file");
+        for (const bool builtIn : {false, true}) {
+            for (const bool file : {false, true})
+                QTest::addRow("%s, %s", builtIn ? "built-in" : "shell", file ? "a file" : "nothing")
+                    << builtIn << file;
+        }
+    }
+
+    void nothingIsCopiedWhereTheFolderIsGone()
+    {
+        QFETCH(bool, builtIn);
+        QFETCH(bool, file);
+        fixture_->write(1, {"x"});
+        FM* window = fixture_->start();
+        fixture_->toClipboard(Fixture::Copy, "x", 2);
+        QVERIFY(QDir().rmdir(fixture_->right()));
+        if (file)
+            fixture_->files().write("right", "in its place");
+        window->modKeyHeld = builtIn;
+        window->slot_CopyTo();
+        window->modKeyHeld = false;
+        QCOMPARE(log().first(), refusal());
+        QCOMPARE(fixture_->files().read("left/x"), QByteArray("x"));
+        QCOMPARE(QFile::exists(fixture_->right()), file);
+        if (file)
+            QCOMPARE(fixture_->files().read("right"), QByteArray("in its place"));
+        fixture_->dismissMessage();
+    }
+
+    void folderThatGoesDuringTheQuestionIsNotCopiedTo()
+    {
+        fixture_->write(1, {"x"});
+        fixture_->write(2, {"x"});
+        fixture_->start();
+        fixture_->toClipboard(Fixture::Copy, "x", 2);
+        fixture_->log().expect({[this] {
+            QVERIFY(QDir(fixture_->right()).removeRecursively());
+            yes();
+        }});
+        Fixture::choose(Fixture::Paste);
+        const QStringList lines = log();
+        QVERIFY(lines.contains(refusal()));
+        QVERIFY(!lines.contains(copyCommand(fixture_->left("x"), fixture_->right())));
+        QVERIFY(!QFile::exists(fixture_->right()));
+    }
+
+    void nothingIsCopiedToTheAboutPage()
     {
         fixture_->write(1, {"a name that no one has"});
         const FM* window = fixture_->start();
@@ -474,8 +523,7 @@ private slots:
         fixture_->toClipboard(Fixture::Copy, "a name that no one has", FM::AboutPage);
         const ZOptionsMenu* menu = window->copyMenu;
         fixture_->window()->slot_CopyTo();
-        QCOMPARE(log(),
-                 copied(fixture_->left("a name that no one has"), "") + fixture_->bothListed());
+        QCOMPARE(log(), QStringList(refusal()) + fixture_->bothListed());
         QCOMPARE(window->copyMenu, menu);
         QVERIFY(!menu->isItemEnabled(Fixture::Paste));
         QCOMPARE(window->softKey->optMenu(ZSoftKey::Left), window->optionsMenu);
