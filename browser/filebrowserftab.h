@@ -21,7 +21,7 @@ public:
 
     /// The folder listed: canonical, without a "/" at its end but for the root.
     QString curPath;
-    /// The full path of the highlighted entry, or of the picked file.
+    /// The full path of the highlighted entry, or of the picked file; null while nothing is listed.
     QString curFile;
     /// The highlighted row, the back entry counted.
     int curIndex = 0;

@@ -62,6 +62,8 @@ void FileBrowserFtab::setDir(const QString& path, int index)
     Listing listing;
     listing.font = font();
     clear();
+    // Until a row is current; of a folder that cannot be listed none ever is.
+    curFile = QString();
     qDebug().nospace().noquote() << "fb::set path " << folder;
     // What is listed is what the rows' paths, made from the canonical one, lead to.
     const QString canonical = canonicalPath(folder);

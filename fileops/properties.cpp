@@ -90,7 +90,7 @@ QString FM::folderSizeText(const QString& path, const QString& textSoFar)
 void FM::slot_Properties()
 {
     const QString path = getActiveFileName();
-    if (path.isEmpty() || getFileName(path) == QLatin1String(".."))
+    if (getFileName(path) == QLatin1String(".."))
         return;
     const ZScreen::MainInputPause pause;
     const EntryInfo info(path);

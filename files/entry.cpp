@@ -110,7 +110,10 @@ bool makeFolders(const QString& path)
     QString above = folderPart(path);
     while (above.endsWith(QLatin1Char('/')))
         above.chop(1);
-    return !above.isEmpty() && makeFolders(above) && makeFolder(path);
+    if (above.isEmpty() || !makeFolders(above))
+        return false;
+    // "a/.." is there as soon as "a" is.
+    return makeFolder(path) || EntryInfo(path).isFolder();
 }
 
 bool renameEntry(const QString& from, const QString& to)

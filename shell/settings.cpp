@@ -22,8 +22,11 @@ void readConfig(const QString& programDir)
         return config.readEntry(QStringLiteral("Setting"), QString::fromLatin1(key),
                                 QStringLiteral(""));
     };
+    // A path's very bytes, whatever they are.
     const auto path = [&config](const char* key) {
-        return decodeName(config.readBytes(QStringLiteral("Setting"), QString::fromLatin1(key)));
+        const QByteArray bytes =
+            config.readBytes(QStringLiteral("Setting"), QString::fromLatin1(key));
+        return bytes.isEmpty() ? QStringLiteral("") : decodeName(bytes);
     };
     const auto number = [&text](const char* key) {
         const long value = std::strtol(text(key).toLatin1().constData(), nullptr, 10);

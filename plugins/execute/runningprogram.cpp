@@ -84,9 +84,12 @@ void RunningProgram::runInChild() const
     // Of what this process may have got from others, too, nothing is for the program.
     ::close_range(FirstOther, ~0U, CLOSE_RANGE_CLOEXEC);
     ::prctl(PR_SET_PDEATHSIG, SIGHUP);
-    if (::chdir(command_.folder.constData()) == 0)
-        ::execvpe(command_.wordPointers.front(), command_.wordPointers.data(),
-                  command_.environmentPointers.data());
+    if (::chdir(command_.folder.constData()) != 0)
+        return;
+    // With a path it must not try a shell on what the system cannot run.
+    char* const program = command_.wordPointers.front();
+    const auto run = command_.words.front().contains('/') ? ::execve : ::execvpe;
+    run(program, command_.wordPointers.data(), command_.environmentPointers.data());
 }
 
 void RunningProgram::stop()

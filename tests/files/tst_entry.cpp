@@ -140,6 +140,9 @@ void tst_Entry::foldersAboveAreMade()
     QVERIFY(makeFolders(folder.path("a//b/c")));
     QVERIFY(makeFolders(folder.path("a/b/c")));
     QVERIFY(EntryInfo(folder.path("a/b/c")).isFolder());
+    QVERIFY(makeFolders(folder.path("d/../e")));
+    QVERIFY(EntryInfo(folder.path("e")).isFolder());
+    QVERIFY(makeFolders(folder.path("f/..")));
     folder.write("file");
     QVERIFY(!makeFolders(folder.path("file")));
     QVERIFY(!makeFolders(folder.path("file/x")));

@@ -181,6 +181,15 @@ private slots:
         QTest::newRow("delete") << "\x7f" << QString(QChar(0x2421));
         QTest::newRow("accents") << QString::fromUtf8("\xc3\xa9") << QString::fromUtf8("\xc3\xa9");
         QTest::newRow("one beyond ASCII") << QString(QChar(0x9b)) << QString(QChar(0xfffd));
+        const QString mark(QChar(0xfffd));
+        QTest::newRow("bytes that are no text")
+            << QChar(0xdc80) + QString("a") + QChar(0xdcff) + QChar(0xdcff)
+            << mark + "a" + mark + mark;
+        QTest::newRow("first half alone") << QString(QChar(0xd800)) + "a" << mark + "a";
+        QTest::newRow("byte-order mark") << QString(QChar(0xfeff)) << mark;
+        QTest::newRow("letter of two halves before a byte that is no text")
+            << QString::fromUtf8("\xF0\x9F\x90\x80") + QChar(0xdc80)
+            << QString::fromUtf8("\xF0\x9F\x90\x80") + mark;
         for (const int breaking : {0x85, 0x2028, 0x2029}) {
             QTest::newRow(qPrintable(QString("break %1").arg(breaking, 0, 16)))
                 << QString("a") + QChar(breaking) + "b" << QString("a") + QChar(0x2424) + "b";

@@ -131,6 +131,49 @@ private slots:
         QTEST(edit_->text(), "text");
     }
 
+    void whatIsNoTextIsHeldCopiedAndPastedAsItIs_data() { addOddTexts(); }
+    void whatIsNoTextIsHeldCopiedAndPastedAsItIs()
+    {
+        QFETCH(QString, text);
+        edit_->setText(text);
+        QCOMPARE(edit_->text(), text);
+        for (const bool byKeys : {false, true}) {
+            edit_->setText(text);
+            edit_->selectAll();
+            byKeys ? QTest::keyClick(edit_, Qt::Key_X, Qt::ControlModifier) : edit_->cut();
+            QCOMPARE(edit_->text(), QString());
+            QCOMPARE(QGuiApplication::clipboard()->text(), text);
+            byKeys ? QTest::keyClick(edit_, Qt::Key_V, Qt::ControlModifier) : edit_->paste();
+            QCOMPARE(edit_->text(), text);
+            edit_->selectAll();
+            QGuiApplication::clipboard()->setText("other");
+            byKeys ? QTest::keyClick(edit_, Qt::Key_C, Qt::ControlModifier) : edit_->copy();
+            QCOMPARE(QGuiApplication::clipboard()->text(), text);
+        }
+    }
+
+    void whatIsNoTextIsOneMarkEach_data()
+    {
+        QTest::addColumn<QChar>("character");
+        QTest::newRow("byte that is no text") << QChar(0xdc80);
+        QTest::newRow("last byte") << QChar(0xdcff);
+        QTest::newRow("byte-order mark") << QChar(0xfeff);
+    }
+
+    void whatIsNoTextIsOneMarkEach()
+    {
+        QFETCH(QChar, character);
+        QList<int> widths;
+        for (int count = 0; count < 4; ++count) {
+            edit_->setText('n' + QString(count, character) + 'n');
+            widths.append(inkWidth());
+        }
+        const int mark = widths.at(1) - widths.at(0);
+        QVERIFY2(mark >= 3, qPrintable(QString::number(mark)));
+        for (int count = 2; count < 4; ++count)
+            QVERIFY(qAbs(widths.at(count) - widths.at(count - 1) - mark) <= 1);
+    }
+
     void toolkitsOwnMenuNeverOpens()
     {
         // Outside the screen, which would keep every such menu away.
@@ -143,6 +186,40 @@ private slots:
     }
 
 private:
+    static void addOddTexts()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("bytes that are no text") << QChar(0xdc80) + QString("a") + QChar(0xdcff);
+        QTest::newRow("byte-order marks") << QString(2, QChar(0xfeff)) + "a" + QChar(0xfeff);
+        QTest::newRow("both") << QString(QChar(0xfeff)) + QChar(0xdcff) + QChar(0xfeff);
+        QTest::newRow("a mark behind a letter of two halves")
+            << QString::fromUtf8("\xF0\x9F\x90\x80") + QChar(0xfeff);
+    }
+
+    /// From the first to the last column that has something of the text.
+    int inkWidth() const
+    {
+        edit_->setCursorPosition(0);
+        edit_->clearFocus();
+        const QImage picture = edit_->grab().toImage();
+        const int middle = picture.height() / 2;
+        const QRgb ground = picture.pixel(picture.width() - 6, middle);
+        const auto isBlank = [&](int x) {
+            for (int y = 5; y < picture.height() - 5; ++y) {
+                if (picture.pixel(x, y) != ground)
+                    return false;
+            }
+            return true;
+        };
+        int first = 4;
+        int last = picture.width() - 6;
+        while (first < last && isBlank(first))
+            ++first;
+        while (last > first && isBlank(last))
+            --last;
+        return last - first;
+    }
+
     std::unique_ptr<Holder> holder_;
     ZMultiLineEdit* edit_ = nullptr;
 };

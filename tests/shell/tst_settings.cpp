@@ -1,3 +1,4 @@
+#include "files/names.h"
 #include "shell/settings.h"
 #include "tests/support/testmain.h"
 #include "tests/support/unusablefiles.h"
@@ -34,7 +35,7 @@ private slots:
     void emptyFolderMeansTheCurrentOne();
     void fileOfAnotherSystemIsRead_data();
     void fileOfAnotherSystemIsRead();
-    void textsThatAreNotUtf8AreKept();
+    void pathsKeepTheirBytes();
     void keysBeforeRubbishAreRead_data();
     void keysBeforeRubbishAreRead();
     void hugeFileIsNotReadAsAWhole();
@@ -315,10 +316,13 @@ void tst_Settings::fileOfAnotherSystemIsRead()
     QCOMPARE(header_type, 2);
 }
 
-void tst_Settings::textsThatAreNotUtf8AreKept()
+void tst_Settings::pathsKeepTheirBytes()
 {
-    read("[Setting]\nStart_path_tab1 = /M\xfcsik\nHeader_type = 2\n");
-    QCOMPARE(path_tab1, QString::fromUtf8("/Müsik"));
+    read("[Setting]\nWork_folder = /\xef\xbb\xbfw/\nStart_path_tab1 = /M\xfcsik\n"
+         "Language = \xef\xbb\xbf\nHeader_type = 2\n");
+    QCOMPARE(encodedPath(work_folder), QByteArray("/\xef\xbb\xbfw/"));
+    QCOMPARE(encodedPath(path_tab1), QByteArray("/M\xfcsik"));
+    QCOMPARE(lang, QString(QChar(0xfeff)));
     QCOMPARE(header_type, 2);
 }
 

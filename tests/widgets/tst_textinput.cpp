@@ -82,6 +82,12 @@ private slots:
         QTest::newRow("tab") << "a\tb";
         QTest::newRow("longest name") << QString(255, QLatin1Char('W'));
         QTest::newRow("over-long name") << QString(5000, QLatin1Char('n'));
+        QTest::newRow("byte-order marks") << QString(2, QChar(0xfeff)) + "a" + QChar(0xfeff);
+        QTest::newRow("bytes that are no text")
+            << QChar(0xdcff) + QString("a") + QChar(0xdc80) + QChar(0xdc80);
+        QTest::newRow("a mark behind a letter of two halves")
+            << QString::fromUtf8("\xF0\x9F\x90\x80") + QChar(0xfeff);
+        QTest::newRow("breaks of Unicode") << QString(QChar(0x2028)) + QChar(0x2029) + QChar(0x85);
         QTest::newRow("not for a name") << "/a//b/";
     }
 
