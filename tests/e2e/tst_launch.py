@@ -51,7 +51,7 @@ class TestChildren(LaunchCase):
                  if int(number) > 2 and not target.startswith("/proc/")}
         self.assertEqual(extra, {})
 
-    def test_doNotGetTheScalingOfTheFileManager(self):
+    def test_doNotGetWhatTheFileManagerTellsItself(self):
         program = self.opener(NOTE.format("env"), start=False)
         program.start(QUARN_SCALE="1")
         self.open_picture(program)
@@ -60,6 +60,7 @@ class TestChildren(LaunchCase):
         self.assertIn("QUARN_SCALE", names)
         self.assertNotIn("QT_SCALE_FACTOR", names)
         self.assertNotIn("QT_ENABLE_HIGHDPI_SCALING", names)
+        self.assertNotIn("QT_XCB_NO_MITSHM", names)
 
     def test_getTheUsersLocale(self):
         names = ("LANG", "LC_ALL", "LC_CTYPE", "LC_COLLATE")

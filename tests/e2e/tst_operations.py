@@ -491,8 +491,9 @@ class TestPictures(Case):
         self.user.go(2)
         with self.user.modifier():
             self.user.command("paste")
-            for _ in range(3):
+            for _ in range(2):
                 self.blocks.step()
+        # It is about to read the third block: what it said of the second is on the display.
         self.blocks.wait_reached()
         self.check_screen("copy_box_built_in", (57, 136, 70, 13), (57, 174, 70, 13))
         self.blocks.open()

@@ -2,6 +2,7 @@
 """Entries whose names are no text, or odd ones, and beside each of them its twins: the entries that
 it could be mistaken for. Commands by keys reach the one and leave the others alone."""
 
+import contextlib
 import os
 import pathlib
 import shutil
@@ -10,6 +11,7 @@ import unicodedata
 
 import operations
 import quarn
+import tst_bluetooth
 
 MARK = b"\xef\xbb\xbf"
 NAMES = [b"\x80", b"a\xffb", b"\xc3", b"\xc0\xaf", b"\xed\xb2\x80", b"\xed\xa0\xbd\xed\xb8\x80",
@@ -348,6 +350,45 @@ cd "$HOME" && printf '%s\\0' "$@" > noting && mv noting noted
         inside = sorted(os.path.join(self.at(b"\xff"), name) for name in names)
         marked = [self.at(name) for name in sorted(names)]
         self.assertEqual(songs.read_bytes().split(b"\n"), [*inside, *marked, b"", b""])
+
+
+class TestSharing(quarn.Case):
+    """Names of messages on the bus are text: what is none cannot be named there."""
+
+    def send(self, name):
+        """What the sending service got for a file: its name, or None after a message."""
+        with contextlib.ExitStack() as stack:
+            services = tst_bluetooth.Services(stack)
+            sender = self.program()
+            stack.callback(sender.stop)
+            for each in (name, *twins_of(name)):
+                with open(os.path.join(os.fsencode(sender.home), each), "wb") as file:
+                    file.write(each)
+            sender.start(DBUS_SYSTEM_BUS_ADDRESS=services.address,
+                         DBUS_SESSION_BUS_ADDRESS=services.address)
+            user = operations.User(sender, sender.home, "/")
+            user.highlight(os.fsdecode(name))
+            before = sender.wait_stable()
+            sender.key(*tst_bluetooth.TO_BLUETOOTH)
+            sender.wait_change(before)
+            if user.is_told():
+                self.assertIsNone(services.transfer())
+                return None
+            sender.key("select")
+            got = quarn.wait_until(lambda: services.transfer() or user.is_told(),
+                                   "the transfer, or a message")
+            if got is True:
+                self.assertIsNone(services.transfer())
+                return None
+            return os.path.basename(os.fsencode(str(got["Filename"])))
+
+    def test_textIsSentUnderItsVeryName(self):
+        for name in (MARK + b"a.txt", "e\u0301.txt".encode()):
+            self.assertEqual(self.send(name), name)
+
+    def test_whatIsNoTextIsNotSentAsItsTwin(self):
+        for name in (b"a\xffb.txt", b"\xed\xb2\x80.txt"):
+            self.assertIn(self.send(name), (None, name))
 
 
 del Case  # it is no test itself

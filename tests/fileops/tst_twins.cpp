@@ -9,7 +9,7 @@
 
 #include <memory>
 
-// Entries with odd names are deleted, copied and moved, and nothing else is.
+// Entries with odd names are listed and deleted, and no others are deleted.
 
 namespace
 {
@@ -45,7 +45,7 @@ private slots:
     {
         QFETCH(int, kind);
         for (const TwinFixture::Form form : {TwinFixture::Files, TwinFixture::Folders}) {
-            begin(kind, form);
+            begin(kind, form, form == TwinFixture::Files);
             QStringList expected;
             for (const QByteArray& name : rowsOf(twins_->left()))
                 expected += textOf(name);
@@ -77,13 +77,10 @@ private slots:
     void markedEntriesAloneAreDeleted()
     {
         QFETCH(int, kind);
-        begin(kind, TwinFixture::Files);
-        const QList<QByteArray> rows = rowsOf(twins_->left());
+        begin(kind, TwinFixture::Files, true);
         ByteTree expected = tree();
-        pressKey('0');
+        twins_->mark(twins_->names());
         for (const QByteArray& name : twins_->names()) {
-            panel(1)->setCurrentItem(int(rows.indexOf(name)));
-            pressKey(PhoneKey::Return);
             expected.remove("left/" + name);
             answerYes();
         }
@@ -92,98 +89,11 @@ private slots:
         QCOMPARE(twins_->program().log().unused(), 0);
     }
 
-    void shellCopiesTheEntryAlone_data() { addKindsAndForms(); }
-    void shellCopiesTheEntryAlone()
-    {
-        begin(true);
-        twins_->leaveOutWhatTheShellChanges();
-        twins_->onEach([this](const QByteArray& name) { paste(name, Fixture::Copy); },
-                       [this](ByteTree& tree, const QByteArray& name) {
-                           tree.copy("left/" + name, "right/" + name);
-                           expectQuestionsAndNoMessage(0);
-                       });
-        twins_->verify();
-    }
-
-    void builtInCopyCopiesTheEntryAlone_data() { addKindsAndForms(); }
-    void builtInCopyCopiesTheEntryAlone()
-    {
-        begin(true);
-        twins_->onEach(
-            [this](const QByteArray& name) {
-                highlightFor(name, Fixture::Copy);
-                holdKey(PhoneKey::Modifier);
-                Fixture::choose(Fixture::Paste);
-                releaseKey(PhoneKey::Modifier);
-                twins_->program().goTo(1);
-            },
-            [this](ByteTree& tree, const QByteArray& name) {
-                addBuiltInCopy(tree, name);
-                expectQuestionsAndNoMessage(0);
-            });
-        twins_->verify();
-    }
-
-    void entryInTheWayAloneIsReplaced_data() { addKindsAndForms(); }
-    void entryInTheWayAloneIsReplaced()
-    {
-        begin(true);
-        twins_->leaveOutWhatTheShellChanges();
-        twins_->onEach(
-            [this](const QByteArray& name) {
-                answerYes();
-                paste(name, Fixture::Copy);
-            },
-            [this](ByteTree& tree, const QByteArray& name) {
-                tree.remove("right/" + name);
-                tree.copy("left/" + name, "right/" + name);
-                expectQuestionsAndNoMessage(1);
-            },
-            [this](const QByteArray& name) { writeFile(twins_->right(name), "in the way"); });
-        twins_->verify();
-    }
-
-    void movingTakesTheEntryAlone_data() { addKindsAndForms(); }
-    void movingTakesTheEntryAlone()
-    {
-        begin(true);
-        twins_->leaveOutWhatTheShellChanges();
-        twins_->onEach(
-            [this](const QByteArray& name) {
-                answerYes();
-                paste(name, Fixture::Move);
-            },
-            [this](ByteTree& tree, const QByteArray& name) {
-                tree.move("left/" + name, "right/" + name);
-                expectQuestionsAndNoMessage(1);
-            });
-        twins_->verify();
-    }
-
-    void moverGetsTheBytes_data() { addOddKinds(); }
-    void moverGetsTheBytes()
-    {
-        QFETCH(int, kind);
-        begin(kind, TwinFixture::Files);
-        twins_->leaveOutWhatTheShellChanges();
-        twins_->program().installMover();
-        twins_->onEach(
-            [this](const QByteArray& name) {
-                answerYes();
-                paste(name, Fixture::Move);
-                const QByteArrayList arguments = twins_->program().moverArguments();
-                twins_->expect(arguments.value(1) == twins_->left(name), "the mover got another");
-                twins_->expect(arguments.value(2) == twins_->right(), "moved to another folder");
-            },
-            [](ByteTree&, const QByteArray&) {});
-        twins_->verify();
-    }
-
     void commandsInAnOddFolderStayInIt_data() { addOddKinds(); }
     void commandsInAnOddFolderStayInIt()
     {
         QFETCH(int, kind);
-        begin(kind, TwinFixture::Folders);
+        begin(kind, TwinFixture::Folders, false);
         twins_->leaveOutWhatTheShellChanges();
         twins_->onEach([this](const QByteArray& name) { copyAndDeleteInside(name); },
                        [](ByteTree& tree, const QByteArray& name) {
@@ -204,16 +114,18 @@ private:
         return TwinFixture::Form(form);
     }
 
-    void begin(int kind, TwinFixture::Form form, bool twinsRight = false)
+    void begin(int kind, TwinFixture::Form form, bool all)
     {
-        twins_ = std::make_unique<TwinFixture>(oddKinds().at(kind).names, form, twinsRight);
+        const OddKind& odd = (all ? oddKinds() : thinnedOddKinds()).at(kind);
+        twins_ = std::make_unique<TwinFixture>(odd.names, form);
         twins_->start();
     }
 
-    void begin(bool twinsRight = false)
+    /// Files of many names, other entries of some.
+    void begin()
     {
         QFETCH(int, kind);
-        begin(kind, form(), twinsRight);
+        begin(kind, form(), form() == TwinFixture::Files && kind != BytesInside);
     }
 
     void answerYes() { twins_->program().log().expect({yes}); }
@@ -222,26 +134,6 @@ private:
     {
         answerYes();
         Fixture::choose(option);
-    }
-
-    /// The built-in copy takes plain files alone, and makes folders only for them.
-    void addBuiltInCopy(ByteTree& tree, const QByteArray& name) const
-    {
-        const QByteArray copy = "right/" + name;
-        if (form() == TwinFixture::Files || form() == TwinFixture::Links) {
-            tree.addFile(copy, twins_->contentBehind(name));
-            return;
-        }
-        tree.addFolder(copy);
-        tree.addFile(copy + "/in", twins_->contentBehind(name));
-        if (form() == TwinFixture::FolderLinks)
-            return;
-        tree.remove(copy + "/in");
-        tree.copy("left/" + name, copy);
-        if (!name.startsWith('.'))
-            return;
-        tree.remove(copy + '/' + name);
-        tree.remove(copy + "/folder");
     }
 
     /// Copies the entry of the same name in a folder to the right, then deletes it, and goes up.
@@ -262,21 +154,6 @@ private:
     {
         twins_->expect(twins_->noted("question") == questions, "another number of questions");
         twins_->expect(twins_->noted("message") == 0, "a message");
-    }
-
-    /// Takes an entry to the clipboard and shows the right panel.
-    void highlightFor(const QByteArray& name, Fixture::CopyItem item)
-    {
-        twins_->highlight(twins_->left(), name);
-        Fixture::choose(item);
-        twins_->program().goTo(2);
-    }
-
-    void paste(const QByteArray& name, Fixture::CopyItem item)
-    {
-        highlightFor(name, item);
-        Fixture::choose(Fixture::Paste);
-        twins_->program().goTo(1);
     }
 
     std::unique_ptr<TwinFixture> twins_;

@@ -15,26 +15,32 @@ namespace
 constexpr int MostMessages = 5;
 constexpr qsizetype MostFailures = 20;
 constexpr qsizetype LongestName = 255;
+constexpr qsizetype NamesAtATime = 12;
 
 } // namespace
 
 TwinFixture::TwinFixture(const QList<QByteArray>& names, Form form, bool twinsRight,
                          const QByteArray& end)
-    : top_(fixture_.files().path().toLocal8Bit()), form_(form), twinsRight_(twinsRight)
+    : top_(fixture_.files().path().toLocal8Bit()), end_(end), form_(form), twinsRight_(twinsRight)
 {
-    QSet<QByteArray> odd;
     for (const QByteArray& name : names)
         if (name.size() + end.size() <= LongestName)
-            odd.insert(name + end);
-    for (const QByteArray& name : names)
-        for (const QByteArray& twin : twinsOf(name))
-            if (twin.size() + end.size() <= LongestName)
-                twins_.insert(twin + end);
-    twins_ -= odd;
-    names_ = {odd.begin(), odd.end()};
+            names_.append(name + end);
     std::sort(names_.begin(), names_.end());
     fixture_.log().setShell(CommandLog::quietShell);
+    setOdd(names_);
     make();
+}
+
+void TwinFixture::setOdd(const QList<QByteArray>& names)
+{
+    odd_ = names;
+    twins_.clear();
+    for (const QByteArray& name : names)
+        for (const QByteArray& twin : twinsOf(name.chopped(end_.size())))
+            if (twin.size() + end_.size() <= LongestName)
+                twins_.insert(twin + end_);
+    twins_ -= QSet<QByteArray>(names.begin(), names.end());
 }
 
 TwinFixture::~TwinFixture()
@@ -82,7 +88,7 @@ void TwinFixture::make()
         if (twinsRight_)
             writeFile(right(twin), "right " + twin);
     }
-    for (const QByteArray& name : names_)
+    for (const QByteArray& name : std::as_const(odd_))
         makeOdd(name);
 }
 
@@ -155,13 +161,15 @@ qsizetype TwinFixture::noted(const char* kind) const
 
 void TwinFixture::onEach(const Command& command, const Change& change, const Command& prepare)
 {
-    for (const QByteArray& name : std::as_const(names_)) {
-        if (failures_.size() >= MostFailures)
-            return;
-        current_ = name;
+    for (qsizetype i = 0; i < names_.size() && failures_.size() < MostFailures; ++i) {
+        if (i % NamesAtATime == 0 && names_.size() > NamesAtATime) {
+            setOdd(names_.mid(i, NamesAtATime));
+            makeAnew();
+        }
+        current_ = names_.at(i);
         if (prepare)
-            prepare(name);
-        run(name, command, change);
+            prepare(current_);
+        run(current_, command, change);
     }
 }
 
@@ -175,14 +183,43 @@ void TwinFixture::run(const QByteArray& name, const Command& command, const Chan
         return;
     }
     command(name);
-    lines_ = fixture_.log().take();
-    change(expected, name);
-    dismissMessages();
-    compare(expected);
+    finish([&](ByteTree& tree) { change(tree, name); }, expected);
 }
 
-void TwinFixture::compare(const ByteTree& expected)
+void TwinFixture::onMany(const ManyCommand& command, const ManyChange& change,
+                         const ManyCommand& prepare)
 {
+    for (qsizetype i = 0; i < names_.size() && failures_.size() < MostFailures;
+         i += NamesAtATime) {
+        const QList<QByteArray> names = names_.mid(i, NamesAtATime);
+        current_ = names.first() + " and those behind it";
+        setOdd(names);
+        makeAnew();
+        if (prepare)
+            prepare(names);
+        fixture_.log().take();
+        ByteTree expected = ByteTree::of(top_);
+        command(names);
+        finish([&](ByteTree& tree) { change(tree, names); }, expected);
+    }
+}
+
+void TwinFixture::mark(const QList<QByteArray>& names)
+{
+    const QList<QByteArray> rows = rowsOf(left());
+    FileBrowserFtab* panel = fixture_.window()->activePanel();
+    pressKey('0');
+    for (const QByteArray& name : names) {
+        panel->setCurrentItem(int(rows.indexOf(name)));
+        pressKey(PhoneKey::Return);
+    }
+}
+
+void TwinFixture::finish(const std::function<void(ByteTree& tree)>& change, ByteTree& expected)
+{
+    lines_ = fixture_.log().take();
+    change(expected);
+    dismissMessages();
     const QStringList differences = expected.differences(ByteTree::of(top_));
     for (const QString& difference : differences.mid(0, 4))
         fail(difference);

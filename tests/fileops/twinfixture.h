@@ -47,8 +47,16 @@ public:
     using Command = std::function<void(const QByteArray& name)>;
     using Change = std::function<void(ByteTree& tree, const QByteArray& name)>;
     /// Gives a command on each odd name, the log empty before, and compares. After a difference
-    /// everything is made anew. `prepare` comes before what is there is noted.
+    /// everything is made anew. `prepare` comes before what is there is noted. Of many names some
+    /// at a time are there, so that each command has a short list to look through.
     void onEach(const Command& command, const Change& change, const Command& prepare = {});
+    /// The same with one command on many names, marked, in the order of the rows.
+    using ManyCommand = std::function<void(const QList<QByteArray>& names)>;
+    using ManyChange = std::function<void(ByteTree& tree, const QList<QByteArray>& names)>;
+    void onMany(const ManyCommand& command, const ManyChange& change,
+                const ManyCommand& prepare = {});
+    /// Marks entries of the shown panel, which shows the left folder.
+    void mark(const QList<QByteArray>& names);
     /// Notes what is wrong with the name that the command is given on.
     void fail(const QString& what);
     void expect(bool holds, const char* what);
@@ -57,17 +65,20 @@ public:
 
 private:
     QByteArray at(const char* folder, const QByteArray& name) const;
+    void setOdd(const QList<QByteArray>& names);
     void make();
     void makeOdd(const QByteArray& name) const;
     void makeAnew();
     /// What a link of an odd name leads to: a twin if it has one.
     QByteArray linkTarget(const QByteArray& name) const;
     void run(const QByteArray& name, const Command& command, const Change& change);
-    void compare(const ByteTree& expected);
+    void finish(const std::function<void(ByteTree& tree)>& change, ByteTree& expected);
 
     CommandFixture fixture_;
     QByteArray top_;
+    QByteArray end_;
     QList<QByteArray> names_;
+    QList<QByteArray> odd_; ///< those of the names that are there now
     QSet<QByteArray> twins_;
     Form form_;
     bool twinsRight_;

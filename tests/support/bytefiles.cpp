@@ -110,8 +110,10 @@ QString textOf(const QByteArray& name)
 {
     QString text;
     for (const Utf8Piece& piece : utf8Pieces(name))
-        text += piece.valid ? QString::fromUcs4(&piece.character, 1)
-                            : QString(QChar(char16_t(ByteSurrogate + piece.character)));
+        if (piece.valid) // fromUcs4() of a string would leave a mark at its beginning out
+            text += QChar::fromUcs4(piece.character);
+        else
+            text += QChar(char16_t(ByteSurrogate + piece.character));
     return text;
 }
 

@@ -10,10 +10,12 @@ struct OddKind {
 };
 
 const QList<OddKind>& oddKinds();
-/// A column "kind" with a row for each kind: its place in oddKinds().
+/// The place in the list of each byte between letters: as many names again as of bytes alone.
+constexpr int BytesInside = 1;
+/// The same kinds with some of the names of each, for what takes long.
+const QList<OddKind>& thinnedOddKinds();
+/// A column "kind" with a row for each kind: its place in both lists.
 void addOddKinds();
-/// A few names of each kind, for what takes long.
-QList<QByteArray> someOddNames();
 
 /// The names that one could be mistaken for: by a decoder that replaces, drops or reads leniently
 /// what is no UTF-8, by one that eats the byte-order mark, by a text that is trimmed, composed or
