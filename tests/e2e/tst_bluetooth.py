@@ -35,13 +35,19 @@ class Services:
         configuration = folder / "bus.conf"
         configuration.write_text(CONFIGURATION.format(self.address))
         self.spawn("dbus-daemon", "--nofork", f"--config-file={configuration}")
-        quarn.wait_until((folder / "bus").exists, "the message bus")
-        self.bus = dbus.bus.BusConnection(self.address)
+        self.bus = quarn.wait_until(self.connection, "the message bus")
         stack.callback(self.bus.close)
         for name, template in (("org.bluez", "bluez5"), ("org.bluez.obex", str(OBEX_TEMPLATE))):
             self.spawn(sys.executable, "-B", "-m", "dbusmock", "--session", "--template", template)
             quarn.wait_until(lambda name=name: self.bus.name_has_owner(name), name)
         self.add_devices()
+
+    def connection(self):
+        """None while the bus does not listen, which it does a moment after its socket is there."""
+        try:
+            return dbus.bus.BusConnection(self.address)
+        except dbus.exceptions.DBusException:
+            return None
 
     def spawn(self, *command):
         process = subprocess.Popen([*quarn.ENDS_WITH_US, *command], stdin=subprocess.DEVNULL,
