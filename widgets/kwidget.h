@@ -106,6 +106,7 @@ private:
     // Drawing steps (kwidget_drawing.cpp): each adds a block at `y` and moves `y` to its end.
     void drawAll();
     QRegion redrawLines();
+    QRegion drawChangedLines(const QList<Section>& next);
     QList<Section> sectionsOf(const QString& text);
     void drawTitle(const QString& title, const QString& icon);
     void drawText(const QString& text, int align);

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace
 {
@@ -69,33 +70,42 @@ QRegion kWidget::redrawLines()
         content.align != composed.align || content.keyBar != composed.keyBar ||
         canvas.devicePixelRatio() != devicePixelRatio())
         return {};
-    QList<Section> next = sectionsOf(content.text);
+    const Section& last = sections.constLast();
+    const QRegion lastLine = lineRect(last, last.lines.texts.size() - 1);
+    if (content.text == composed.text)
+        return lastLine;
+    const QList<Section> next = sectionsOf(content.text);
     const auto alike = [](const Section& left, const Section& right) {
         return left.lines.texts.size() == right.lines.texts.size() &&
                (left.text == right.text || (left.lines.contained && right.lines.contained));
     };
     if (!std::equal(next.begin(), next.end(), sections.begin(), sections.end(), alike))
         return {};
+    const QRegion changed = drawChangedLines(next);
+    return changed.isEmpty() ? lastLine : changed;
+}
+
+QRegion kWidget::drawChangedLines(const QList<Section>& next)
+{
     QRegion changed;
     QPainter painter(&canvas);
     painter.setFont(textFont.font());
     painter.setPen(Qt::black);
     for (qsizetype i = 0; i < next.size(); ++i) {
-        next[i].top = sections.at(i).top;
-        for (qsizetype line = 0; line < next.at(i).lines.texts.size(); ++line) {
+        const Section before = std::exchange(sections[i], next.at(i));
+        sections[i].top = before.top;
+        for (qsizetype line = 0; line < before.lines.texts.size(); ++line) {
             const QString& text = next.at(i).lines.texts.at(line);
-            if (text == sections.at(i).lines.texts.at(line))
+            if (text == before.lines.texts.at(line))
                 continue;
-            const QRect place = lineRect(next.at(i), line);
+            const QRect place = lineRect(before, line);
             painter.fillRect(place, Qt::white);
             painter.drawText(TextLeft, place.top(), TextWidth, textFont.lineHeight(), content.align,
                              text);
             changed += place;
         }
     }
-    sections = next;
-    const Section& last = sections.constLast();
-    return changed.isEmpty() ? lineRect(last, last.lines.texts.size() - 1) : changed;
+    return changed;
 }
 
 /// Where a line is drawn; the outline is beside it, and may be right below.
