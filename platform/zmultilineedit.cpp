@@ -9,12 +9,23 @@
 namespace
 {
 
-/// Stands in the toolkit's field for a byte-order mark: drawn as a mark, and in no text.
+/// Stands in the toolkit's field for a byte-order mark: drawn as a mark, and in no name.
 constexpr QChar StandIn(0xdc00);
+/// What becomes of a stand-in that was in the text already: as little a part of names.
+constexpr QChar OtherHalf(0xdc01);
 
 QString withStandIns(QString text)
 {
-    return text.replace(QChar(QChar::ByteOrderMark), StandIn);
+    bool inPair = false;
+    for (QChar& character : text) {
+        const bool isHigh = character.isHighSurrogate();
+        if (character == StandIn && !inPair)
+            character = OtherHalf;
+        else if (character == QChar(QChar::ByteOrderMark) && !inPair)
+            character = StandIn;
+        inPair = isHigh;
+    }
+    return text;
 }
 
 QString withoutStandIns(QString text)

@@ -189,8 +189,7 @@ void TwinFixture::run(const QByteArray& name, const Command& command, const Chan
 void TwinFixture::onMany(const ManyCommand& command, const ManyChange& change,
                          const ManyCommand& prepare)
 {
-    for (qsizetype i = 0; i < names_.size() && failures_.size() < MostFailures;
-         i += NamesAtATime) {
+    for (qsizetype i = 0; i < names_.size() && failures_.size() < MostFailures; i += NamesAtATime) {
         const QList<QByteArray> names = names_.mid(i, NamesAtATime);
         current_ = names.first() + " and those behind it";
         setOdd(names);

@@ -185,6 +185,14 @@ private slots:
         QCOMPARE(QApplication::activePopupWidget(), nullptr);
     }
 
+    void halvesThatStandForNoByteDoNotBecomeMarks()
+    {
+        QGuiApplication::clipboard()->setText(QString(QChar(0xdc00)));
+        edit_->paste();
+        QCOMPARE(edit_->text().size(), 1);
+        QVERIFY(edit_->text().at(0).isLowSurrogate());
+    }
+
 private:
     static void addOddTexts()
     {
@@ -194,6 +202,7 @@ private:
         QTest::newRow("both") << QString(QChar(0xfeff)) + QChar(0xdcff) + QChar(0xfeff);
         QTest::newRow("a mark behind a letter of two halves")
             << QString::fromUtf8("\xF0\x9F\x90\x80") + QChar(0xfeff);
+        QTest::newRow("a mark behind a half") << QString(QChar(0xd83d)) + QChar(0xfeff);
     }
 
     /// From the first to the last column that has something of the text.
