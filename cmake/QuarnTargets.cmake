@@ -87,10 +87,11 @@ function(quarn_library name)
   target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}")
 endfunction()
 
-# quarn_module(target name SOURCES ... HEADERS ... LINK ...): a part of the program that ZModule opens
-# by its name. It uses the program's own copy of platform/ and must not link another.
+# quarn_module(target name SOURCES ... HEADERS ... LINK ... USES ...): a part of the program that
+# ZModule opens by its name. USES names what it takes from the program, such as platform/, and must not
+# link: it would bring a copy of its own.
 function(quarn_module target name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;LINK;USES" ${ARGN})
   quarn_library(${target}_parts SOURCES ${ARG_SOURCES} HEADERS ${ARG_HEADERS} LINK ${ARG_LINK})
   file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${target}.cpp" CONTENT "")
   add_library(${target} MODULE "${CMAKE_CURRENT_BINARY_DIR}/${target}.cpp")

@@ -1,14 +1,15 @@
 #include "launch/commandlines.h"
 
+#include "assoc/plugintable.h"
+
 namespace
 {
 
 const QLatin1String Player("LyraPlayer");
 
-/// Folder and executable have the same name.
 ShellBytes executable(const QString& workFolder, const QString& name)
 {
-    return shellBytes(workFolder + QStringLiteral("/plugins/") + name + QLatin1Char('/') + name);
+    return shellBytes(pluginExecutable(workFolder, name));
 }
 
 ShellBytes musicBelow(const QString& folder)

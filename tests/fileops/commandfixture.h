@@ -2,6 +2,7 @@
 
 #include "tests/fileops/commandlog.h"
 #include "tests/support/program.h"
+#include "widgets/menuitems.h"
 
 /// The program with a log of its commands, and keys to give them. Its panels show the folders
 /// "left" and "right" of files(); put there what a test needs, then call start().
@@ -10,15 +11,20 @@ class CommandFixture
 public:
     /// Items of the options menu and of its copy submenu.
     enum Option {
-        Delete = 2,
-        CopyMenu = 3,
-        Rename = 4,
-        MakeFolder = 5,
-        Bookmarks = 6,
-        SendByBluetooth = 7,
-        Properties = 8
+        Delete = OptionsItem::Delete,
+        CopyMenu = OptionsItem::CopyMenu,
+        Rename = OptionsItem::Rename,
+        MakeFolder = OptionsItem::MakeFolder,
+        Bookmarks = OptionsItem::Bookmarks,
+        SendByBluetooth = OptionsItem::SendByBluetooth,
+        Properties = OptionsItem::Properties
     };
-    enum CopyItem { Copy = 1, Move = 2, Paste = 3, PasteAs = 4 };
+    enum CopyItem {
+        Copy = ::CopyItem::Copy,
+        Move = ::CopyItem::Move,
+        Paste = ::CopyItem::Paste,
+        PasteAs = ::CopyItem::PasteAs
+    };
 
     CommandFixture();
 

@@ -88,7 +88,7 @@ void FM::copyByShell(const QString& src, const QString& dstDir)
 /// `dstDir` ends with "/", and what is made from it has the separator twice.
 void FM::copyBuiltIn(const QString& src, const QString& dstDir)
 {
-    const QString target = dstDir + QLatin1Char('/') + getFileName(src);
+    const QString target = dstDir + QLatin1Char('/') + namePart(src);
     const EntryInfo info(src);
     qint32 size = 0;
     if (info.isFolder()) {
@@ -114,8 +114,8 @@ void FM::copyTree(const QString& src, const QString& dstDir)
         copyByShell(src, dstDir);
         return;
     }
-    const qsizetype parentLength = getFilePath(src).size();
-    const QString target = dstDir + getFileName(src);
+    const qsizetype parentLength = folderPart(src).size();
+    const QString target = dstDir + namePart(src);
     for (const QString& file : files) {
         const QString destination = dstDir + file.mid(parentLength);
         makeFolderOf(destination, target);

@@ -4,6 +4,7 @@
 
 #include "browser/filebrowserftab.h"
 #include "files/entry.h"
+#include "files/paths.h"
 #include "lang/texts.h"
 #include "widgets/errorbox.h"
 #include "widgets/textinput.h"
@@ -14,8 +15,8 @@ void FM::slot_Rename()
     if (active == nullptr || active->curFile.isEmpty())
         return;
     const QString old = active->curFile;
-    const QString name = getFileName(old);
-    const QString folder = getFilePath(old);
+    const QString name = namePart(old);
+    const QString folder = folderPart(old);
     const auto asked = entryId(old);
     textInput->inputText = name;
     const QString prompt = LANG_RENAME + QStringLiteral(" \"") + name + QStringLiteral("\":");

@@ -2,6 +2,7 @@
 
 #include "shell/fm.h"
 
+#include "assoc/mimetable.h"
 #include "files/entry.h"
 #include "sharing/share_tool.h"
 #include "widgets/errorbox.h"
@@ -15,7 +16,7 @@ void FM::slot_SendBt()
     }
     // From the last "/" on, which is part of the name; without one the whole path.
     const QString name = path.mid(qMax(path.lastIndexOf(QLatin1Char('/')), qsizetype(0)));
-    const SHARE_Tool::OBJECT_INFO info = {name, QStringLiteral("media/") + getMime(path)};
+    const SHARE_Tool::OBJECT_INFO info = {name, QStringLiteral("media/") + mimeOf(path)};
     // The service takes texts; a name that is none would become another one on the way.
     if (!path.isValidUtf16() || !SHARE_Tool::shareByBt(info, path, false))
         showError(QStringLiteral("Error send file ") + path);

@@ -4,6 +4,7 @@
 
 #include "browser/filebrowserftab.h"
 #include "files/entry.h"
+#include "files/paths.h"
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zapplication.h"
@@ -14,11 +15,11 @@
 #include "shell/util.h"
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
+#include "widgets/menuitems.h"
 
 namespace
 {
 
-constexpr int PasteItem = 3;
 constexpr int Centred = Qt::AlignHCenter;
 
 bool ask(const QString& title, const QString& text)
@@ -58,9 +59,9 @@ void FM::slot_Move()
 
 void FM::armPaste(const char* slot, const char* otherSlot)
 {
-    copyMenu->disconnectItem(PasteItem, this, otherSlot);
-    copyMenu->connectItem(PasteItem, this, slot);
-    copyMenu->setItemEnabled(PasteItem, true);
+    copyMenu->disconnectItem(CopyItem::Paste, this, otherSlot);
+    copyMenu->connectItem(CopyItem::Paste, this, slot);
+    copyMenu->setItemEnabled(CopyItem::Paste, true);
     clipboardList = getActiveEntries();
 }
 
@@ -82,7 +83,7 @@ void FM::paste(void (FM::*pasteOne)(const QString& src, const QString& dstDir))
         createSoftKeysStab();
     const FileBrowserFtab* active = activePanel();
     const QString destination = active != nullptr ? active->curPath : QString();
-    copyMenu->setItemEnabled(PasteItem, false);
+    copyMenu->setItemEnabled(CopyItem::Paste, false);
     softKey->setOptMenu(ZSoftKey::Left, optionsMenu);
     const ZScreen::MainInputPause pause;
     // The clipboard may change while a question is open.
@@ -101,7 +102,7 @@ void FM::relistBoth()
 
 void FM::ChkCopy(const QString& src, const QString& dstDir)
 {
-    const QString name = getFileName(src);
+    const QString name = namePart(src);
     const QString target = dstDir + QLatin1Char('/') + name;
     if (src == dstDir || !isFolder(dstDir)) {
         showError(LANG_DON_TRY_COPY);
@@ -142,7 +143,7 @@ void FM::ChkMove(const QString& src, const QString& dstDir)
 /// message then says.
 bool FM::moveAfterQuestions(const QString& src, const QString& dstDir)
 {
-    const QString name = getFileName(src);
+    const QString name = namePart(src);
     const QString target = dstDir + QLatin1Char('/') + name;
     const auto moved = entryId(src);
     if (!ask(LANG_MOVE_SURE, name + QStringLiteral(" to ") + dstDir))

@@ -3,7 +3,9 @@
 #include "shell/fm.h"
 
 #include "files/entry.h"
+#include "files/entrytexts.h"
 #include "files/linktext.h"
+#include "files/paths.h"
 #include "files/permissiontext.h"
 #include "files/walk.h"
 #include "lang/texts.h"
@@ -29,7 +31,7 @@ QString typeText(const EntryInfo& info)
 QString identityText(const QString& path, const EntryInfo& info)
 {
     QString text = QLatin1Char(' ') + LANG_TYPE + QStringLiteral(": ") + typeText(info);
-    text += QStringLiteral("\n ") + LANG_NAME + QStringLiteral(": ") + FM::getFileName(path);
+    text += QStringLiteral("\n ") + LANG_NAME + QStringLiteral(": ") + namePart(path);
     text += QStringLiteral("\n ") + LANG_PATH + QStringLiteral(": ") + path;
     if (info.isLink())
         text += QStringLiteral("\n LinkPath: ") + linkText(path);
@@ -40,7 +42,7 @@ QString identityText(const QString& path, const EntryInfo& info)
 QString sizeWithBytes(quint32 bytes, const QString& mark)
 {
     constexpr quint32 Kilobyte = 1024;
-    QString text = mark + FM::countSize(bytes);
+    QString text = mark + sizeText(bytes);
     if (bytes > Kilobyte)
         text += QStringLiteral(" (") + mark + QString::number(bytes) + QStringLiteral(" b)");
     return text;
@@ -91,7 +93,7 @@ void FM::slot_Properties()
 {
     const QString path = getActiveFileName();
     // In a panel the folder above ends a path. Without any entry there is a box all the same.
-    if (path == QLatin1String("..") || getFileName(path) == QLatin1String(".."))
+    if (path == QLatin1String("..") || namePart(path) == QLatin1String(".."))
         return;
     const ZScreen::MainInputPause pause;
     const EntryInfo info(path);

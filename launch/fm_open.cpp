@@ -39,7 +39,7 @@ void startPluginsOf(int number, const QString& path)
 /// Whether the extension is known at all, be it that no plugin has the number it leads to.
 bool openByExtension(const QString& path)
 {
-    const QString extension = FM::getMime(path);
+    const QString extension = mimeOf(path);
     bool known = false;
     for (const mime_struct& mime : mimes) {
         if (mime.ext != extension)

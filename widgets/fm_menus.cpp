@@ -9,6 +9,7 @@
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
 #include "shell/settings.h"
+#include "widgets/menuitems.h"
 
 namespace
 {
@@ -28,22 +29,22 @@ struct MenuRow {
 };
 
 const MenuRow MainRows[] = {
-    {1, &LANG_OPEN_WITH, "open_with.png", &FM::openWithMenu, true, nullptr},
-    {2, &LANG_DELETE, "delete.png", nullptr, true, "slot_Delete()"},
-    {3, &LANG_COPY_MENU, "copy.png", &FM::copyMenu, true, nullptr},
-    {4, &LANG_RENAME, "rename.png", nullptr, true, "slot_Rename()"},
-    {5, &LANG_MKDIR, "mkdir.png", nullptr, true, "slot_MkDir()"},
-    {6, &LANG_BOOKMARK, "bookmark.png", &FM::bookmarkMenu, true, nullptr},
-    {7, &LANG_BT, "bt.png", nullptr, true, "slot_SendBt()"},
-    {8, &LANG_PROPERTIES, "props.png", nullptr, true, "slot_Properties()"},
+    {OptionsItem::OpenWith, &LANG_OPEN_WITH, "open_with.png", &FM::openWithMenu, true, nullptr},
+    {OptionsItem::Delete, &LANG_DELETE, "delete.png", nullptr, true, "slot_Delete()"},
+    {OptionsItem::CopyMenu, &LANG_COPY_MENU, "copy.png", &FM::copyMenu, true, nullptr},
+    {OptionsItem::Rename, &LANG_RENAME, "rename.png", nullptr, true, "slot_Rename()"},
+    {OptionsItem::MakeFolder, &LANG_MKDIR, "mkdir.png", nullptr, true, "slot_MkDir()"},
+    {OptionsItem::Bookmarks, &LANG_BOOKMARK, "bookmark.png", &FM::bookmarkMenu, true, nullptr},
+    {OptionsItem::SendByBluetooth, &LANG_BT, "bt.png", nullptr, true, "slot_SendBt()"},
+    {OptionsItem::Properties, &LANG_PROPERTIES, "props.png", nullptr, true, "slot_Properties()"},
 };
 
 // The two paste items are armed, the first of them only, by copy and move.
 const MenuRow CopyRows[] = {
-    {1, &LANG_COPY, "copy.png", nullptr, true, "slot_Copy()"},
-    {2, &LANG_MOVE, "move.png", nullptr, true, "slot_Move()"},
-    {3, &LANG_PASTE, "paste.png", nullptr, false, nullptr},
-    {4, &LANG_PASTE_AS, "paste.png", nullptr, false, nullptr},
+    {CopyItem::Copy, &LANG_COPY, "copy.png", nullptr, true, "slot_Copy()"},
+    {CopyItem::Move, &LANG_MOVE, "move.png", nullptr, true, "slot_Move()"},
+    {CopyItem::Paste, &LANG_PASTE, "paste.png", nullptr, false, nullptr},
+    {CopyItem::PasteAs, &LANG_PASTE_AS, "paste.png", nullptr, false, nullptr},
 };
 
 void loadMenuIcon(QPixmap& icon, const QString& name)
