@@ -10,7 +10,6 @@
 #include <QScrollBar>
 
 #include <algorithm>
-#include <cstdlib>
 
 class ZListBox::Model : public QAbstractListModel
 {
@@ -299,28 +298,20 @@ int ZListBox::rowAt(QPoint point)
 void ZListBox::mousePressEvent(QMouseEvent* event)
 {
     event->accept();
-    pressY_ = event->position().toPoint().y();
-    pressTop_ = topItem();
-    dragged_ = false;
+    finger_.press(event->position().toPoint().y(), topItem());
 }
 
 void ZListBox::mouseMoveEvent(QMouseEvent* event)
 {
     event->accept();
-    if (pressY_ < 0)
-        return;
-    const int distance = pressY_ - event->position().toPoint().y();
-    dragged_ = dragged_ || std::abs(distance) > ZSkinService::TapSlop;
-    if (dragged_)
-        verticalScrollBar()->setValue(pressTop_ + distance / std::max(rowHeight_, 1));
+    if (const auto top = finger_.move(event->position().toPoint().y(), rowHeight_))
+        verticalScrollBar()->setValue(*top);
 }
 
 void ZListBox::mouseReleaseEvent(QMouseEvent* event)
 {
     event->accept();
-    const bool tapped = pressY_ >= 0 && !dragged_;
-    pressY_ = -1;
-    const int row = tapped ? rowAt(event->position().toPoint()) : -1;
+    const int row = finger_.release() ? rowAt(event->position().toPoint()) : -1;
     if (row < 0)
         return;
     const bool again = row == currentItem();

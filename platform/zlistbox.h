@@ -2,6 +2,7 @@
 
 #include "platform/zlistboxitem.h"
 #include "platform/zlistrowpainter.h"
+#include "platform/ztapordrag.h"
 
 #include <QListView>
 
@@ -91,7 +92,5 @@ private:
     int rowHeight_ = 0;
     bool uncommitted_ = false;
     bool silent_ = false; ///< a current row is being put back, which is no news
-    int pressY_ = -1;     ///< where a finger went down; -1 while none is
-    int pressTop_ = 0;
-    bool dragged_ = false;
+    ZTapOrDrag finger_;
 };

@@ -12,7 +12,6 @@
 #include <QWheelEvent>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace
 {
@@ -233,7 +232,7 @@ void ZOptionsMenu::showEvent(QShowEvent* /*event*/)
 {
     current_ = items_.isEmpty() ? -1 : 0;
     first_ = 0;
-    pressY_ = -1;
+    finger_.cancel();
     const QRect area = room();
     const QSize size(contentWidth(), visibleRows() * RowHeight + 2 * Border);
     QPoint corner(area.left(), area.bottom() + 1 - size.height());
@@ -334,9 +333,7 @@ void ZOptionsMenu::keyPressEvent(QKeyEvent* event)
 void ZOptionsMenu::mousePressEvent(QMouseEvent* event)
 {
     event->accept();
-    pressY_ = event->position().toPoint().y();
-    pressFirst_ = first_;
-    dragged_ = false;
+    finger_.press(event->position().toPoint().y(), first_);
     const int position = positionAt(event->position().toPoint());
     if (position >= 0)
         moveTo(position);
@@ -345,20 +342,14 @@ void ZOptionsMenu::mousePressEvent(QMouseEvent* event)
 void ZOptionsMenu::mouseMoveEvent(QMouseEvent* event)
 {
     event->accept();
-    if (pressY_ < 0)
-        return;
-    const int distance = pressY_ - event->position().toPoint().y();
-    dragged_ = dragged_ || std::abs(distance) > ZSkinService::TapSlop;
-    if (dragged_)
-        scrollTo(pressFirst_ + distance / RowHeight);
+    if (const auto first = finger_.move(event->position().toPoint().y(), RowHeight))
+        scrollTo(*first);
 }
 
 void ZOptionsMenu::mouseReleaseEvent(QMouseEvent* event)
 {
     event->accept();
-    const bool tapped = pressY_ >= 0 && !dragged_;
-    pressY_ = -1;
-    if (tapped)
+    if (finger_.release())
         choose(positionAt(event->position().toPoint()));
 }
 

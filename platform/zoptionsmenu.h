@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/ztapordrag.h"
+
 #include <QPixmap>
 #include <QPointer>
 #include <QWidget>
@@ -100,7 +102,5 @@ private:
     int current_ = -1;
     int first_ = 0; ///< position of the topmost visible row
     int activeId_ = -1;
-    int pressY_ = -1; ///< where a finger went down; -1 while none is
-    int pressFirst_ = 0;
-    bool dragged_ = false;
+    ZTapOrDrag finger_;
 };

@@ -2,6 +2,7 @@
 
 #include "browser/filebrowserftab.h"
 #include "files/paths.h"
+#include "files/programnames.h"
 #include "lang/texts.h"
 #include "platform/qcopchannel.h"
 #include "platform/zapplication.h"
@@ -42,11 +43,11 @@ const char StartBanner[] = "\n"
 FM::FM() : ZKbMainWidget(TitleUnderlined, nullptr, "ZMainWidget", {})
 {
     qDebug("%s", StartBanner);
-    setFont(ZSkinService::font(QStringLiteral("ZarnikFont"), 14, 25));
+    setFont(ZSkinService::font(ProgramNames::Font, 14, 25));
     showStartBox();
     resize(ZScreen::Width, ZScreen::Height);
     qApp->installEventFilter(this);
-    setMainWidgetTitle(QStringLiteral("Quarn"));
+    setMainWidgetTitle(ProgramNames::Program);
     programDir = u->getProgramDir();
     tabs_ = new ZNavTabWidget(1, false, false, this, nullptr, ZSkinService::clsNavTab);
     loadTables();
@@ -139,7 +140,7 @@ void FM::addTab(QWidget* page, const char* icon)
 void FM::connectSignals()
 {
     connect(tabs_, &ZNavTabWidget::currentChanged, this, &FM::slotCurrentChanged);
-    channel_ = new QCopChannel("Quarn", this);
+    channel_ = new QCopChannel(ProgramNames::Channel, this);
     connect(channel_, &QCopChannel::received, this, &FM::slotQCopReceived);
     connect(panels_[1], &FileBrowserFtab::isFilePicked, this, &FM::slot_ClickFile);
     connect(panels_[0], &FileBrowserFtab::isFilePicked, this, &FM::slot_ClickFile);

@@ -2,6 +2,7 @@
 
 #include "shell/fm.h"
 
+#include "files/programnames.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
@@ -59,11 +60,10 @@ void FM::drawAbout()
     aboutPicture_.fill(Qt::black);
     QPainter painter(&aboutPicture_);
     painter.drawPixmap(7, 15, logo);
-    const QString family = QStringLiteral("ZarnikFont");
-    painter.setFont(ZSkinService::font(family, 27, 87));
+    painter.setFont(ZSkinService::font(ProgramNames::Font, 27, 87));
     painter.setPen(QColor(255, 100, 12));
     painter.drawText(70, 40, aboutTexts_.at(0));
-    painter.setFont(ZSkinService::font(family, 15, 10));
+    painter.setFont(ZSkinService::font(ProgramNames::Font, 15, 10));
     painter.setPen(Qt::white);
     painter.drawText(70, 60, aboutTexts_.at(1));
     const int rowTops[] = {115, 140, 205};

@@ -1,4 +1,5 @@
 #include "files/names.h"
+#include "files/programnames.h"
 #include "platform/zscreen.h"
 #include "shell/startup.h"
 
@@ -42,7 +43,7 @@ int main(int argc, char** argv)
     followRules = QLoggingCategory::installFilter(nullptr);
     QLoggingCategory::installFilter(keepLinesOn);
     QCoreApplication::setApplicationName(QStringLiteral("quarn"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Quarn"));
+    QGuiApplication::setApplicationDisplayName(ProgramNames::Program);
     QGuiApplication::setDesktopFileName(QStringLiteral("quarn"));
     ZScreen::setScaleVariable("QUARN_SCALE");
     return startQuarn(argc, argv);

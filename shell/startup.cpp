@@ -1,5 +1,6 @@
 #include "shell/startup.h"
 
+#include "files/programnames.h"
 #include "launch/shellcommand.h"
 #include "platform/keymap.h"
 #include "platform/qcopchannel.h"
@@ -15,29 +16,27 @@
 namespace
 {
 
-const char Channel[] = "Quarn";
-const QLatin1String ProgramFont("ZarnikFont");
-
 /// Whether this process is the one to run. Another one that is just starting is waited for.
 bool becomeTheInstance()
 {
     constexpr int LongestStartMilliseconds = 10000;
-    if (QCopChannel::isRegistered(Channel))
+    if (QCopChannel::isRegistered(ProgramNames::Channel))
         return false;
     QElapsedTimer waited;
     waited.start();
-    if (QCopChannel::reserve(Channel, LongestStartMilliseconds))
+    if (QCopChannel::reserve(ProgramNames::Channel, LongestStartMilliseconds))
         return true;
     // Without a usable folder for channels there are no other instances to be found; the program
     // is of use all the same.
-    return waited.elapsed() < LongestStartMilliseconds && !QCopChannel::isRegistered(Channel);
+    return waited.elapsed() < LongestStartMilliseconds &&
+           !QCopChannel::isRegistered(ProgramNames::Channel);
 }
 
 void registerFont(int weight)
 {
     QDiskFont record;
     record.factory = ZFontManager::firstFactory();
-    record.name = ProgramFont;
+    record.name = ProgramNames::Font;
     record.weight = weight;
     record.flavour = QStringLiteral("s");
     record.file = work_folder + QStringLiteral("res/font.ttf");
@@ -51,7 +50,7 @@ int startQuarn(int argc, char** argv)
     keepUsersLocale();
     const QDaemonApp local(argc, argv);
     if (!becomeTheInstance()) {
-        QCopChannel::send(Channel, "show()");
+        QCopChannel::send(ProgramNames::Channel, "show()");
         return 0;
     }
     u = new util;
@@ -64,7 +63,7 @@ int startQuarn(int argc, char** argv)
     for (const QDiskFont& record : ZFontManager::diskFonts())
         ZFontManager::addDiskFont(record);
     quarn = new FM;
-    quarn->setFont(ZSkinService::font(ProgramFont, 14, 25));
+    quarn->setFont(ZSkinService::font(ProgramNames::Font, 14, 25));
     a->setMainWidget(quarn);
     quarn->show();
     return a->exec();

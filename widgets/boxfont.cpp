@@ -1,13 +1,13 @@
 #include "widgets/boxfont.h"
 
+#include "files/programnames.h"
 #include "platform/shownname.h"
 #include "platform/zskinservice.h"
 #include "widgets/wordwrap.h"
 
 #include <QFontMetrics>
 
-BoxFont::BoxFont(int size, int weight)
-    : font_(ZSkinService::font(QStringLiteral("ZarnikFont"), size, weight))
+BoxFont::BoxFont(int size, int weight) : font_(ZSkinService::font(ProgramNames::Font, size, weight))
 {
     const QFontMetrics metrics(font_);
     lineHeight_ = metrics.height();

@@ -3,6 +3,7 @@
 #include "files/linktext.h"
 #include "files/names.h"
 #include "files/paths.h"
+#include "files/programnames.h"
 #include "platform/keymap.h"
 #include "platform/qdiskfont.h"
 #include "platform/regularfile.h"
@@ -42,7 +43,7 @@ void registerFont(const QString& file)
     for (const int weight : {LightWeight, BlackWeight}) {
         QDiskFont record;
         record.factory = ZFontManager::firstFactory();
-        record.name = PluginWindow::FontFamily;
+        record.name = ProgramNames::Font;
         record.weight = weight;
         record.flavour = QStringLiteral("s");
         record.file = file;

@@ -1,5 +1,6 @@
 #include "plugins/support/pluginwindow.h"
 
+#include "files/programnames.h"
 #include "platform/keymap.h"
 #include "platform/zapplication.h"
 #include "platform/zlistrowpainter.h"
@@ -14,7 +15,7 @@ PluginWindow::PluginWindow(const QString& title)
     : ZKbMainWidget(TitleUnderlined, nullptr, "ZMainWidget", {}),
       softKey_(new ZSoftKey(QString(), this, this))
 {
-    setFont(ZSkinService::font(FontFamily, 14, 25));
+    setFont(ZSkinService::font(ProgramNames::Font, 14, 25));
     resize(ZScreen::Width, ZScreen::Height);
     setFocusPolicy(Qt::StrongFocus);
     qApp->installEventFilter(this);

@@ -11,8 +11,6 @@ class PluginWindow : public ZKbMainWidget
     Q_OBJECT
 
 public:
-    static constexpr QLatin1String FontFamily = QLatin1String("ZarnikFont");
-
     explicit PluginWindow(const QString& title);
     ~PluginWindow() override;
 

@@ -2,6 +2,7 @@
 
 #include "files/entrytexts.h"
 #include "files/paths.h"
+#include "files/programnames.h"
 #include "platform/keymap.h"
 #include "platform/qdiskfont.h"
 #include "platform/shownname.h"
@@ -28,12 +29,6 @@ constexpr int BarBlockHeight = 36;
 constexpr qsizetype MaxLines = 10;
 constexpr int Percent = 100;
 
-const QString& family()
-{
-    static const QString name = QStringLiteral("ZarnikFont");
-    return name;
-}
-
 /// How much of the whole is done, from 0 to 100; 0 if the whole is not known.
 int percentage(const MoveProgress& progress)
 {
@@ -55,8 +50,8 @@ void drawGround(QPainter& painter, int top, int height)
 
 MoveBox::MoveBox(const QString& title, const QString& text, const QString& icon)
     : QWidget(ZScreen::instance()),
-      title_(block(title, ZSkinService::font(family(), 15, 87))),
-      text_(block(text, ZSkinService::font(family(), 13, 25)))
+      title_(block(title, ZSkinService::font(ProgramNames::Font, 15, 87))),
+      text_(block(text, ZSkinService::font(ProgramNames::Font, 13, 25)))
 {
     hide();
     setFocusPolicy(Qt::StrongFocus);
@@ -70,7 +65,7 @@ void MoveBox::addFont(const QString& icon)
 {
     QDiskFont font;
     font.factory = ZFontManager::firstFactory();
-    font.name = family();
+    font.name = ProgramNames::Font;
     font.file = folderPart(icon) + QStringLiteral("../font.ttf");
     ZFontManager::addDiskFont(font);
 }

@@ -1,6 +1,7 @@
 #include "tools/sys_gui/boxprocess.h"
 
 #include "files/names.h"
+#include "files/programnames.h"
 #include "platform/regularfile.h"
 #include "platform/zapplication.h"
 #include "platform/zscreen.h"
@@ -61,7 +62,7 @@ void showLine(MoveBox& box, const QByteArray& line)
 void runBox(const BoxTexts& texts, char** argv, int channel)
 {
     QCoreApplication::setApplicationName(QStringLiteral("quarn"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Quarn"));
+    QGuiApplication::setApplicationDisplayName(ProgramNames::Program);
     QGuiApplication::setDesktopFileName(QStringLiteral("quarn"));
     ZScreen::setScaleVariable("QUARN_SCALE");
     ZApplication application(1, argv, ZApplication::GuiClient);

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QLatin1String>
+
+/// Names that the program, its helpers and the programs that it starts have in common.
+namespace ProgramNames
+{
+
+/// What users read.
+inline constexpr QLatin1String Program("Quarn");
+/// The channel of the running instance.
+inline constexpr char Channel[] = "Quarn";
+/// The family as which the program's own font is registered.
+inline constexpr QLatin1String Font("ZarnikFont");
+
+} // namespace ProgramNames
