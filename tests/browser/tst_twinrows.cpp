@@ -60,6 +60,16 @@ private slots:
         QCOMPARE(inks.at(1).width(), inks.at(2).width());
     }
 
+    void byteOrderMarkIsOneMarkToo()
+    {
+        const QList<QRect> inks = inksOf({"n\x80n", "n\xef\xbb\xbfn",
+                                          "\xef\xbb\xbf"
+                                          "n",
+                                          "nn"});
+        QCOMPARE(inks.at(1).width(), inks.at(0).width());
+        QVERIFY(inks.at(2).width() > inks.at(3).width() / 2 + 3);
+    }
+
     void nameThatIsNoTextAtAllIsShown()
     {
         const QList<QRect> inks = inksOf({"\x80", "\xff\xfe"});

@@ -58,6 +58,10 @@ def contents(entries):
 class Case(operations.Case):
     maxDiff = None
 
+    def setUp(self):
+        super().setUp()
+        self.user.relist()  # of nothing: the highlight is at the top, wherever it was before
+
     def at(self, name, folder=None):
         return os.path.join(os.fsencode(folder or self.left), name)
 
@@ -306,13 +310,17 @@ cd "$HOME" && printf '%s\\0' "$@" > noting && mv noting noted
         (program.stage / "fm_plugins.cfg").write_text("01 0 Probe\n")
         (program.stage / "mime_types.cfg").write_text("001 01 PIC\n")
 
+    def let_box_go(self):
+        """The busy box takes all keys."""
+        quarn.wait_until(self.program_.shows_box, "the busy box")
+        quarn.wait_until(lambda: not self.program_.shows_box(), "the busy box to go")
+
     def noted(self):
-        """What the last plugin got; the busy box, which takes all keys, is gone then."""
+        """What the last plugin got."""
         path = self.program_.home / "noted"
         quarn.wait_until(path.exists, "the plugin")
         arguments = path.read_bytes().split(b"\0")[:-1]
         path.unlink()
-        quarn.wait_until(lambda: not self.program_.shows_box(), "the busy box to go")
         return arguments
 
     def test_aPluginGetsTheBytes(self):
@@ -321,6 +329,7 @@ cd "$HOME" && printf '%s\\0' "$@" > noting && mv noting noted
         for name in names:
             self.user.highlight(os.fsdecode(name))
             self.program_.key("select")
+            self.let_box_go()
             self.assertEqual(self.noted(), [b"-d", self.at(name)])
 
     def test_aChosenPluginGetsTheBytes(self):
@@ -328,6 +337,7 @@ cd "$HOME" && printf '%s\\0' "$@" > noting && mv noting noted
         for name in FEW:
             self.user.highlight(os.fsdecode(name))
             self.program_.with_modifier("1")
+            self.let_box_go()
             self.assertEqual(self.noted(), [b"-d", self.at(name)])
 
     def test_thePlayerGetsTheBytes(self):

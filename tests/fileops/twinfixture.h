@@ -27,6 +27,8 @@ public:
     const QList<QByteArray>& names() const { return names_; }
     /// Leaves out names that the shell changes between double quotes.
     void leaveOutWhatTheShellChanges();
+    /// Leaves out names of more than one line: pasted, a break is a blank.
+    void leaveOutSeveralLines();
     /// Full paths, and paths as trees have them.
     QByteArray left(const QByteArray& name = QByteArray()) const { return at("left", name); }
     QByteArray right(const QByteArray& name = QByteArray()) const { return at("right", name); }

@@ -28,8 +28,8 @@ QStringList shared;
 
 constexpr int OddSize = 500; // bytes; twins are shorter
 
-/// A record of a bookmark has no room for such a name.
-bool breaksLines(const QByteArray& name)
+/// Whether a name breaks a line of the bookmarks' file, and is kept out of it.
+bool hasBreak(const QByteArray& name)
 {
     return name.contains('\n') || name.contains('\r');
 }
@@ -97,7 +97,7 @@ private slots:
     void playerGetsTheBytes_data() { addOddKinds(); }
     void playerGetsTheBytes()
     {
-        make(TwinFixture::Files, "", true);
+        make(TwinFixture::Files);
         installPlayer();
         start();
         twins_->onEach(
@@ -224,7 +224,7 @@ private slots:
             [this](ByteTree&, const QByteArray& name) {
                 const QByteArray record = "\nmark\n" + twins_->left(name);
                 const bool written = readFile(folder() + "bookmark.cfg").endsWith(record);
-                twins_->expect(written != breaksLines(name), "the record is another");
+                twins_->expect(written != hasBreak(name), "the record is another");
             });
         twins_->verify();
     }
@@ -236,7 +236,7 @@ private slots:
         QByteArray records;
         QList<QByteArray> marked;
         for (const QByteArray& name : twins_->names()) {
-            if (breaksLines(name))
+            if (hasBreak(name))
                 continue;
             records += "\nmark\n" + twins_->left(name);
             marked.append(name);
