@@ -3,6 +3,7 @@
 #include "plugins/picview/picture.h"
 #include "plugins/picview/pictureplace.h"
 
+#include <QFile>
 #include <QTimer>
 #include <QWidget>
 
