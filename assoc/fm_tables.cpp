@@ -9,9 +9,8 @@
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zoptionsmenu.h"
-#include "platform/zpixmap.h"
+#include "platform/zpicture.h"
 #include "shell/settings.h"
-#include "shell/util.h"
 #include "widgets/textinput.h"
 
 namespace
@@ -54,7 +53,7 @@ QString FM::ExecFormat(const QString& path)
 
 bool FM::searchPlugin(const QString& name)
 {
-    return u->fExist(pluginExecutable(work_folder, name));
+    return pluginIsInstalled(work_folder, name);
 }
 
 void FM::slot_BookMark()
@@ -89,7 +88,6 @@ void FM::growBookmarkMenu()
     bookmarkMenu->changeItem(chosen, bookmarkList.value(chosen), QPixmap());
     bookmarkMenu->disconnectItem(chosen, this, "slot_AddBookMark()");
     bookmarkMenu->connectItem(chosen, this, "slot_BookMark()");
-    QPixmap icon;
-    loadPixmap(icon, work_folder + QStringLiteral("res/img/add.png"));
-    insertAddBookmark(chosen + 1, icon);
+    insertAddBookmark(chosen + 1,
+                      ZPicture::fromFile(work_folder + QStringLiteral("res/img/add.png")));
 }

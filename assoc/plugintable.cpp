@@ -1,6 +1,7 @@
 #include "assoc/plugintable.h"
 
 #include "assoc/tablefile.h"
+#include "files/entry.h"
 #include "files/regularfile.h"
 #include "files/textlines.h"
 
@@ -27,6 +28,11 @@ void loadPlugins(const QString& file)
 QString pluginExecutable(const QString& workFolder, const QString& name)
 {
     return workFolder + QStringLiteral("/plugins/") + name + QLatin1Char('/') + name;
+}
+
+bool pluginIsInstalled(const QString& workFolder, const QString& name)
+{
+    return entryExists(pluginExecutable(workFolder, name));
 }
 
 QString fullPathPluginFolder(const QString& workFolder, int pluginNumber)

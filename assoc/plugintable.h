@@ -25,6 +25,8 @@ void loadPlugins(const QString& file);
 
 /// Where the executable of a kind-0 plugin lies.
 QString pluginExecutable(const QString& workFolder, const QString& name);
+/// Whether it lies there now.
+bool pluginIsInstalled(const QString& workFolder, const QString& name);
 /// The folder with icon and label of a kind-1 plugin, with a "/" at its end.
 QString fullPathPluginFolder(const QString& workFolder, int pluginNumber);
 /// The menu label of a plugin: its name, or for kind 1 the first line of "desktop.ini" in its

@@ -157,9 +157,15 @@ int main(int argc, char** argv)
 {
     BenchProgram program(argc, argv);
     FM* window = program.start();
-    benchTree(program, window, false, 1, 100);
-    benchTree(program, window, true, 100, 100);
-    benchWalk(program, window);
-    benchLargeFile(program, window);
+    // All of it, or the part that is named.
+    const QByteArray part = argc > 1 ? argv[1] : "";
+    if (part.isEmpty() || part == "shell")
+        benchTree(program, window, false, 1, 100);
+    if (part.isEmpty() || part == "tree")
+        benchTree(program, window, true, 100, 100);
+    if (part.isEmpty() || part == "walk")
+        benchWalk(program, window);
+    if (part.isEmpty() || part == "large")
+        benchLargeFile(program, window);
     return 0;
 }

@@ -1,7 +1,11 @@
 // How long a panel takes from setDir() to the painted list, beside `ls -lA` and a bare loop of
-// getdents, statx and sort over the same folder; memory of a row; from key press to highlight.
+// getdents, statx and sort over the same folder, and on a medium that is slow to tell attributes;
+// memory of a row; from key press to highlight.
+//
+// With "--memory FOLDER" it only lists that folder and prints the memory of the process in MiB.
 
 #include "assoc/mimetable.h"
+#include "bench/residentmemory.h"
 #include "bench/stopwatch.h"
 #include "browser/filebrowserftab.h"
 #include "platform/zapplication.h"
@@ -19,7 +23,24 @@
 #include <memory>
 #include <string>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+namespace
+{
+
+/// How long each question for attributes takes beyond what the system takes.
+timespec delay{0, 0};
+
+} // namespace
+
+/// In place of the C library's.
+extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* info)
+{
+    if (delay.tv_nsec > 0)
+        clock_nanosleep(CLOCK_MONOTONIC, 0, &delay, nullptr);
+    return int(syscall(SYS_statx, folder, path, flags, mask, info));
+}
 
 namespace
 {
@@ -96,6 +117,7 @@ public:
     }
 
     int count() const { return panel_->count(); }
+    int rowsInView() { return panel_->visibleItems(); }
 
 private:
     void paint() { panel_->viewport()->repaint(); }
@@ -127,6 +149,25 @@ void benchListing(int entries, bool fullInfo)
     printRow("page down to painted highlight", page, "ms", "one frame", 16);
 }
 
+void benchSlowMedium(int entries)
+{
+    constexpr long TenthsOfMilliseconds = 100000;
+    const QTemporaryDir folder;
+    fillFolder(folder.path(), entries);
+    Panel panel(true);
+    const auto list = [&panel, &folder] { panel.list(folder.path()); };
+    list();
+    const double quick = medianMilliseconds(5, list);
+    delay.tv_nsec = 2 * TenthsOfMilliseconds;
+    const double slow = medianMilliseconds(5, list);
+    printRow("setDir, 100000 entries, attributes 0.2 ms late", slow, "ms", "without the delay",
+             quick);
+    const double page = medianMilliseconds(101, [&panel] { panel.press(Qt::Key_PageDown); });
+    const double aim = 16 + 0.2 * panel.rowsInView();
+    printRow("page down with it", page, "ms", "a frame and the rows' delays", aim);
+    delay.tv_nsec = 0;
+}
+
 void benchMemory(int entries)
 {
     const QTemporaryDir folder;
@@ -136,7 +177,16 @@ void benchMemory(int entries)
     const size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
     panel.list(folder.path());
     const size_t after = mallinfo2().uordblks + mallinfo2().hblkhd;
-    printRow("memory of a row, full", double(after - before) / panel.count(), "bytes", "aim", 600);
+    printRow("memory of a row, full", double(after - before) / panel.count(), "bytes", "aim", 200);
+}
+
+int printMemory(const QString& folder)
+{
+    Panel panel(true);
+    panel.list(folder);
+    QApplication::processEvents();
+    std::printf("%.2f\n", residentMemory());
+    return 0;
 }
 
 } // namespace
@@ -148,10 +198,13 @@ int main(int argc, char** argv)
     const ZApplication application(argc, argv, ZApplication::GuiClient);
     work_folder = QStringLiteral(QUARN_STAGE_DIR "/");
     loadMimes(work_folder + QStringLiteral("mime_types.cfg"));
+    if (argc == 3)
+        return printMemory(QString::fromLocal8Bit(argv[2]));
     for (const bool fullInfo : {false, true}) {
         for (const int entries : {1000, 10000, 100000})
             benchListing(entries, fullInfo);
     }
+    benchSlowMedium(100000);
     benchMemory(100000);
     return 0;
 }

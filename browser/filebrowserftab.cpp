@@ -1,6 +1,7 @@
 #include "browser/filebrowserftab.h"
 
 #include "assoc/mimetable.h"
+#include "browser/entryrows.h"
 #include "browser/thumbnail.h"
 #include "files/entry.h"
 #include "files/entrytexts.h"
@@ -28,11 +29,7 @@ FileBrowserFtab::FileBrowserFtab(bool fullInfoMode, const QString& type, QWidget
     ZPixmapCache::setCacheLimit(PanelCacheKilobytes);
 }
 
-QString FileBrowserFtab::entryName(int row) const
-{
-    const ZListBoxItem* entry = item(row);
-    return entry != nullptr ? entry->getSubItemText(1, 0) : QString();
-}
+FileBrowserFtab::~FileBrowserFtab() = default;
 
 QString FileBrowserFtab::entryPath(int row) const
 {

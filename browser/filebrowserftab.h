@@ -3,11 +3,11 @@
 #include "platform/zlistbox.h"
 
 #include <QDateTime>
-#include <QHash>
 #include <QTimer>
 
-struct FolderEntry;
-class FolderScan;
+#include <memory>
+
+class EntryRows;
 
 /// A directory panel: the list of one folder's entries with icons, and, in full-information mode,
 /// sizes, dates and thumbnails. In multi-selection mode the rows have check boxes.
@@ -18,6 +18,7 @@ class FileBrowserFtab : public ZListBox
 public:
     FileBrowserFtab(bool fullInfoMode, const QString& type, QWidget* parent, unsigned flags,
                     unsigned widgetClass);
+    ~FileBrowserFtab() override;
 
     /// The folder listed: canonical, without a "/" at its end but for the root.
     QString curPath;
@@ -71,24 +72,18 @@ private:
     void pageDown();
 
     // Filling the list (listing.cpp).
-    struct Listing;
-    void loadKindIcons(Listing& listing) const;
-    void addFolders(Listing& listing);
-    void addOthers(Listing& listing);
-    void addRow(Listing& listing, const QString& name, const FolderEntry& entry,
-                const QString& detail);
+    void addEntries(const QFont& ownFont);
+    void applyFonts(QFont rowFont, int pixelSize);
     void addBackEntry();
-    QPixmap fileIcon(Listing& listing, const QString& name);
-    QString iconPath(const char* picture) const;
-    void applyFonts(const Listing& listing);
 
     // One step of the thumbnail loader for a picture's row.
     void showPreview(int row, const QString& path);
 
+    std::unique_ptr<EntryRows> entries_;
+    bool hasBackEntry_ = false;
     bool multiSelect = false;
     QString itemFormat = QStringLiteral("%I%M");
     QTimer* previewTimer;
-    QPixmap rowIcon;
     int previewIndex = 0;
     bool previewIdle = true;
     int fullInfo;

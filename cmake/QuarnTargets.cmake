@@ -3,6 +3,10 @@
 # Apart from the other warnings, so that a folder can take it back.
 add_compile_options(-Wconversion)
 
+# Libraries become part of modules, and programs share precompiled headers with them: so all are
+# compiled as a module is, whether or not the toolkit asks for it.
+add_compile_options(-fPIC)
+
 add_library(quarn_build_flags INTERFACE)
 target_include_directories(quarn_build_flags INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(
@@ -12,10 +16,14 @@ target_compile_options(quarn_build_flags INTERFACE -Wall -Wextra -Wpedantic -Wsh
 if(QUARN_WERROR)
   target_compile_options(quarn_build_flags INTERFACE -Werror)
 endif()
+# What a target's own sources are checked for; a folder can set another value for its targets.
+define_property(TARGET PROPERTY QUARN_SANITIZERS INITIALIZE_FROM_VARIABLE QUARN_SANITIZERS)
+set(QUARN_SANITIZERS address,undefined)
 if(QUARN_SANITIZE)
   target_compile_options(
-    quarn_build_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
-                                -fno-omit-frame-pointer)
+    quarn_build_flags
+    INTERFACE -fsanitize=$<TARGET_PROPERTY:QUARN_SANITIZERS> -fno-sanitize-recover=undefined
+              -fno-omit-frame-pointer)
   target_link_options(quarn_build_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
@@ -102,11 +110,12 @@ function(quarn_module target name)
   target_link_libraries(${target} PRIVATE ${target}_parts quarn_build_flags)
 endfunction()
 
-# quarn_opens_modules(target): gives an executable all of platform/ for the modules that it opens.
+# quarn_opens_modules(target): gives an executable all of platform/ and files/, as far as it links
+# them, for the modules that it opens.
 function(quarn_opens_modules target)
   set_target_properties(
     ${target} PROPERTIES ENABLE_EXPORTS ON
-                         LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,platform,platform_core")
+                         LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,files,platform,platform_core")
 endfunction()
 
 add_library(libsystemd INTERFACE)

@@ -40,6 +40,12 @@ bool isFolder(const QString& path)
     return EntryInfo(path).isFolder();
 }
 
+/// Whether a path leads to the entry that it led to when a question came up.
+bool isStill(const QString& path, const std::optional<EntryId>& asked)
+{
+    return asked && entryId(path) == asked;
+}
+
 } // namespace
 
 QStringList FM::getActiveEntries()
@@ -104,25 +110,28 @@ void FM::ChkCopy(const QString& src, const QString& dstDir)
 {
     const QString name = namePart(src);
     const QString target = dstDir + QLatin1Char('/') + name;
+    const auto source = entryId(src);
+    const auto folder = entryId(dstDir);
     if (src == dstDir || !isFolder(dstDir)) {
         showError(LANG_DON_TRY_COPY);
     } else if (!entryExists(target)) {
         copy(src, dstDir);
     } else if (const auto asked = entryId(target); askToReplace(name)) {
-        deleteIfStill(target, asked);
-        if (entryExists(target) || !isFolder(dstDir))
-            showError(LANG_DON_TRY_COPY);
-        else
+        if (isStill(src, source) && isStill(dstDir, folder) && removeIfStill(target, asked))
             copy(src, dstDir);
+        else
+            showError(LANG_DON_TRY_COPY);
     }
     relistBoth();
 }
 
-/// Deletes what is in the way, unless something else has taken its name since the question.
-void FM::deleteIfStill(const QString& path, const std::optional<EntryId>& asked)
+/// Deletes what is in the way, unless something else has taken its name since the question. True if
+/// the name is free then.
+bool FM::removeIfStill(const QString& path, const std::optional<EntryId>& asked)
 {
-    if (entryId(path) == asked)
+    if (isStill(path, asked))
         DeleteFile(path);
+    return !isTaken(path);
 }
 
 void FM::ChkMove(const QString& src, const QString& dstDir)
@@ -145,21 +154,20 @@ bool FM::moveAfterQuestions(const QString& src, const QString& dstDir)
 {
     const QString name = namePart(src);
     const QString target = dstDir + QLatin1Char('/') + name;
-    const auto moved = entryId(src);
+    const auto source = entryId(src);
+    const auto folder = entryId(dstDir);
     if (!ask(LANG_MOVE_SURE, name + QStringLiteral(" to ") + dstDir))
         return true;
-    if (isFolder(dstDir) && entryExists(target)) {
+    bool possible = isFolder(dstDir) && isStill(dstDir, folder);
+    if (possible && entryExists(target)) {
         const auto asked = entryId(target);
         if (!askToReplace(name))
             return true;
-        deleteIfStill(target, asked);
-        if (entryExists(target)) {
-            showError(LANG_DON_TRY_MOVE);
-            return false;
-        }
+        // With nothing to take its place what is in the way stays.
+        possible = isStill(src, source) && isStill(dstDir, folder) && removeIfStill(target, asked);
     }
     // What has taken the name of the source meanwhile stays where it is.
-    if (!isFolder(dstDir) || (isTaken(src) && entryId(src) != moved)) {
+    if (!possible || (isTaken(src) && entryId(src) != source)) {
         showError(LANG_DON_TRY_MOVE);
         return false;
     }

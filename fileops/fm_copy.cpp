@@ -109,7 +109,7 @@ void FM::copyBuiltIn(const QString& src, const QString& dstDir)
 
 void FM::copyTree(const QString& src, const QString& dstDir)
 {
-    const QStringList files = GetFilesInFolder(src);
+    const QStringList files = filesBelow(src);
     if (files.isEmpty()) {
         copyByShell(src, dstDir);
         return;

@@ -4,10 +4,12 @@
 #include "files/names.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <limits>
 #include <memory>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -48,6 +50,14 @@ bool writeBlock(int file, const char* block, ssize_t size)
     return true;
 }
 
+/// A new file, or one that is there, emptied. Not one that a link in its place would make
+/// elsewhere.
+FileHandle openedToWrite(const QString& path)
+{
+    FileHandle made = opened(path, O_WRONLY | O_CREAT | O_EXCL);
+    return made.isOpen() || errno != EEXIST ? std::move(made) : opened(path, O_WRONLY | O_TRUNC);
+}
+
 } // namespace
 
 bool copyFileBlocks(const QString& source, const QString& destination,
@@ -61,7 +71,7 @@ bool copyFileBlocks(const QString& source, const QString& destination,
         return true;
     }
     const auto block = std::make_unique_for_overwrite<char[]>(size_t(CopyBlockBytes));
-    const FileHandle to = opened(destination, O_WRONLY | O_CREAT | O_TRUNC);
+    const FileHandle to = openedToWrite(destination);
     quint32 done = 0;
     ssize_t size = CopyBlockBytes;
     while (size == CopyBlockBytes) {

@@ -1,7 +1,6 @@
 #include "files/entry.h"
 
 #include "files/names.h"
-#include "files/paths.h"
 
 #include <QStringList>
 
@@ -99,23 +98,6 @@ bool makeFolder(const QString& path)
     return ::mkdir(encodedPath(path).constData(), EverybodysFolder) == 0;
 }
 
-bool makeFolders(const QString& path)
-{
-    if (makeFolder(path))
-        return true;
-    if (errno == EEXIST)
-        return EntryInfo(path).isFolder();
-    if (errno != ENOENT)
-        return false;
-    QString above = folderPart(path);
-    while (above.endsWith(QLatin1Char('/')))
-        above.chop(1);
-    if (above.isEmpty() || !makeFolders(above))
-        return false;
-    // "a/.." is there as soon as "a" is.
-    return makeFolder(path) || EntryInfo(path).isFolder();
-}
-
 bool renameEntry(const QString& from, const QString& to)
 {
     const QByteArray source = encodedPath(from);
@@ -140,8 +122,7 @@ QString absolutePath(const QString& path)
     const bool relative = !path.startsWith(QLatin1Char('/'));
     QString result;
     if (relative) {
-        const SystemText here(::getcwd(nullptr, 0));
-        result = here ? decodeName(here.get()) : QString();
+        result = canonicalPath(QString());
         if (result == QLatin1String("/"))
             result.clear();
     }

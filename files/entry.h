@@ -57,8 +57,6 @@ bool isTaken(const QString& path);
 bool removeFile(const QString& path);
 /// Makes a folder in one that is there. False if it fails or there is something of that name.
 bool makeFolder(const QString& path);
-/// Makes a folder and those above it that are missing. True if it is there in the end.
-bool makeFolders(const QString& path);
 /// Gives an entry, be it a link that leads nowhere, another path. False if it fails; what there is
 /// of that path already is never replaced.
 bool renameEntry(const QString& from, const QString& to);

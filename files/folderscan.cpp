@@ -41,6 +41,13 @@ bool stat(int folder, const char* name, int flags, struct statx& info)
                  &info) == 0;
 }
 
+void keepInfo(FolderEntry& entry, const struct statx& info)
+{
+    entry.hasInfo = true;
+    entry.size = qint64(info.stx_size);
+    entry.modified = info.stx_mtime.tv_sec;
+}
+
 } // namespace
 
 std::optional<FolderScan> FolderScan::read(const QString& path, bool withInfo)
@@ -53,6 +60,7 @@ std::optional<FolderScan> FolderScan::read(const QString& path, bool withInfo)
         return std::nullopt;
     const int descriptor = opened.release();
     FolderScan scan;
+    scan.path_ = encoded;
     while (const dirent* entry = readdir(folder.get())) {
         const char* name = entry->d_name;
         if (std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0)
@@ -72,9 +80,7 @@ void FolderScan::add(int folder, const char* name, unsigned char type, bool with
     FolderEntry entry;
     if ((withInfo || isLink) && stat(folder, name, 0, info)) {
         type = typeOf(info.stx_mode);
-        entry.hasInfo = true;
-        entry.size = qint64(info.stx_size);
-        entry.modified = info.stx_mtime.tv_sec;
+        keepInfo(entry, info);
     }
     entry.kind = kindOf(type, isLink);
     entry.nameOffset = quint32(names_.size());
@@ -95,7 +101,34 @@ void FolderScan::sort(std::vector<FolderEntry>& entries) const
               });
 }
 
+FolderEntry& FolderScan::entry(int number)
+{
+    const size_t place = size_t(number);
+    return place < folders_.size() ? folders_[place] : others_[place - folders_.size()];
+}
+
+QByteArrayView FolderScan::nameBytes(const FolderEntry& entry) const
+{
+    return {names_.constData() + entry.nameOffset, entry.nameLength};
+}
+
 QString FolderScan::name(const FolderEntry& entry) const
 {
-    return decodeName(QByteArrayView(names_.constData() + entry.nameOffset, entry.nameLength));
+    return decodeName(nameBytes(entry));
+}
+
+bool FolderScan::isHidden(const FolderEntry& entry) const
+{
+    return nameBytes(entry).front() == '.';
+}
+
+void FolderScan::readInfo(FolderEntry& entry) const
+{
+    if (entry.hasInfo)
+        return;
+    QByteArray path = path_ + '/';
+    path += nameBytes(entry);
+    struct statx info = {};
+    if (stat(AT_FDCWD, path.constData(), 0, info))
+        keepInfo(entry, info);
 }

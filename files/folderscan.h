@@ -38,13 +38,23 @@ public:
 
     const std::vector<FolderEntry>& folders() const { return folders_; }
     const std::vector<FolderEntry>& others() const { return others_; }
+    /// How many entries there are in both, and one of them: first the folders, then the others.
+    int count() const { return int(folders_.size() + others_.size()); }
+    FolderEntry& entry(int number);
     /// As decodeName() gives it.
     QString name(const FolderEntry& entry) const;
+    /// Whether the name begins with a dot.
+    bool isHidden(const FolderEntry& entry) const;
+    /// Asks for the size and time of an entry of this scan, unless they are known. They stay
+    /// unknown if the entry is gone or may not be asked about.
+    void readInfo(FolderEntry& entry) const;
 
 private:
     void add(int folder, const char* name, unsigned char type, bool withInfo);
     void sort(std::vector<FolderEntry>& entries) const;
+    QByteArrayView nameBytes(const FolderEntry& entry) const;
 
+    QByteArray path_;
     QByteArray names_;
     std::vector<FolderEntry> folders_;
     std::vector<FolderEntry> others_;

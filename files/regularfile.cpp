@@ -13,19 +13,6 @@ namespace
 
 constexpr qsizetype ChunkBytes = 64 * 1024;
 
-/// Appends up to `count` bytes. Gives what read() gave; an interrupted call is repeated.
-qsizetype appendFrom(const FileHandle& file, QByteArray& bytes, qsizetype count)
-{
-    const qsizetype before = bytes.size();
-    bytes.resize(before + count);
-    ssize_t got = 0;
-    do {
-        got = ::read(file.get(), bytes.data() + before, static_cast<size_t>(count));
-    } while (got < 0 && errno == EINTR);
-    bytes.resize(before + std::max<ssize_t>(got, 0));
-    return got;
-}
-
 } // namespace
 
 FileHandle openRegular(const QString& path)
@@ -59,18 +46,16 @@ qint64 sizeOf(const FileHandle& file)
 
 std::optional<QByteArray> readRegular(const QString& path, qsizetype maxBytes)
 {
-    const FileHandle file = openRegular(path);
-    if (!file.isOpen())
+    QFile file;
+    if (!openRegular(file, path, QIODevice::ReadOnly | QIODevice::Unbuffered))
         return std::nullopt;
     // Read to the end rather than to the size: files of /proc say 0, and a file may be growing.
     QByteArray bytes("");
     while (bytes.size() < maxBytes) {
-        const qsizetype got =
-            appendFrom(file, bytes, std::min(ChunkBytes, maxBytes - bytes.size()));
-        if (got < 0)
-            return std::nullopt;
-        if (got == 0)
+        const QByteArray chunk = file.read(std::min(ChunkBytes, maxBytes - bytes.size()));
+        if (chunk.isEmpty())
             break;
+        bytes += chunk;
     }
-    return bytes;
+    return file.error() == QFileDevice::NoError ? std::optional(bytes) : std::nullopt;
 }

@@ -26,19 +26,15 @@ QString withSeparator(QString folder)
     return folder;
 }
 
-bool isHidden(const QString& name)
-{
-    return name.startsWith(QLatin1Char('.'));
-}
-
 /// The names of the files and folders among some entries, by name without regard to case.
 QStringList shownNames(const FolderScan& scan, const std::vector<FolderEntry>& entries)
 {
     std::vector<std::pair<QString, QString>> names;
     for (const FolderEntry& entry : entries) {
+        if (entry.kind == EntryKind::Other || scan.isHidden(entry))
+            continue;
         const QString name = scan.name(entry);
-        if (entry.kind != EntryKind::Other && !isHidden(name))
-            names.emplace_back(name.toLower(), name);
+        names.emplace_back(name.toLower(), name);
     }
     std::stable_sort(names.begin(), names.end(),
                      [](const auto& one, const auto& other) { return one.first < other.first; });
@@ -108,7 +104,7 @@ void countFolder(const QString& folder, FolderCount& count, const std::function<
     if (!scan)
         return;
     for (const FolderEntry& entry : scan->others()) {
-        if (entry.kind == EntryKind::File && !isHidden(scan->name(entry))) {
+        if (entry.kind == EntryKind::File && !scan->isHidden(entry)) {
             count.bytes += quint32(entry.size);
             count.files += 1;
             step();
@@ -117,7 +113,7 @@ void countFolder(const QString& folder, FolderCount& count, const std::function<
             break;
     }
     for (const FolderEntry& entry : scan->folders()) {
-        if (entry.kind == EntryKind::Folder && !isHidden(scan->name(entry)))
+        if (entry.kind == EntryKind::Folder && !scan->isHidden(entry))
             countFolder(folder + QLatin1Char('/') + scan->name(entry), count, step, cancelled);
         if (cancelled())
             break;

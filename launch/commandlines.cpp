@@ -2,6 +2,8 @@
 
 #include "assoc/plugintable.h"
 
+#include <optional>
+
 namespace
 {
 
@@ -57,5 +59,8 @@ ShellBytes CommandLine::addFolder(const QString& workFolder, const QString& fold
 
 ShellBytes CommandLine::addFile(const QString& workFolder, const QString& file)
 {
+    // Some shells' echo reads backslashes, which would name another file.
+    if (!file.isValidUtf16() && file.contains(QLatin1Char('\\')))
+        return std::nullopt;
     return joined({"echo ", quotedForShell(file), " >> ", shellBytes(playlist(workFolder))});
 }

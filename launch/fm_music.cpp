@@ -2,6 +2,7 @@
 
 #include "shell/fm.h"
 
+#include "assoc/plugintable.h"
 #include "files/entry.h"
 #include "launch/busynotice.h"
 #include "launch/commandlines.h"
@@ -75,7 +76,7 @@ void FM::LyraPlayer()
 
 bool FM::playerInstalled()
 {
-    if (searchPlugin(QString::fromLatin1(Channel)))
+    if (pluginIsInstalled(work_folder, QString::fromLatin1(Channel)))
         return true;
     showError(QStringLiteral("Please install LyraPlayer"));
     return false;

@@ -57,7 +57,7 @@ void openWith(int position, const QString& path)
         return;
     }
     const plugin_struct& plugin = plugins[size_t(position)];
-    if (plugin.kind == 0 && !FM::searchPlugin(plugin.name))
+    if (plugin.kind == 0 && !pluginIsInstalled(work_folder, plugin.name))
         showError(QStringLiteral("Can not find ") + plugin.name);
     else if (plugin.kind == 0)
         runShell(CommandLine::pluginOfFolder(work_folder, plugin.name, path));

@@ -15,6 +15,8 @@ struct Locale {
 
 std::optional<Locale> usersLocale;
 
+Shell theShell = systemShell;
+
 /// Gives an environment variable another value for a while; a null value takes it out.
 class ChangedVariable
 {
@@ -40,9 +42,21 @@ private:
     QByteArray before_;
 };
 
+/// Bytes between double quotes that the shell takes as they are.
+QByteArray escaped(const QByteArray& bytes)
+{
+    QByteArray result;
+    for (const char byte : bytes) {
+        if (byte == '"' || byte == '$' || byte == '`' || byte == '\\')
+            result += '\\';
+        result += byte;
+    }
+    return result;
+}
+
 int run(const ShellBytes& command)
 {
-    return command ? std::system(command->constData()) : -1;
+    return command ? theShell(*command) : -1;
 }
 
 } // namespace
@@ -54,7 +68,10 @@ ShellBytes shellBytes(const QString& path)
 
 ShellBytes quotedForShell(const QString& path)
 {
-    return joined({"\"", shellBytes(path), "\""});
+    const ShellBytes bytes = shellBytes(path);
+    if (!bytes)
+        return bytes;
+    return joined({"\"", path.isValidUtf16() ? *bytes : escaped(*bytes), "\""});
 }
 
 ShellBytes joined(std::initializer_list<ShellBytes> pieces)
@@ -66,6 +83,16 @@ ShellBytes joined(std::initializer_list<ShellBytes> pieces)
         line += *piece;
     }
     return line;
+}
+
+int systemShell(const QByteArray& command)
+{
+    return std::system(command.constData());
+}
+
+void setShell(const Shell& shell)
+{
+    theShell = shell;
 }
 
 void keepUsersLocale()

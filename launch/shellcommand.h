@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <initializer_list>
 #include <optional>
 
@@ -13,7 +14,9 @@ using ShellBytes = std::optional<QByteArray>;
 /// A path as it is. Nothing is escaped or quoted.
 ShellBytes shellBytes(const QString& path);
 
-/// A path between double quotes. Double quotes, dollar signs and backslashes in it are not escaped.
+/// A path between double quotes. In a path that is text nothing is escaped, so the shell reads its
+/// double quotes, dollar signs, back-quotes and backslashes; one with bytes that are no text stands
+/// for those very bytes.
 ShellBytes quotedForShell(const QString& path);
 
 /// Pieces one after the other; nothing if one of them is nothing.
@@ -23,7 +26,16 @@ ShellBytes joined(std::initializer_list<ShellBytes> pieces);
 /// process another: what the shell starts gets the one noted.
 void keepUsersLocale();
 
-/// Hands a command line to the system's shell and waits until the shell has ended, which for a line
+/// What runs a command line and returns what system() would.
+using Shell = std::function<int(const QByteArray& command)>;
+
+/// The system's shell: system() itself.
+int systemShell(const QByteArray& command);
+
+/// Puts another shell in the place of the system's, or back: for who must know what is run.
+void setShell(const Shell& shell);
+
+/// Hands a command line to the shell and waits until the shell has ended, which for a line
 /// ending in "&" is at once. Returns what system() returns; -1, and runs nothing, for nothing.
 int runShell(const ShellBytes& command);
 

@@ -1,16 +1,13 @@
 #include "platform/qcopchannel.h"
 
+#include "platform/qcopserver.h"
+
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QList>
-#include <QLocalServer>
-#include <QLocalSocket>
 #include <QScopeGuard>
 #include <QThread>
-#include <QTimer>
-#include <QtEndian>
 
 #include <algorithm>
 #include <cerrno>
@@ -29,13 +26,9 @@
 namespace
 {
 
-constexpr quint32 Magic = 0x51434f50; // "QCOP"
-constexpr qsizetype HeaderBytes = 3 * sizeof(quint32);
-constexpr qsizetype MaxWireBytes =
-    HeaderBytes + QCopChannel::MaxMessageBytes + QCopChannel::MaxDataBytes;
 constexpr qsizetype MaxNameLength = 64;
 constexpr qsizetype MaxPathBytes = sizeof(sockaddr_un::sun_path) - 1;
-// QLocalServer sets its socket up as "/.XXXXXX/s" in the folder and then renames it.
+// A server sets its socket up as "/.xxxxxxxx" in the folder and then renames it.
 constexpr qsizetype SetUpNameBytes = 10;
 constexpr int ReservePollMs = 20;
 constexpr char LockSuffix[] = ".lock";
@@ -201,59 +194,26 @@ bool writeBefore(int socket, QByteArrayView bytes, const QDeadlineTimer& deadlin
     return true;
 }
 
-QByteArray toWire(const QByteArray& message, const QByteArray& data)
-{
-    QByteArray wire(HeaderBytes, Qt::Uninitialized);
-    qToBigEndian(Magic, wire.data());
-    qToBigEndian(static_cast<quint32>(message.size()), wire.data() + sizeof(quint32));
-    qToBigEndian(static_cast<quint32>(data.size()), wire.data() + 2 * sizeof(quint32));
-    return wire + message + data;
-}
-
-struct Lengths {
-    qsizetype message = 0;
-    qsizetype data = 0;
-};
-
-/// Nothing if a header is not one of ours or promises more than is allowed.
-std::optional<Lengths> lengthsIn(const QByteArray& header)
-{
-    const auto number = [&header](size_t index) {
-        return qFromBigEndian<quint32>(header.constData() + index * sizeof(quint32));
-    };
-    const Lengths lengths{qsizetype(number(1)), qsizetype(number(2))};
-    if (number(0) != Magic || lengths.message > QCopChannel::MaxMessageBytes ||
-        lengths.data > QCopChannel::MaxDataBytes)
-        return std::nullopt;
-    return lengths;
-}
-
 } // namespace
 
 struct QCopChannel::Private {
     // Declared first: it is given up after the server has removed the socket.
     std::unique_ptr<OwnerLock> lock;
-    QLocalServer server;
-    QList<QLocalSocket*> served; // owned by the server
+    QCopServer server;
 };
 
 QCopChannel::QCopChannel(const QByteArray& channel, QObject* parent)
-    : QObject(parent), d(std::make_unique<Private>())
+    : QObject(parent), d_(std::make_unique<Private>())
 {
-    connect(&d->server, &QLocalServer::newConnection, this, &QCopChannel::takePending);
+    connect(&d_->server, &QCopServer::received, this, &QCopChannel::received);
     listen(channel);
 }
 
-QCopChannel::~QCopChannel()
-{
-    // A socket that closes with the server must find nobody to tell.
-    for (QLocalSocket* socket : std::as_const(d->served))
-        socket->disconnect(this);
-}
+QCopChannel::~QCopChannel() = default;
 
 bool QCopChannel::isOwner() const
 {
-    return d->server.isListening();
+    return d_->server.isListening();
 }
 
 bool QCopChannel::isRegistered(const QByteArray& channel)
@@ -277,7 +237,7 @@ bool QCopChannel::send(const QByteArray& channel, const QByteArray& message, con
         return false;
     const auto closing = qScopeGuard([socket] { ::close(socket); });
     return connectBefore(socket, *path, deadline) &&
-           writeBefore(socket, toWire(message, data), deadline);
+           writeBefore(socket, QCopServer::toWire(message, data), deadline);
 }
 
 bool QCopChannel::reserve(const QByteArray& channel, int timeoutMs)
@@ -316,76 +276,14 @@ void QCopChannel::listen(const QByteArray& channel)
     const std::optional<QByteArray> path = socketPath(channel, Folder::Create);
     if (!path)
         return;
-    d->lock = ownerLock(*path);
-    if (!d->lock || isAlive(*path)) {
+    d_->lock = ownerLock(*path);
+    if (!d_->lock || isAlive(*path)) {
         qWarning("QCopChannel: %s is registered already", channel.constData());
-        d->lock.reset();
+        d_->lock.reset();
         return;
     }
-    // Of the connections beyond those served only this many, and at most two more, leave the
-    // backlog before one of them has ended.
-    d->server.setMaxPendingConnections(1);
-    // With this option the socket listens and is private before it appears, in the place of one
-    // that was left behind.
-    d->server.setSocketOptions(QLocalServer::UserAccessOption);
-    if (d->server.listen(QFile::decodeName(*path)))
+    if (d_->server.listen(*path))
         return;
-    qWarning("QCopChannel: cannot listen on %s: %s", path->constData(),
-             qUtf8Printable(d->server.errorString()));
-    d->lock.reset();
-}
-
-void QCopChannel::takePending()
-{
-    // One that has to wait for its turn must not read without limit either.
-    for (QLocalSocket* socket : d->server.findChildren<QLocalSocket*>())
-        socket->setReadBufferSize(MaxWireBytes);
-    while (d->served.size() < MaxConnections && d->server.hasPendingConnections())
-        serve(d->server.nextPendingConnection());
-}
-
-void QCopChannel::serve(QLocalSocket* socket)
-{
-    d->served.append(socket);
-    connect(socket, &QLocalSocket::readyRead, this, [this, socket] { read(socket); });
-    connect(socket, &QLocalSocket::disconnected, this, [this, socket] { drop(socket); });
-    auto* timer = new QTimer(socket);
-    timer->setSingleShot(true);
-    connect(timer, &QTimer::timeout, this, [this, socket] { drop(socket); });
-    timer->start(ReceiveTimeoutMs);
-    read(socket);
-}
-
-void QCopChannel::read(QLocalSocket* socket)
-{
-    const QByteArray header = socket->peek(HeaderBytes);
-    const bool hasHeader = header.size() == HeaderBytes;
-    const std::optional<Lengths> lengths = hasHeader ? lengthsIn(header) : Lengths();
-    if (!lengths) {
-        drop(socket);
-        return;
-    }
-    if (!hasHeader || socket->bytesAvailable() < HeaderBytes + lengths->message + lengths->data) {
-        if (socket->state() != QLocalSocket::ConnectedState)
-            drop(socket);
-        return;
-    }
-    socket->skip(HeaderBytes);
-    const QByteArray message = socket->read(lengths->message);
-    const QByteArray data = socket->read(lengths->data);
-    drop(socket);
-    // Not from here: a slot may destroy this object, and with it the socket that is calling.
-    QMetaObject::invokeMethod(
-        this, [this, message, data] { emit received(message, data); }, Qt::QueuedConnection);
-}
-
-void QCopChannel::drop(QLocalSocket* socket)
-{
-    if (!d->served.removeOne(socket))
-        return;
-    socket->disconnect(this);
-    socket->abort();
-    socket->deleteLater();
-    // Queued, so that a message that has just been read is ahead of those that waited.
-    QMetaObject::invokeMethod(this, &QCopChannel::takePending, Qt::QueuedConnection);
+    qWarning("QCopChannel: cannot listen on %s: %s", path->constData(), std::strerror(errno));
+    d_->lock.reset();
 }

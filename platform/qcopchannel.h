@@ -5,8 +5,6 @@
 
 #include <memory>
 
-class QLocalSocket;
-
 /// A named channel on which the programs of one user send each other short messages.
 ///
 /// An object registers the channel for its process and receives what is sent there; anybody may
@@ -75,11 +73,7 @@ signals:
 
 private:
     void listen(const QByteArray& channel);
-    void takePending();
-    void serve(QLocalSocket* socket);
-    void read(QLocalSocket* socket);
-    void drop(QLocalSocket* socket);
 
     struct Private;
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> d_;
 };

@@ -11,7 +11,8 @@
 namespace
 {
 
-constexpr qsizetype ChunkBytes = 64 * 1024;
+constexpr qsizetype SmallestChunk = 4 * 1024;
+constexpr qsizetype LargestChunk = 64 * 1024;
 
 /// Appends up to `count` bytes. Gives what read() gave; an interrupted call is repeated.
 qsizetype appendFrom(int file, QByteArray& bytes, qsizetype count)
@@ -55,9 +56,11 @@ std::optional<QByteArray> readRegularFile(const QString& path, qsizetype maxByte
 
     // Read to the end rather than to st_size: files of /proc say 0, and a file may be growing.
     QByteArray bytes("");
+    bytes.reserve(std::min<qsizetype>(about.st_size, maxBytes) + SmallestChunk + 1);
     while (bytes.size() < maxBytes) {
-        const qsizetype got =
-            appendFrom(file, bytes, std::min(ChunkBytes, maxBytes - bytes.size()));
+        const qsizetype chunk =
+            std::clamp<qsizetype>(about.st_size - bytes.size() + 1, SmallestChunk, LargestChunk);
+        const qsizetype got = appendFrom(file, bytes, std::min(chunk, maxBytes - bytes.size()));
         if (got < 0)
             return std::nullopt;
         if (got == 0)

@@ -10,21 +10,22 @@ struct ZConfig::Private {
     CSimpleIniCaseA ini{true, false, false};
 };
 
-ZConfig::ZConfig(const QString& file, [[maybe_unused]] bool create) : d(std::make_unique<Private>())
+ZConfig::ZConfig(const QString& file, [[maybe_unused]] bool create)
+    : d_(std::make_unique<Private>())
 {
     std::optional<QByteArray> bytes = readRegularFile(file, MaxBytes);
     if (!bytes)
         return;
     // The parser works on C strings and would end at the first zero byte of a binary file.
     bytes->replace('\0', ' ');
-    d->ini.LoadData(bytes->constData(), static_cast<size_t>(bytes->size()));
+    d_->ini.LoadData(bytes->constData(), static_cast<size_t>(bytes->size()));
 }
 
 ZConfig::~ZConfig() = default;
 
 QByteArray ZConfig::readBytes(const QString& group, const QString& key) const
 {
-    return d->ini.GetValue(group.toUtf8().constData(), key.toUtf8().constData(), nullptr);
+    return d_->ini.GetValue(group.toUtf8().constData(), key.toUtf8().constData(), nullptr);
 }
 
 QString ZConfig::readEntry(const QString& group, const QString& key, const QString& fallback) const

@@ -23,8 +23,10 @@ public:
 
     QVariant data(const QModelIndex& index, int role) const override
     {
+        if (role != Qt::DisplayRole)
+            return {};
         const ZListBoxItem* item = box_->item(index.row());
-        return role == Qt::DisplayRole && item != nullptr ? item->getSubItemText(1, 0) : QVariant();
+        return item != nullptr ? item->getSubItemText(1, 0) : QVariant();
     }
 
     /// Makes `rows` the size of the list, whatever changed in it.
@@ -92,25 +94,44 @@ ZListBox::ZListBox([[maybe_unused]] const QString& type, QWidget* parent,
 
 ZListBox::~ZListBox()
 {
-    qDeleteAll(items_);
+    for (const Row& row : rows_)
+        delete row.item;
 }
 
 void ZListBox::insertItem(ZListBoxItem* item, int index, [[maybe_unused]] bool updateLater)
 {
     if (index < 0 || index >= count())
-        items_.push_back(item);
+        rows_.push_back({item});
     else
-        items_.insert(items_.begin() + index, item);
-    if (!uncommitted_) {
-        uncommitted_ = true;
-        QMetaObject::invokeMethod(this, &ZListBox::commitRows, Qt::QueuedConnection);
-    }
+        rows_.insert(rows_.begin() + index, {item});
+    queueCommit();
+}
+
+void ZListBox::appendLater(int rows, int lines, QSize icon, std::function<ZListBoxItem*(int)> make)
+{
+    makeItem_ = std::move(make);
+    rows_.reserve(rows_.size() + size_t(rows) + 1);
+    for (int number = 0; number < rows; ++number)
+        rows_.push_back({nullptr, number});
+    fitRows(lines, icon);
+    queueCommit();
+}
+
+void ZListBox::queueCommit()
+{
+    if (uncommitted_)
+        return;
+    uncommitted_ = true;
+    QMetaObject::invokeMethod(this, &ZListBox::commitRows, Qt::QueuedConnection);
 }
 
 void ZListBox::clear()
 {
-    qDeleteAll(items_);
-    items_.clear();
+    for (const Row& row : rows_)
+        delete row.item;
+    // Of a long list the memory is given back.
+    std::vector<Row>().swap(rows_);
+    makeItem_ = nullptr;
     uncommitted_ = false;
     iconWidth_ = 0;
     iconHeight_ = 0;
@@ -121,21 +142,44 @@ void ZListBox::clear()
 
 ZListBoxItem* ZListBox::item(int row) const
 {
-    return row >= 0 && row < count() ? items_[size_t(row)] : nullptr;
+    if (row < 0 || row >= count())
+        return nullptr;
+    Row& wanted = rows_[size_t(row)];
+    if (wanted.item == nullptr) {
+        making_ = true;
+        wanted.item = makeItem_(wanted.number);
+        making_ = false;
+    }
+    return wanted.item;
 }
 
 void ZListBox::itemChanged(const ZListBoxItem& item)
 {
-    const QSize icon = pixmapSize(item.pixmap(0));
-    const int lines = std::max(lines_, item.subItemCount(1) > 1 ? 2 : 1);
-    if (icon.width() > iconWidth_ || icon.height() > iconHeight_ || lines > lines_) {
-        iconWidth_ = std::max(iconWidth_, icon.width());
-        iconHeight_ = std::max(iconHeight_, icon.height());
-        lines_ = lines;
-        updateRowHeight();
-    }
-    if (!uncommitted_)
+    fitRows(item.subItemCount(1), pixmapSize(item.pixmap(0)));
+    if (!uncommitted_ && !making_)
         viewport()->update();
+}
+
+void ZListBox::fitRows(int lines, QSize icon)
+{
+    lines = std::max(lines_, lines > 1 ? 2 : 1);
+    if (icon.width() <= iconWidth_ && icon.height() <= iconHeight_ && lines <= lines_)
+        return;
+    iconWidth_ = std::max(iconWidth_, icon.width());
+    iconHeight_ = std::max(iconHeight_, icon.height());
+    lines_ = lines;
+    updateRowHeight();
+}
+
+void ZListBox::makeVisibleRows()
+{
+    if (!makeItem_)
+        return;
+    const int top = topItem();
+    // Rows may grow by what comes into view, and so fewer be seen, never more.
+    const int end = std::min(top + visibleItems(), count());
+    for (int row = top; row < end; ++row)
+        item(row);
 }
 
 void ZListBox::commitRows()
@@ -180,8 +224,9 @@ void ZListBox::currentChanged(const QModelIndex& current, const QModelIndex& pre
 
 bool ZListBox::itemChecked(int row) const
 {
-    const ZListBoxItem* wanted = item(row);
-    return wanted != nullptr && wanted->isChecked();
+    // One that was not made yet was not checked.
+    const ZListBoxItem* known = row >= 0 && row < count() ? rows_[size_t(row)].item : nullptr;
+    return known != nullptr && known->isChecked();
 }
 
 bool ZListBox::itemVisible(int row)
@@ -316,7 +361,7 @@ void ZListBox::mouseReleaseEvent(QMouseEvent* event)
         return;
     const bool again = row == currentItem();
     setCurrentItem(row);
-    if (again || items_[size_t(row)]->layout().checkBox)
+    if (again || item(row)->layout().checkBox)
         selectRow(row);
 }
 
@@ -328,6 +373,7 @@ void ZListBox::mouseDoubleClickEvent(QMouseEvent* event)
 void ZListBox::paintEvent(QPaintEvent* event)
 {
     commitRows();
+    makeVisibleRows();
     QListView::paintEvent(event);
     const int shown = visibleItems();
     if (count() <= shown)

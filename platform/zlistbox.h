@@ -7,6 +7,7 @@
 #include <QListView>
 
 #include <array>
+#include <functional>
 
 /// A list of rows of one height, of which one is current (highlighted).
 ///
@@ -15,7 +16,8 @@
 /// a drag or the wheel scrolls. All other keys are left to the parent. Only whole rows are shown.
 ///
 /// Rows inserted in a run become part of the list together: with the next call that needs them or
-/// when the event loop is back.
+/// when the event loop is back. Of a long list the rows can be made when they are first painted or
+/// asked for.
 class ZListBox : public QListView
 {
     Q_OBJECT
@@ -29,9 +31,14 @@ public:
     /// Takes ownership. A negative index, or one past the end, appends. `updateLater` is accepted
     /// for the framework's sake: inserting never paints.
     void insertItem(ZListBoxItem* item, int index = -1, bool updateLater = true);
+    /// Appends `rows` rows that `make` makes, each when it is first painted or asked for with
+    /// item(): it gets a number from 0 on and gives an item, which the box owns. They are laid out
+    /// as if one of them had `lines` (1 or 2) text lines and an icon of that size. Only once in a
+    /// list.
+    void appendLater(int rows, int lines, QSize icon, std::function<ZListBoxItem*(int)> make);
     /// Deletes all rows; nothing is current then. Emits nothing.
     void clear();
-    int count() const { return int(items_.size()); }
+    int count() const { return int(rows_.size()); }
     /// The item of a row; nullptr if there is no such row.
     ZListBoxItem* item(int row) const;
 
@@ -74,7 +81,16 @@ private:
     class Delegate;
     friend class ZListBoxItem;
 
+    /// A row: its item, or, while that is not made, its number for the one who makes it.
+    struct Row {
+        ZListBoxItem* item = nullptr;
+        int number = 0;
+    };
+
     void itemChanged(const ZListBoxItem& item);
+    void fitRows(int lines, QSize icon);
+    void makeVisibleRows();
+    void queueCommit();
     void commitRows();
     void updateRowHeight();
     void fitViewport();
@@ -83,7 +99,8 @@ private:
     int rowAt(QPoint point);
 
     Model* model_;
-    std::vector<ZListBoxItem*> items_;
+    mutable std::vector<Row> rows_; ///< items are made when they are asked for
+    std::function<ZListBoxItem*(int)> makeItem_;
     std::array<QFont, 2> fonts_; ///< normal, highlighted
     const ZSkinService::Look* look_;
     int iconWidth_ = 0;
@@ -91,6 +108,7 @@ private:
     int lines_ = 1;
     int rowHeight_ = 0;
     bool uncommitted_ = false;
-    bool silent_ = false; ///< a current row is being put back, which is no news
+    mutable bool making_ = false; ///< an item that is not painted yet changes
+    bool silent_ = false;         ///< a current row is being put back, which is no news
     ZTapOrDrag finger_;
 };

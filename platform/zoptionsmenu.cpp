@@ -76,7 +76,7 @@ ZOptionsMenu::ZOptionsMenu(const QRect& rect, QWidget* parent, const char* name,
 
 ZOptionsMenu::~ZOptionsMenu() = default;
 
-void ZOptionsMenu::insertItem(const QString& text, ZOptionsMenu* submenu, const QPixmap& icon,
+void ZOptionsMenu::insertItem(const QString& text, ZOptionsMenu* submenu, const ZPicture& icon,
                               bool enabled, int id, int index)
 {
     const qsizetype end = items_.size();
@@ -85,7 +85,7 @@ void ZOptionsMenu::insertItem(const QString& text, ZOptionsMenu* submenu, const 
     update();
 }
 
-bool ZOptionsMenu::changeItem(int id, const QString& text, const QPixmap& icon)
+bool ZOptionsMenu::changeItem(int id, const QString& text, const ZPicture& icon)
 {
     Item* item = itemOf(id);
     if (item == nullptr)
@@ -149,7 +149,7 @@ QString ZOptionsMenu::textAt(int position) const
 
 QPixmap ZOptionsMenu::iconAt(int position) const
 {
-    return items_.at(position).icon;
+    return items_.at(position).icon.pixmap();
 }
 
 ZOptionsMenu* ZOptionsMenu::submenuAt(int position) const
@@ -379,10 +379,11 @@ void ZOptionsMenu::paintRow(QPainter& painter, int position) const
     const bool current = position == current_;
     if (current)
         painter.fillRect(area, item.enabled ? look.highlight : look.disabledText.lighter(130));
-    const QSize iconSize = pixmapSize(item.icon);
+    const QPixmap icon = item.icon.pixmap();
+    const QSize iconSize = pixmapSize(icon);
     painter.setOpacity(item.enabled ? 1 : 0.4);
     painter.drawPixmap(area.left() + IconLeft, area.top() + (area.height() - iconSize.height()) / 2,
-                       item.icon);
+                       icon);
     painter.setOpacity(1);
     painter.setPen(!item.enabled ? (current ? look.border : look.disabledText)
                                  : (current ? look.highlightText : look.text));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/zpicture.h"
 #include "platform/ztapordrag.h"
 
 #include <QPixmap>
@@ -25,11 +26,12 @@ public:
     ~ZOptionsMenu() override;
 
     /// Inserts an item at position `index` (one past the end, or negative, appends). Tabs at the
-    /// beginning of the text indent it past the icon. The icon is copied; the submenu is not owned.
-    void insertItem(const QString& text, ZOptionsMenu* submenu, const QPixmap& icon, bool enabled,
+    /// beginning of the text indent it past the icon. The icon is copied, and decoded when
+    /// the item is first painted; the submenu is not owned.
+    void insertItem(const QString& text, ZOptionsMenu* submenu, const ZPicture& icon, bool enabled,
                     int id, int index);
     /// Changes the text and icon of the item `id`. False if there is none.
-    bool changeItem(int id, const QString& text, const QPixmap& icon);
+    bool changeItem(int id, const QString& text, const ZPicture& icon);
     void setItemEnabled(int id, bool enabled);
     bool isItemEnabled(int id) const;
     /// Lets choosing the item run an argument-free slot of `receiver` ("slot_Copy()"). A slot that
@@ -75,7 +77,7 @@ private:
     struct Item {
         QString text;
         QPointer<ZOptionsMenu> submenu;
-        QPixmap icon;
+        ZPicture icon;
         bool enabled = true;
         int id = 0;
         QList<Connection> connections;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace
 {
@@ -25,32 +26,28 @@ PixmapStore& store()
     return pixmaps;
 }
 
-/// Null when these bytes are no picture, or one whose few bytes unfold to absurdly many pixels.
-QPixmap decode(QByteArray bytes)
-{
-    QBuffer buffer(&bytes);
-    QImageReader reader(&buffer);
-    const QSize size = reader.size();
-    if (qint64(size.width()) * size.height() > MaxPicturePixels)
-        return {};
-    return QPixmap::fromImage(reader.read());
-}
-
-bool loadFile(QPixmap& pixmap, const QString& path, qreal density)
-{
-    const auto bytes = readRegularFile(path, MaxPictureBytes);
-    QPixmap loaded = bytes ? decode(*bytes) : QPixmap();
-    if (loaded.isNull())
-        return false;
-    loaded.setDevicePixelRatio(density);
-    pixmap = loaded;
-    return true;
-}
-
 QString densePath(const QString& path, int density)
 {
     const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
     return path.left(dot) + QStringLiteral("@%1x").arg(density) + path.mid(dot);
+}
+
+/// The densest variant of a picture file that this screen may use.
+int densest(const QString& path)
+{
+    constexpr int DensestVariant = 3;
+    const bool hasVariants =
+        path.lastIndexOf(QLatin1Char('.')) > path.lastIndexOf(QLatin1Char('/'));
+    return hasVariants ? std::clamp(int(std::ceil(qGuiApp->devicePixelRatio())), 1, DensestVariant)
+                       : 1;
+}
+
+/// Nothing if there is no such file.
+std::optional<PictureFile> readVariant(const QString& path, int density)
+{
+    const auto bytes =
+        readRegularFile(density > 1 ? densePath(path, density) : path, MaxPictureBytes);
+    return bytes ? std::optional(PictureFile{*bytes, density}) : std::nullopt;
 }
 
 qsizetype cost(const QPixmap& pixmap)
@@ -63,15 +60,44 @@ qsizetype cost(const QPixmap& pixmap)
 
 bool loadPixmap(QPixmap& pixmap, const QString& path)
 {
-    const int wanted = int(std::ceil(qGuiApp->devicePixelRatio()));
-    if (wanted > 1 && path.lastIndexOf(QLatin1Char('.')) > path.lastIndexOf(QLatin1Char('/'))) {
-        const int densest = std::min(wanted, 3);
-        for (int density = densest; density > 1; --density) {
-            if (loadFile(pixmap, densePath(path, density), density))
-                return true;
+    for (int density = densest(path); density > 0; --density) {
+        const auto file = readVariant(path, density);
+        const QPixmap loaded = file ? decoded(*file) : QPixmap();
+        if (!loaded.isNull()) {
+            pixmap = loaded;
+            return true;
         }
     }
-    return loadFile(pixmap, path, 1);
+    return false;
+}
+
+QList<PictureFile> readPictureFiles(const QString& path)
+{
+    QList<PictureFile> files;
+    for (int density = densest(path); density > 0; --density) {
+        if (const auto file = readVariant(path, density))
+            files.append(*file);
+    }
+    return files;
+}
+
+QPixmap decoded(const PictureFile& file)
+{
+    QBuffer buffer;
+    buffer.setData(file.bytes);
+    QImageReader reader(&buffer);
+    // Nearly all are. To find a format out, the toolkit loads every decoder of the system.
+    if (file.bytes.startsWith("\x89PNG\r\n\x1a\n")) {
+        reader.setAutoDetectImageFormat(false);
+        reader.setFormat("png");
+    }
+    const QSize size = reader.size();
+    if (qint64(size.width()) * size.height() > MaxPicturePixels)
+        return {};
+    QPixmap pixmap = QPixmap::fromImage(reader.read());
+    if (!pixmap.isNull())
+        pixmap.setDevicePixelRatio(file.density);
+    return pixmap;
 }
 
 QSize pixmapSize(const QPixmap& pixmap)

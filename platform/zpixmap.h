@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+#include <QList>
 #include <QPixmap>
 #include <QString>
 
@@ -8,6 +10,18 @@
 /// Returns false, and leaves `pixmap` as it was, when there is no such picture or one of more than
 /// 32 megapixels.
 bool loadPixmap(QPixmap& pixmap, const QString& path);
+
+/// What a picture file holds, not decoded yet. `density`: its pixels in a pixel of the screen.
+struct PictureFile {
+    QByteArray bytes;
+    int density = 1;
+};
+
+/// The variants of a picture file that loadPixmap() would try, in that order. What cannot be read
+/// is not among them.
+QList<PictureFile> readPictureFiles(const QString& path);
+/// Null when these bytes are no picture, or one whose few bytes unfold to absurdly many pixels.
+QPixmap decoded(const PictureFile& file);
 
 /// The width and height of a pixmap in pixels of the screen, whatever its density. 0 x 0 if null.
 QSize pixmapSize(const QPixmap& pixmap);

@@ -9,8 +9,6 @@ namespace
 const QLatin1String Service("org.bluez");
 const QLatin1String AdapterInterface("org.bluez.Adapter1");
 const QLatin1String DeviceInterface("org.bluez.Device1");
-const QLatin1String ObjectManager("org.freedesktop.DBus.ObjectManager");
-const QLatin1String Properties("org.freedesktop.DBus.Properties");
 const QLatin1String Powered("Powered");
 /// What a device that takes files says it has: the object push profile.
 const QLatin1String ObjectPush("00001105-0000-1000-8000-00805f9b34fb");
@@ -87,10 +85,10 @@ void BluezDevices::open()
 void BluezDevices::listen()
 {
     // First, so that nothing is missed.
-    hear(ObjectManager, "InterfacesAdded", &BluezDevices::interfacesAdded);
-    hear(ObjectManager, "InterfacesRemoved", &BluezDevices::interfacesRemoved);
-    hear(Properties, "PropertiesChanged", &BluezDevices::propertiesChanged);
-    connection_->call(QStringLiteral("/"), ObjectManager, "GetManagedObjects", {},
+    hear(BusObjectManager, "InterfacesAdded", &BluezDevices::interfacesAdded);
+    hear(BusObjectManager, "InterfacesRemoved", &BluezDevices::interfacesRemoved);
+    hear(BusProperties, "PropertiesChanged", &BluezDevices::propertiesChanged);
+    connection_->call(QStringLiteral("/"), BusObjectManager, "GetManagedObjects", {},
                       ReplyMilliseconds, [this](const BusMessage& reply) { objectsCame(reply); });
 }
 
@@ -127,7 +125,7 @@ void BluezDevices::tryAdapters()
         return;
     }
     connection_->call(
-        adapter, Properties, "Set",
+        adapter, BusProperties, "Set",
         {QString(AdapterInterface), QString(Powered), QVariant::fromValue(BusVariant{true})},
         ReplyMilliseconds, [this, adapter](const BusMessage& reply) {
             if (reply.isError())

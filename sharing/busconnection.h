@@ -2,6 +2,7 @@
 
 #include "sharing/busmessage.h"
 
+#include <QLatin1String>
 #include <QObject>
 #include <QTimer>
 
@@ -11,6 +12,10 @@
 #include <utility>
 
 class QSocketNotifier;
+
+// What every service on a bus may offer.
+inline const QLatin1String BusProperties("org.freedesktop.DBus.Properties");
+inline const QLatin1String BusObjectManager("org.freedesktop.DBus.ObjectManager");
 
 /// A connection of our own to one service on one of the machine's message buses. It lives in the
 /// event loop: no call here waits for anything, whatever the other side does or fails to do.

@@ -1,7 +1,5 @@
 #include "sharing/obexpush.h"
 
-#include <QFileInfo>
-
 #include <utility>
 
 namespace
@@ -13,8 +11,6 @@ const QLatin1String Client("org.bluez.obex.Client1");
 const QLatin1String Session("org.bluez.obex.Session1");
 const QLatin1String ObjectPush("org.bluez.obex.ObjectPush1");
 const QLatin1String Transfer("org.bluez.obex.Transfer1");
-const QLatin1String Properties("org.freedesktop.DBus.Properties");
-const QLatin1String ObjectManager("org.freedesktop.DBus.ObjectManager");
 /// Finding, paging and connecting a device; the service itself gives up earlier.
 constexpr int ConnectMilliseconds = 90000;
 constexpr int ReplyMilliseconds = 10000;
@@ -43,6 +39,8 @@ bool tellsRefusal(const QString& reason)
 
 } // namespace
 
+ObexPush::ObexPush(const QString& file) : file_(absolutePath(file)), entry_(entryId(file_)) {}
+
 ObexPush::~ObexPush()
 {
     end();
@@ -57,9 +55,9 @@ void ObexPush::open()
 
 void ObexPush::listen()
 {
-    connection_->listen(Properties, "PropertiesChanged",
+    connection_->listen(BusProperties, "PropertiesChanged",
                         [this](const BusMessage& message) { propertiesChanged(message); });
-    connection_->listen(ObjectManager, "InterfacesRemoved",
+    connection_->listen(BusObjectManager, "InterfacesRemoved",
                         [this](const BusMessage& message) { interfacesRemoved(message); });
 }
 
@@ -71,9 +69,8 @@ void ObexPush::call(const QString& path, const QString& interface, const char* m
                       [this, handler](const BusMessage& reply) { (this->*handler)(reply); });
 }
 
-void ObexPush::send(const QString& adapter, const QString& device, const QString& file)
+void ObexPush::send(const QString& adapter, const QString& device)
 {
-    file_ = QFileInfo(file).absoluteFilePath();
     QVariantMap how{{QStringLiteral("Target"), QStringLiteral("opp")}};
     if (!adapter.isEmpty())
         how.insert(QStringLiteral("Source"), adapter);
@@ -91,7 +88,13 @@ void ObexPush::sessionMade(const BusMessage& reply)
         finish(tellsRefusal(reason) ? Outcome::Refused : Outcome::Failed, reason);
         return;
     }
-    size_ = QFileInfo(file_).size();
+    // Whoever chose the device meant what was there when it was offered. What is gone the service
+    // itself complains of.
+    if (isTaken(file_) && entryId(file_) != entry_) {
+        finish(Outcome::Failed);
+        return;
+    }
+    size_ = EntryInfo(file_).size();
     call(session_, ObjectPush, "SendFile", {file_}, ReplyMilliseconds, &ObexPush::transferMade);
 }
 
@@ -148,7 +151,7 @@ void ObexPush::askWhyItFailed()
         finish(Outcome::Failed);
         return;
     }
-    call(session_, Properties, "Get", {QString(Session), QStringLiteral("Destination")},
+    call(session_, BusProperties, "Get", {QString(Session), QStringLiteral("Destination")},
          FarewellMilliseconds, &ObexPush::learnWhyItFailed);
 }
 

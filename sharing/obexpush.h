@@ -1,11 +1,14 @@
 #pragma once
 
+#include "files/entry.h"
 #include "sharing/busconnection.h"
 
 #include <QHash>
 #include <QObject>
 #include <QString>
 #include <QVariantMap>
+
+#include <optional>
 
 /// Sends one file to one Bluetooth device through the user's object exchange service.
 class ObexPush : public QObject
@@ -15,6 +18,8 @@ class ObexPush : public QObject
 public:
     enum class Outcome { Sent, Refused, Cancelled, Failed };
 
+    /// The file that there is under that path now: one that takes its name later is not sent.
+    explicit ObexPush(const QString& file);
     /// Ends what is going on.
     ~ObexPush() override;
 
@@ -24,7 +29,7 @@ public:
     bool isOpen() const { return connection_ != nullptr && connection_->isReady(); }
     /// When it is open, and once only. The addresses are those of this machine's adapter and of the
     /// device.
-    void send(const QString& adapter, const QString& device, const QString& file);
+    void send(const QString& adapter, const QString& device);
     /// The outcome comes before this returns; nothing if there was one already.
     void cancel();
 
@@ -52,6 +57,7 @@ private:
 
     BusConnection::Pointer connection_;
     QString file_;
+    std::optional<EntryId> entry_;
     QString session_; ///< object paths; empty while there is none
     QString transfer_;
     QHash<QString, QVariantMap> beforeReply_; ///< what came of transfers before ours was known

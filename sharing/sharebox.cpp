@@ -4,6 +4,7 @@
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "sharing/sharetexts.h"
+#include "widgets/boxparts.h"
 
 #include <QLocale>
 #include <QMouseEvent>
@@ -74,7 +75,7 @@ int ShareBox::percent() const
 
 int ShareBox::bodyHeight() const
 {
-    const QRect room(0, 0, BoxWidth - 2 * Margin, MostTextHeight);
+    const QRect room(0, 0, Box::Width - 2 * Margin, MostTextHeight);
     const int text = QFontMetrics(textFont(*this)).boundingRect(room, TextFlags, text_).height();
     return std::min(text, MostTextHeight) + 2 * Margin;
 }
@@ -83,8 +84,8 @@ void ShareBox::fit()
 {
     int height = TitleHeight + bodyHeight();
     if (!result_)
-        height += BarHeight + CountHeight + Margin + KeyBarHeight;
-    setGeometry((ZScreen::Width - BoxWidth) / 2, (ZScreen::Height - height) / 2, BoxWidth, height);
+        height += BarHeight + CountHeight + Margin + Box::KeyBarHeight;
+    setGeometry(Box::geometry(height));
     update();
     show();
 }
@@ -97,16 +98,16 @@ void ShareBox::paintEvent(QPaintEvent* /*event*/)
     painter.fillRect(rect(), dark.background);
     painter.setPen(dark.text);
     painter.setFont(sized(font(), 15, QFont::Black));
-    painter.drawText(QRect(0, 0, BoxWidth, TitleHeight), Qt::AlignCenter,
+    painter.drawText(QRect(0, 0, Box::Width, TitleHeight), Qt::AlignCenter,
                      ShareTexts::instance().title);
     painter.setFont(textFont(*this));
-    const int end = height() - (result_ ? 1 : KeyBarHeight);
-    painter.fillRect(1, TitleHeight, BoxWidth - 2, end - TitleHeight, light.background);
+    const int end = height() - (result_ ? 1 : Box::KeyBarHeight);
+    painter.fillRect(1, TitleHeight, Box::Width - 2, end - TitleHeight, light.background);
     if (!result_)
-        painter.drawText(QRect(0, end, BoxWidth - 6, KeyBarHeight),
+        painter.drawText(QRect(0, end, Box::Width - 6, Box::KeyBarHeight),
                          Qt::AlignRight | Qt::AlignVCenter, ShareTexts::instance().cancel);
     painter.setPen(light.text);
-    const QRect body(Margin, TitleHeight + Margin, BoxWidth - 2 * Margin,
+    const QRect body(Margin, TitleHeight + Margin, Box::Width - 2 * Margin,
                      bodyHeight() - 2 * Margin);
     painter.drawText(body, TextFlags, text_);
     if (!result_)
@@ -149,6 +150,6 @@ void ShareBox::mouseReleaseEvent(QMouseEvent* event)
         return;
     if (result_)
         emit closed();
-    else if (point.y() >= height() - 2 * KeyBarHeight)
+    else if (point.y() >= height() - 2 * Box::KeyBarHeight)
         emit cancelled();
 }

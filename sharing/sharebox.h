@@ -26,9 +26,6 @@ public:
     int percent() const;
     bool isResult() const { return result_; }
 
-    static constexpr int BoxWidth = 220;
-    static constexpr int KeyBarHeight = 15;
-
 signals:
     void cancelled();
     void closed();

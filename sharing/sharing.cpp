@@ -24,12 +24,11 @@ QString presentable(const QString& name)
 } // namespace
 
 Sharing::Sharing(std::unique_ptr<BluezDevices> devices, std::unique_ptr<ObexPush> push,
-                 const QString& name, const QString& file)
+                 const QString& name)
     : QObject(ZScreen::instance()),
       devices_(std::move(devices)),
       push_(std::move(push)),
-      name_(presentable(name)),
-      file_(file)
+      name_(presentable(name))
 {
     // The screens look like what they come up over.
     const QWidget* below = ZScreen::instance()->active();
@@ -69,7 +68,7 @@ void Sharing::send(const BluetoothDevice& device)
     deviceName_ = presentable(device.name.isEmpty() ? device.address : device.name);
     box_->showProgress(filled(ShareTexts::instance().connecting), 0, 0);
     list_->hide();
-    push_->send(adapter, device.address, file_);
+    push_->send(adapter, device.address);
 }
 
 void Sharing::showProgress(qint64 sent, qint64 size)

@@ -21,7 +21,7 @@ class Sharing : public QObject
 public:
     /// `name` is what the file is called on the screens.
     Sharing(std::unique_ptr<BluezDevices> devices, std::unique_ptr<ObexPush> push,
-            const QString& name, const QString& file);
+            const QString& name);
     ~Sharing() override;
 
     /// Whether the user has closed it. It goes when the event loop is back.
@@ -40,7 +40,6 @@ private:
     std::unique_ptr<BluezDevices> devices_;
     std::unique_ptr<ObexPush> push_;
     QString name_;
-    QString file_;
     QString deviceName_;
     QPointer<ShareDeviceList> list_;
     QPointer<ShareBox> box_;

@@ -51,12 +51,12 @@ extern "C" Q_DECL_EXPORT bool sharing_module(const SHARE_Tool::OBJECT_INFO& info
         return false;
     const Answering now;
     const QDeadlineTimer deadline(AnswerMilliseconds);
-    auto push = std::make_unique<ObexPush>();
+    auto push = std::make_unique<ObexPush>(path);
     auto devices = std::make_unique<BluezDevices>();
     if (!opens(*push, &ObexPush::finished, deadline) ||
         !opens(*devices, &BluezDevices::lost, deadline) || !push->isOpen())
         return false;
     const qsizetype slash = info.objectName.startsWith(QLatin1Char('/')) ? 1 : 0;
-    current = new Sharing(std::move(devices), std::move(push), info.objectName.mid(slash), path);
+    current = new Sharing(std::move(devices), std::move(push), info.objectName.mid(slash));
     return true;
 }

@@ -13,6 +13,7 @@ class QCopChannel;
 class TextInput;
 class ZNavTabWidget;
 class ZOptionsMenu;
+class ZPicture;
 class ZSoftKey;
 
 /// The main window: two directory panels and the about page, the soft keys with their menus, the
@@ -142,10 +143,10 @@ private:
     void createPanels();
     void createAboutPage();
     void connectSignals();
-    void drawAbout();
-    void fillOpenWithMenu(QPixmap& icon);
-    void fillBookmarkMenu(QPixmap& icon);
-    void insertAddBookmark(int position, const QPixmap& icon);
+    void drawAbout(const ZPicture& logo);
+    void fillOpenWithMenu(ZPicture& icon);
+    void fillBookmarkMenu(ZPicture& icon);
+    void insertAddBookmark(int position, const ZPicture& icon);
     void growBookmarkMenu();
     void addTab(QWidget* page, const char* icon);
 
@@ -173,7 +174,7 @@ private:
     void copyByShell(const QString& src, const QString& dstDir);
     void copyBuiltIn(const QString& src, const QString& dstDir);
     void copyTree(const QString& src, const QString& dstDir);
-    void deleteIfStill(const QString& path, const std::optional<EntryId>& asked);
+    bool removeIfStill(const QString& path, const std::optional<EntryId>& asked);
     bool moveAfterQuestions(const QString& src, const QString& dstDir);
     void moveByTool(const QString& src, const QString& dstDir);
     QString folderSizeText(const QString& path, const QString& textSoFar);
@@ -183,7 +184,7 @@ private:
     int activePage_ = Panel1;
     QWidget* aboutPage_ = nullptr;
     bool modifierIsDown_ = false; ///< from a press that the window got until the release
-    QPixmap aboutPicture_;
+    QPixmap aboutPicture_;        ///< null until the page is first seen
     QStringList aboutTexts_;
     QCopChannel* channel_ = nullptr;
 };

@@ -3,20 +3,24 @@
 #include "shell/fm.h"
 
 #include "files/programnames.h"
-#include "platform/zpixmap.h"
+#include "platform/zpicture.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 
 #include <QPainter>
 
+#include <functional>
+#include <utility>
+
 namespace
 {
 
-/// Shows a picture from its top left corner on.
+/// Shows a picture from its top left corner on. It is drawn when it is first seen.
 class PicturePage : public QWidget
 {
 public:
-    PicturePage(QWidget* parent, const QPixmap& picture) : QWidget(parent), picture_(picture)
+    PicturePage(QWidget* parent, const QPixmap& picture, std::function<void()> draw)
+        : QWidget(parent), picture_(picture), draw_(std::move(draw))
     {
         setFocusPolicy(Qt::StrongFocus);
         setAttribute(Qt::WA_OpaquePaintEvent);
@@ -25,13 +29,16 @@ public:
 protected:
     void paintEvent(QPaintEvent* /*event*/) override
     {
+        if (picture_.isNull())
+            draw_();
         QPainter painter(this);
         painter.fillRect(rect(), Qt::black);
         painter.drawPixmap(0, 0, picture_);
     }
 
 private:
-    QPixmap picture_;
+    const QPixmap& picture_;
+    std::function<void()> draw_;
 };
 
 } // namespace
@@ -45,21 +52,19 @@ void FM::createAboutPage()
                    QStringLiteral("quarn@quarn.example"),
                    QStringLiteral("https://quarn.example"),
                    QString()};
-    drawAbout();
-    aboutPage_ = new PicturePage(this, aboutPicture_);
+    const ZPicture logo = ZPicture::fromFile(programDir + QStringLiteral("fm.png"));
+    aboutPage_ = new PicturePage(this, aboutPicture_, [this, logo] { drawAbout(logo); });
     addTab(aboutPage_, "res/img/about.png");
 }
 
-void FM::drawAbout()
+void FM::drawAbout(const ZPicture& logo)
 {
     const qreal density = devicePixelRatio();
     aboutPicture_ = QPixmap(QSize(ZScreen::Width, ZScreen::Height) * density);
     aboutPicture_.setDevicePixelRatio(density);
-    QPixmap logo;
-    loadPixmap(logo, programDir + QStringLiteral("fm.png"));
     aboutPicture_.fill(Qt::black);
     QPainter painter(&aboutPicture_);
-    painter.drawPixmap(7, 15, logo);
+    painter.drawPixmap(7, 15, logo.pixmap());
     painter.setFont(ZSkinService::font(ProgramNames::Font, 27, 87));
     painter.setPen(QColor(255, 100, 12));
     painter.drawText(70, 40, aboutTexts_.at(0));

@@ -63,8 +63,10 @@ void FM::keyReleaseEvent(QKeyEvent* event)
 /// nobody sees, so the modifier is not held beyond ours.
 bool FM::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::WindowDeactivate && watched == window())
+    if (event->type() == QEvent::WindowDeactivate && watched == window()) {
         modKeyHeld = false;
+        modifierIsDown_ = false;
+    }
     if (event->type() == QEvent::KeyRelease && watched->isWidgetType() && watched != this)
         keyReleaseEvent(static_cast<QKeyEvent*>(event));
     return ZKbMainWidget::eventFilter(watched, event);

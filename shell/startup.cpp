@@ -11,7 +11,9 @@
 #include "shell/settings.h"
 #include "shell/util.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
+#include <QFont>
 
 namespace
 {
@@ -62,8 +64,12 @@ int startQuarn(int argc, char** argv)
     registerFont(87);
     for (const QDiskFont& record : ZFontManager::diskFonts())
         ZFontManager::addDiskFont(record);
+    const QFont font = ZSkinService::font(ProgramNames::Font, 14, 25);
+    // Fields measure the default font when they are made: the system's would be searched for and
+    // opened for nothing else.
+    QApplication::setFont(font);
     quarn = new FM;
-    quarn->setFont(ZSkinService::font(ProgramNames::Font, 14, 25));
+    quarn->setFont(font);
     a->setMainWidget(quarn);
     quarn->show();
     return a->exec();

@@ -5,7 +5,7 @@
 #include "assoc/plugintable.h"
 #include "lang/texts.h"
 #include "platform/zoptionsmenu.h"
-#include "platform/zpixmap.h"
+#include "platform/zpicture.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
 #include "shell/settings.h"
@@ -47,13 +47,13 @@ const MenuRow CopyRows[] = {
     {CopyItem::PasteAs, &LANG_PASTE_AS, "paste.png", nullptr, false, nullptr},
 };
 
-void loadMenuIcon(QPixmap& icon, const QString& name)
+void loadMenuIcon(ZPicture& icon, const QString& name)
 {
-    loadPixmap(icon, work_folder + QStringLiteral("res/img/") + name);
+    icon.cover(ZPicture::fromFile(work_folder + QStringLiteral("res/img/") + name));
 }
 
 template<size_t Count>
-void fillMenu(FM* window, ZOptionsMenu* menu, const MenuRow (&rows)[Count], QPixmap& icon)
+void fillMenu(FM* window, ZOptionsMenu* menu, const MenuRow (&rows)[Count], ZPicture& icon)
 {
     for (const MenuRow& row : rows) {
         loadMenuIcon(icon, QLatin1String(row.icon));
@@ -92,8 +92,8 @@ void FM::createSoftKeysFtab()
     replaceMenu(this, copyMenu, nullptr);
     replaceMenu(this, bookmarkMenu, nullptr);
     softKey->setOptMenu(ZSoftKey::Left, optionsMenu);
-    // One pixmap serves all items: where a picture is missing an item shows the last one loaded.
-    QPixmap icon;
+    // One picture serves all items: where a picture is missing an item shows the last one loaded.
+    ZPicture icon;
     fillOpenWithMenu(icon);
     fillBookmarkMenu(icon);
     fillMenu(this, copyMenu, CopyRows, icon);
@@ -105,22 +105,21 @@ void FM::createSoftKeysStab()
     createSoftKeysFtab();
 }
 
-void FM::fillOpenWithMenu(QPixmap& icon)
+void FM::fillOpenWithMenu(ZPicture& icon)
 {
-    QPixmap unknown;
-    loadPixmap(unknown, work_folder + QStringLiteral("/res/img/unk_plugin.png"));
+    const ZPicture unknown =
+        ZPicture::fromFile(work_folder + QStringLiteral("/res/img/unk_plugin.png"));
     for (int position = 0; position < plug_nums; ++position) {
         const plugin_struct& plugin = plugins[size_t(position)];
         if (plugin.kind != 0 && plugin.kind != 1)
             continue;
-        if (!unknown.isNull())
-            icon = unknown;
+        icon.cover(unknown);
         if (plugin.kind == 1) {
-            loadPixmap(icon, fullPathPluginFolder(work_folder, plugin.plugin_num) +
-                                 QStringLiteral("icon.png"));
-        } else if (searchPlugin(plugin.name)) {
-            loadPixmap(icon, work_folder + QStringLiteral("/plugins/") + plugin.name +
-                                 QStringLiteral("/icon.png"));
+            icon.cover(ZPicture::fromFile(fullPathPluginFolder(work_folder, plugin.plugin_num) +
+                                          QStringLiteral("icon.png")));
+        } else if (pluginIsInstalled(work_folder, plugin.name)) {
+            icon.cover(ZPicture::fromFile(work_folder + QStringLiteral("/plugins/") + plugin.name +
+                                          QStringLiteral("/icon.png")));
         }
         openWithMenu->insertItem(Indent + pluginLabel(work_folder, plugin), nullptr, icon, true,
                                  position, position);
@@ -128,7 +127,7 @@ void FM::fillOpenWithMenu(QPixmap& icon)
     }
 }
 
-void FM::fillBookmarkMenu(QPixmap& icon)
+void FM::fillBookmarkMenu(ZPicture& icon)
 {
     const int count = int(bookmarkList.size());
     for (int i = 0; i < count; ++i) {
@@ -139,7 +138,7 @@ void FM::fillBookmarkMenu(QPixmap& icon)
     insertAddBookmark(count, icon);
 }
 
-void FM::insertAddBookmark(int position, const QPixmap& icon)
+void FM::insertAddBookmark(int position, const ZPicture& icon)
 {
     bookmarkMenu->insertItem(Indent + LANG_ADD_BOOKMARK, nullptr, icon, true, position, position);
     bookmarkMenu->connectItem(position, this, "slot_AddBookMark()");

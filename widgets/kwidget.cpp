@@ -4,6 +4,7 @@
 #include "platform/zapplication.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
+#include "widgets/boxparts.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -33,10 +34,10 @@ QTimer* makeTimer(QObject* parent, bool once, int milliseconds)
 kWidget::kWidget()
     : QWidget(ZScreen::instance()),
       aniTimer(makeTimer(this, false, FrameMilliseconds)),
-      showTimer(makeTimer(this, true, ShowDelayMilliseconds)),
-      paintTimer(makeTimer(this, true, PaintDelayMilliseconds)),
-      titleFont(15, 87),
-      textFont(13, 25)
+      showTimer_(makeTimer(this, true, ShowDelayMilliseconds)),
+      paintTimer_(makeTimer(this, true, PaintDelayMilliseconds)),
+      titleFont_(Box::titleFont()),
+      textFont_(Box::textFont())
 {
     hide();
     setObjectName(QStringLiteral("kWidget"));
@@ -45,9 +46,9 @@ kWidget::kWidget()
     ZScreen::instance()->place(this, ZScreen::Layer::Box);
     ZPixmapCache::setCacheLimit(BoxCacheKilobytes);
     connect(aniTimer, &QTimer::timeout, this, &kWidget::aniUpdate);
-    connect(showTimer, &QTimer::timeout, this, &QWidget::show);
-    connect(paintTimer, &QTimer::timeout, this, &kWidget::paint);
-    init();
+    connect(showTimer_, &QTimer::timeout, this, &QWidget::show);
+    connect(paintTimer_, &QTimer::timeout, this, &kWidget::paint);
+    kWidget::init();
 }
 
 int kWidget::showText(const QString& title, const QString& text, int align, const QString& icon,
@@ -71,21 +72,21 @@ int kWidget::showProcess(const QString& title, const QString& above, int alignAb
 
 void kWidget::setContent(const Content& next)
 {
-    content = next;
-    stale = true;
+    content_ = next;
+    stale_ = true;
 }
 
 QRegion kWidget::compose()
 {
-    if (!stale)
-        return QRect(0, 0, BoxWidth, y);
-    stale = false;
+    if (!stale_)
+        return QRect(0, 0, Box::Width, y);
+    stale_ = false;
     QRegion changed = redrawLines();
     if (changed.isEmpty()) {
         drawAll();
-        changed = QRect(0, 0, BoxWidth, y);
+        changed = QRect(0, 0, Box::Width, y);
     }
-    composed = content;
+    composed_ = content_;
     return changed;
 }
 
@@ -97,8 +98,8 @@ int kWidget::Show(int mode)
     visible = true;
     repaint();
     // Work that shows one text after the other must not put off the first for ever.
-    if (isHidden() && !showTimer->isActive())
-        showTimer->start();
+    if (isHidden() && !showTimer_->isActive())
+        showTimer_->start();
     ZApplication::processEventsButInput();
     if (!waiting)
         return result ? 1 : 0;
@@ -119,33 +120,33 @@ void kWidget::init()
     ZApplication::processEventsButInput();
     visible = false;
     countdown = 0;
-    showTimer->stop();
-    paintTimer->stop();
+    showTimer_->stop();
+    paintTimer_->stop();
     hide();
     aniTimer->stop();
     aniFrame = QPixmap();
     constexpr int ClearedTop = 20;
-    setGeometry(BoxLeft, ClearedTop, BoxWidth, ZScreen::Height);
-    content = Content();
-    composed = Content();
-    sections.clear();
-    titleIcon = QPixmap();
-    titleBottom = 0;
-    stale = true;
+    setGeometry(Box::Left, ClearedTop, Box::Width, ZScreen::Height);
+    content_ = Content();
+    composed_ = Content();
+    sections_.clear();
+    titleIcon_ = QPixmap();
+    titleBottom_ = 0;
+    stale_ = true;
     y = 0;
     ZApplication::processEventsButInput();
 }
 
 void kWidget::repaint()
 {
-    if (!paintTimer->isActive())
-        paintTimer->start();
+    if (!paintTimer_->isActive())
+        paintTimer_->start();
 }
 
 void kWidget::paint()
 {
     const QRegion changed = compose();
-    setGeometry(BoxLeft, (ZScreen::Height - y) / 2, BoxWidth, y);
+    setGeometry(Box::geometry(y));
     update(changed);
 }
 
@@ -153,11 +154,11 @@ void kWidget::paintNow()
 {
     if (!visible)
         return;
-    paintTimer->stop();
+    paintTimer_->stop();
     QRegion changed = compose();
-    setGeometry(BoxLeft, (ZScreen::Height - y) / 2, BoxWidth, y);
+    setGeometry(Box::geometry(y));
     if (isHidden()) {
-        showTimer->stop();
+        showTimer_->stop();
         show();
         ZApplication::processEventsButInput();
         changed = rect();
@@ -178,20 +179,20 @@ void kWidget::aniUpdate()
     update(frameRect());
     frameNo = (frameNo + 1) % FrameCount;
     if (countdown > 0 && --countdown == 0)
-        init();
+        kWidget::init();
 }
 
 QRect kWidget::frameRect() const
 {
     const QSize size = pixmapSize(aniFrame);
-    return {QPoint((BoxWidth - size.width()) / 2, aniY), size};
+    return {QPoint((Box::Width - size.width()) / 2, aniY), size};
 }
 
 void kWidget::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.drawPixmap(0, 0, canvas);
-    if (composed.process)
+    if (composed_.process)
         painter.drawPixmap(frameRect().topLeft(), aniFrame);
 }
 
@@ -201,7 +202,8 @@ void kWidget::close(int answer)
         result = answer != 0;
     closed = true;
     waiting = false;
-    init();
+    // A box closes itself; that is nothing which a command asked for.
+    kWidget::init();
 }
 
 void kWidget::keyPressEvent(QKeyEvent* event)
@@ -226,8 +228,8 @@ void kWidget::mouseReleaseEvent(QMouseEvent* event)
     const QPoint point = event->position().toPoint();
     if (!result || !rect().contains(point))
         return;
-    const bool onBar = composed.keyBar != NoKeys && point.y() >= height() - 2 * KeyBarHeight;
-    if (!waiting && (onBar || composed.keyBar == NoKeys))
+    const bool onBar = composed_.keyBar != NoKeys && point.y() >= height() - 2 * Box::KeyBarHeight;
+    if (!waiting && (onBar || composed_.keyBar == NoKeys))
         close(1);
     else if (waiting && onBar)
         close(point.x() < width() / 2 ? 1 : 0);

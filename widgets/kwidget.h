@@ -11,7 +11,9 @@
 /// animation and a key bar, composed off-screen and shown in the middle of the screen.
 ///
 /// A box stays until a key closes it, its countdown ends or init() takes it away; a question blocks
-/// its caller in an event loop until it is answered. All lengths are pixels of the screen.
+/// its caller in an event loop until it is answered. What commands ask of a box is virtual: a box
+/// in the place of one of the program's two can tell what they do. All lengths are pixels of the
+/// screen.
 class kWidget : public QWidget
 {
     Q_OBJECT
@@ -29,16 +31,16 @@ public:
 
     /// Shows a text. `align` is a Qt::Alignment number (4 centred, 1 left); `icon` a path relative
     /// to the work folder, empty for none. "<hr>" in the text draws a rule; nothing else is markup.
-    int showText(const QString& title, const QString& text, int align, const QString& icon,
-                 int mode);
+    virtual int showText(const QString& title, const QString& text, int align, const QString& icon,
+                         int mode);
     /// Shows a busy animation between two texts, each left out when empty. With a mode that is not
     /// 0 a bar offers to cancel.
-    int showProcess(const QString& title, const QString& above, int alignAbove,
-                    const QString& below, int alignBelow, const QString& icon, int mode);
+    virtual int showProcess(const QString& title, const QString& above, int alignAbove,
+                            const QString& below, int alignBelow, const QString& icon, int mode);
     /// Lets an animated box close itself after that many ticks of 80 ms. Nothing while none is up.
     void stop(int ticks);
     /// Closes and clears the box.
-    void init();
+    virtual void init();
     /// Puts what was composed last on the display before it returns, so that work that does not
     /// come back to the event loop can follow.
     void paintNow();
@@ -53,14 +55,8 @@ public:
     /// Whether a question is open.
     bool isWaiting() const { return waiting; }
     /// The title and the text (of a progress box the one above) of the box shown last.
-    QString shownTitle() const { return content.title; }
-    QString shownText() const { return content.text; }
-
-    static constexpr int BoxWidth = 220;
-    static constexpr int BoxLeft = 10;
-    static constexpr int TextLeft = 5;
-    static constexpr int TextWidth = 210;
-    static constexpr int KeyBarHeight = 15;
+    QString shownTitle() const { return content_.title; }
+    QString shownText() const { return content_.text; }
 
 public slots:
     void paint();
@@ -112,7 +108,6 @@ private:
     void drawText(const QString& text, int align);
     void drawAniIcon();
     void drawSoftKeys(int kind);
-    void drawLines(QPainter& painter, const BoxFont& font, const QStringList& lines, int align);
     QRect lineRect(const Section& section, qsizetype line) const;
     void reserve(int height);
     static QString framePath(int frame);
@@ -121,11 +116,11 @@ private:
     QPixmap canvas;
     QPixmap aniFrame;
     QTimer* aniTimer;
-    QTimer* showTimer;
-    QTimer* paintTimer;
-    BoxFont titleFont;
-    BoxFont textFont;
-    QPixmap titleIcon; ///< of the title on the canvas, so that it is not read for each progress
+    QTimer* showTimer_;
+    QTimer* paintTimer_;
+    BoxFont titleFont_;
+    BoxFont textFont_;
+    QPixmap titleIcon_; ///< of the title on the canvas, so that it is not read for each progress
     bool closed = false;
     bool visible = false;
     int y = 0;
@@ -134,11 +129,11 @@ private:
     int countdown = 0;
     bool waiting = false;
     bool result = false;
-    Content content;  ///< to be shown
-    Content composed; ///< on the canvas
-    bool stale = true;
-    int titleBottom = 0;
-    QList<Section> sections; ///< of the text on the canvas
+    Content content_;  ///< to be shown
+    Content composed_; ///< on the canvas
+    bool stale_ = true;
+    int titleBottom_ = 0;
+    QList<Section> sections_; ///< of the text on the canvas
 };
 
 /// The box of messages and questions, and the box of progress. Made by the main window.

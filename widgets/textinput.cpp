@@ -5,7 +5,7 @@
 #include "platform/zapplication.h"
 #include "platform/zmultilineedit.h"
 #include "platform/zoptionsmenu.h"
-#include "platform/zpixmap.h"
+#include "platform/zpicture.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 
@@ -68,7 +68,7 @@ protected:
 
 TextInput::TextInput(const QString& programFolder)
     : QWidget(ZScreen::instance()),
-      view(new PageView(this)),
+      view_(new PageView(this)),
       label(new QLabel),
       progDir(programFolder)
 {
@@ -76,8 +76,8 @@ TextInput::TextInput(const QString& programFolder)
     setObjectName(QStringLiteral("TextInput"));
     resize(ZScreen::Width, ZScreen::Height);
     ZScreen::instance()->place(this, ZScreen::Layer::Box);
-    view->setObjectName(QStringLiteral("TextInput"));
-    view->setFixedWidth(PageWidth);
+    view_->setObjectName(QStringLiteral("TextInput"));
+    view_->setFixedWidth(PageWidth);
     label->setFixedWidth(PageWidth);
     label->setTextFormat(Qt::RichText);
     label->setWordWrap(true);
@@ -89,7 +89,7 @@ TextInput::TextInput(const QString& programFolder)
     colours.setColor(QPalette::Window, Qt::white);
     colours.setColor(QPalette::WindowText, Qt::black);
     label->setPalette(colours);
-    view->setWidget(label);
+    view_->setWidget(label);
     edit = new ZMultiLineEdit(label, false, 1, "ZLineEdit");
     edit->setFixedWidth(FieldWidth);
     QPalette fieldColours = edit->palette();
@@ -104,10 +104,9 @@ void TextInput::Init()
     menu = new ZOptionsMenu(QRect(), nullptr, nullptr, {}, ZSkinService::clsOptionsMenu);
     menu->setFont(font());
     connect(this, &QObject::destroyed, menu, &QObject::deleteLater);
-    QPixmap icon;
-    loadPixmap(icon, progDir + QStringLiteral("res/img/copy.png"));
+    auto icon = ZPicture::fromFile(progDir + QStringLiteral("res/img/copy.png"));
     menu->insertItem(copyText, nullptr, icon, true, CopyItem, CopyItem);
-    loadPixmap(icon, progDir + QStringLiteral("res/img/paste.png"));
+    icon.cover(ZPicture::fromFile(progDir + QStringLiteral("res/img/paste.png")));
     menu->insertItem(pasteText, nullptr, icon, true, PasteItem, PasteItem);
     menu->connectItem(CopyItem, this, "Copy()");
     menu->connectItem(PasteItem, this, "Paste()");
@@ -138,7 +137,7 @@ int TextInput::showText(const QString& title, const QString& prompt, const QStri
     show();
     edit->setFocus();
     // Of a page that is too high the field and the answers must be seen.
-    view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
+    view_->verticalScrollBar()->setValue(view_->verticalScrollBar()->maximum());
     if (!ZApplication::waitUntil([this] { return !running; }))
         finish(false);
     inputText = edit->text();
@@ -160,14 +159,14 @@ void TextInput::layOut(const QString& page)
     const int height = pageHeight();
     label->setFixedHeight(height);
     if (height >= LargestHeight) {
-        view->setFixedHeight(LargestHeight);
-        view->move(Left, TopOfLargest);
+        view_->setFixedHeight(LargestHeight);
+        view_->move(Left, TopOfLargest);
         menu->setLimitRect(QRect(QPoint(Left, TopOfLargest), QSize()));
         return;
     }
     const int top = (ZScreen::Height - height) / 2;
-    view->setFixedHeight(height);
-    view->move(Left, top);
+    view_->setFixedHeight(height);
+    view_->move(Left, top);
     menu->setLimitRect(QRect(QPoint(Left, top), QSize()));
 }
 
@@ -184,7 +183,7 @@ void TextInput::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.setPen(Qt::black);
-    painter.drawRect(view->geometry().adjusted(-1, -1, 0, 0));
+    painter.drawRect(view_->geometry().adjusted(-1, -1, 0, 0));
 }
 
 void TextInput::keyPressEvent(QKeyEvent* event)
@@ -207,8 +206,8 @@ void TextInput::keyPressEvent(QKeyEvent* event)
 void TextInput::mouseReleaseEvent(QMouseEvent* event)
 {
     event->accept();
-    const QPoint point = event->position().toPoint() - view->pos();
-    if (view->rect().contains(point) && point.y() >= view->height() - AnswerHeight)
+    const QPoint point = event->position().toPoint() - view_->pos();
+    if (view_->rect().contains(point) && point.y() >= view_->height() - AnswerHeight)
         finish(point.x() < PageWidth / 2);
 }
 

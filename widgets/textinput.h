@@ -28,8 +28,8 @@ public:
     /// Builds what depends on the texts. Call it once.
     void Init();
     /// Shows the dialog; 1 when the user confirmed, 0 when cancelled or when the program ends.
-    /// `icon` is a path below `progDir`; empty for none.
-    int showText(const QString& title, const QString& prompt, const QString& icon);
+    /// `icon` is a path below `progDir`; empty for none. Virtual as the calls of kWidget are.
+    virtual int showText(const QString& title, const QString& prompt, const QString& icon);
     bool isRunning() const { return running; }
     /// A path up to and including its last "/".
     static QString getProgramDir(const QString& path);
@@ -49,7 +49,7 @@ private:
     int pageHeight() const;
     void finish(bool confirmed);
 
-    QScrollArea* view;
+    QScrollArea* view_;
     QLabel* label;
     ZMultiLineEdit* edit;
     ZOptionsMenu* menu = nullptr;

@@ -58,7 +58,7 @@ QStringList tst_MimeTable::extensions()
 
 bool tst_MimeTable::matches(const QString& path)
 {
-    return extensions().contains(FM::getMime(path));
+    return extensions().contains(mimeOf(path));
 }
 
 void tst_MimeTable::lineHasFixedColumns_data()

@@ -75,6 +75,12 @@ void PanelFixture::associate(const QString& extension, int icon, bool isDrawn) c
     }
 }
 
+void PanelFixture::makeFiles(int count) const
+{
+    for (int i = 0; i < count; ++i)
+        files_.write(QStringLiteral("f%1").arg(i, 4, 10, QLatin1Char('0')));
+}
+
 QTimer* PanelFixture::previewTimer() const
 {
     return panel_->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
@@ -86,6 +92,13 @@ QStringList PanelFixture::names() const
     for (int row = 0; row < panel_->count(); ++row)
         names.append(panel_->item(row)->getSubItemText(1, 0));
     return names;
+}
+
+bool PanelFixture::fieldsFollow() const
+{
+    const int row = panel_->currentItem();
+    return panel_->curIndex == row &&
+           panel_->curFile == panel_->curPath + QLatin1Char('/') + names().value(row);
 }
 
 int PanelFixture::row(const QString& name) const

@@ -32,6 +32,8 @@ public:
     const ScratchFolder& workFolder() const { return workFolder_; }
     /// A folder to list.
     const ScratchFolder& files() const { return files_; }
+    /// Writes that many files, f0000 and so on.
+    void makeFiles(int count) const;
     FileBrowserFtab* panel() const { return panel_; }
     FileBrowserFtab* operator->() const { return panel_; }
     /// The thumbnail loader's timer.
@@ -39,6 +41,8 @@ public:
 
     /// The names in the rows, from top to bottom.
     QStringList names() const;
+    /// Whether the panel's own fields say what its rows show.
+    bool fieldsFollow() const;
     /// The row of a name; -1 if there is none.
     int row(const QString& name) const;
     /// A row's second text; null if it has none.

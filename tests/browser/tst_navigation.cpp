@@ -13,20 +13,6 @@ namespace
 
 enum Key { Select = 0x1004, Enter = 0x1005, Up = 0x1013, Down = 0x1015, GoUp = 0x1032 };
 
-void makeFiles(const PanelFixture& panel, int count)
-{
-    for (int i = 0; i < count; ++i)
-        panel.files().write(QStringLiteral("f%1").arg(i, 4, 10, QLatin1Char('0')));
-}
-
-/// Whether the panel's own fields say what its rows show.
-bool fieldsFollow(const PanelFixture& panel)
-{
-    const int row = panel->currentItem();
-    return panel->curIndex == row &&
-           panel->curFile == panel->curPath + QLatin1Char('/') + panel.names().value(row);
-}
-
 } // namespace
 
 class tst_Navigation : public QObject
@@ -69,12 +55,12 @@ private slots:
 void tst_Navigation::highlightIsFollowedWithoutASignal()
 {
     const PanelFixture panel;
-    makeFiles(panel, 3);
+    panel.makeFiles(3);
     panel->setDir(panel.files().path(), 0);
     const PanelSignals told(panel);
     for (const int key : {Down, Down, Up}) {
         pressKey(key);
-        QVERIFY(fieldsFollow(panel));
+        QVERIFY(panel.fieldsFollow());
     }
     QCOMPARE(panel->curIndex, 1);
     QCOMPARE(panel->curFile, panel.files().path(QStringLiteral("f0000")));
@@ -110,7 +96,7 @@ void tst_Navigation::selectOnAFolderEntersIt()
     QCOMPARE(told.folders(), QStringList({canonical, canonical}));
     QCOMPARE(panel->curPath, canonical);
     QCOMPARE(panel->curIndex, 0);
-    QVERIFY(fieldsFollow(panel));
+    QVERIFY(panel.fieldsFollow());
 }
 
 void tst_Navigation::selectOnTheBackEntryGoesUp()
@@ -125,7 +111,7 @@ void tst_Navigation::selectOnTheBackEntryGoesUp()
                           QStringLiteral("picked(%1/a/b/..)").arg(panel.files().path())}));
     QCOMPARE(panel->curPath, panel.files().path(QStringLiteral("a")));
     QCOMPARE(panel->currentItem(), 0);
-    QVERIFY(fieldsFollow(panel));
+    QVERIFY(panel.fieldsFollow());
 }
 
 void tst_Navigation::selectOnAFilePicksIt_data()
@@ -176,7 +162,7 @@ void tst_Navigation::selectOnAnythingElseDoesNothing()
     pressKey(Select);
     QCOMPARE(told.all(), QStringList());
     QCOMPARE(panel->count(), 5);
-    QVERIFY(fieldsFollow(panel));
+    QVERIFY(panel.fieldsFollow());
 }
 
 void tst_Navigation::selectOnAVanishedEntryDoesNothing()
@@ -251,7 +237,7 @@ void tst_Navigation::goUpListsTheFolderAbove()
     QCOMPARE(told.folders(), QStringList({above, above}));
     QCOMPARE(panel.names().join(QLatin1Char(' ')), QStringLiteral(".. b"));
     QCOMPARE(panel->currentItem(), 0);
-    QVERIFY(fieldsFollow(panel));
+    QVERIFY(panel.fieldsFollow());
 }
 
 void tst_Navigation::goUpAtTheRootListsTheRoot()
@@ -271,7 +257,7 @@ void tst_Navigation::goUpAtTheRootListsTheRoot()
 void tst_Navigation::goUpWorksFromAnyRow()
 {
     const PanelFixture panel;
-    makeFiles(panel, 40);
+    panel.makeFiles(40);
     panel->setDir(panel.files().path(), 40);
     pressKey(GoUp);
     QCOMPARE(panel->curPath, QDir(panel.files().path(QStringLiteral(".."))).canonicalPath());
@@ -326,7 +312,7 @@ void tst_Navigation::otherKeysAreLeftToTheWindow()
 {
     QFETCH(int, key);
     const PanelFixture panel;
-    makeFiles(panel, 3);
+    panel.makeFiles(3);
     panel.files().write(QStringLiteral("abc"));
     panel->setDir(panel.files().path(), 2);
     const PanelSignals told(panel);
@@ -340,7 +326,7 @@ void tst_Navigation::otherKeysAreLeftToTheWindow()
 void tst_Navigation::pickedFileStaysUnderTheHighlight()
 {
     const PanelFixture panel;
-    makeFiles(panel, 30);
+    panel.makeFiles(30);
     panel->setDir(panel.files().path(), 20);
     const int top = panel->topItem();
     pressKey(Select);

@@ -19,20 +19,6 @@ int page(const PanelFixture& panel)
     return visible - 1;
 }
 
-void makeFiles(const PanelFixture& panel, int count)
-{
-    for (int i = 0; i < count; ++i)
-        panel.files().write(QStringLiteral("f%1").arg(i, 4, 10, QLatin1Char('0')));
-}
-
-/// Whether the panel's own fields say what its rows show.
-bool fieldsFollow(const PanelFixture& panel)
-{
-    const int row = panel->currentItem();
-    return panel->curIndex == row &&
-           panel->curFile == panel->curPath + QLatin1Char('/') + panel.names().value(row);
-}
-
 } // namespace
 
 class tst_Paging : public QObject
@@ -61,7 +47,7 @@ void tst_Paging::pageDownMovesByAPage()
 {
     QFETCH(bool, fullInfo);
     const PanelFixture panel(fullInfo);
-    makeFiles(panel, 60);
+    panel.makeFiles(60);
     panel->setDir(panel.files().path(), 0);
     QVERIFY(page(panel) > 2);
     int presses = 0;
@@ -75,7 +61,7 @@ void tst_Paging::pageDownMovesByAPage()
         // The row moved to is the lowest in view.
         if (within)
             QVERIFY(!panel->itemVisible(panel->currentItem() + 1));
-        QVERIFY(fieldsFollow(panel));
+        QVERIFY(panel.fieldsFollow());
     }
     QVERIFY(presses > 3);
 }
@@ -89,7 +75,7 @@ void tst_Paging::pageUpMovesByAPage()
 {
     QFETCH(bool, fullInfo);
     const PanelFixture panel(fullInfo);
-    makeFiles(panel, 60);
+    panel.makeFiles(60);
     panel->setDir(panel.files().path(), 60);
     int presses = 0;
     while (panel->currentItem() > 0 && ++presses < 60) {
@@ -98,7 +84,7 @@ void tst_Paging::pageUpMovesByAPage()
         pressKey(PageUp);
         QCOMPARE(panel->currentItem(), before > length - 1 ? before - length : 0);
         QVERIFY(panel->itemVisible(panel->currentItem()));
-        QVERIFY(fieldsFollow(panel));
+        QVERIFY(panel.fieldsFollow());
     }
     QVERIFY(presses > 3);
 }
@@ -106,7 +92,7 @@ void tst_Paging::pageUpMovesByAPage()
 void tst_Paging::pagingThroughAListAndBackSeesEveryRow()
 {
     const PanelFixture panel;
-    makeFiles(panel, 45);
+    panel.makeFiles(45);
     panel->setDir(panel.files().path(), 0);
     for (const int key : {PageDown, PageUp}) {
         QList<bool> seen(panel->count(), false);
@@ -135,7 +121,7 @@ void tst_Paging::pagingInListsShorterThanAPage()
     QFETCH(int, files);
     QFETCH(int, row);
     const PanelFixture panel;
-    makeFiles(panel, files);
+    panel.makeFiles(files);
     for (const int key : {PageUp, PageDown}) {
         panel->setDir(panel.files().path(), row);
         const int length = page(panel);
@@ -147,14 +133,14 @@ void tst_Paging::pagingInListsShorterThanAPage()
         expected = std::max(expected, 0);
         pressKey(key);
         QCOMPARE(panel->currentItem(), expected);
-        QVERIFY(fieldsFollow(panel));
+        QVERIFY(panel.fieldsFollow());
     }
 }
 
 void tst_Paging::arrowsStopAtTheEnds()
 {
     const PanelFixture panel;
-    makeFiles(panel, 2);
+    panel.makeFiles(2);
     panel->setDir(panel.files().path(), 0);
     pressKey(Up);
     QCOMPARE(panel->currentItem(), 0);

@@ -5,7 +5,7 @@
 // as BYTES from the start of the file. From then on, or at once for "open", ACTION happens each
 // time: a number is the errno that the call fails with; "hold" does nothing unless there is a file
 // QUARN_FAULT_GATE, else makes the file QUARN_FAULT_GATE.reached and waits until something opens
-// the FIFO QUARN_FAULT_GATE.fifo to write.
+// the FIFO QUARN_FAULT_GATE.fifo to write and closes it.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -116,8 +116,11 @@ void hold()
     std::snprintf(path.data(), path.size(), "%s.reached", gate);
     close(realOpen(path.data(), O_WRONLY | O_CREAT | O_CLOEXEC));
     std::snprintf(path.data(), path.size(), "%s.fifo", gate);
-    // Opening waits for the other end.
-    close(realOpen(path.data(), O_RDONLY | O_CLOEXEC));
+    // Opening waits for the other end, reading until that is closed: the next wait would find it.
+    const int fifo = realOpen(path.data(), O_RDONLY | O_CLOEXEC);
+    char nothing = 0;
+    static_cast<void>(!read(fifo, &nothing, 1));
+    close(fifo);
 }
 
 /// Whether the call is to fail, with errno set.

@@ -132,8 +132,15 @@ class User:
         self.wait_question()
         before = self.program.wait_stable().tobytes()
         self.program.key("softleft" if yes else "softright")
-        quarn.wait_until(lambda: self.program.screenshot().tobytes() != before,
+
+        def is_same():
+            return self.program.screenshot().tobytes() == before
+
+        quarn.wait_until(lambda: not is_same() or self.program.listings(self.program.mark),
                          "the answered question to go")
+        # What was done has been listed. The next question may look the same, so none is seen to go.
+        if is_same():
+            self.program.wait_idle()
 
     def dismiss(self):
         """Closes a message."""
@@ -188,13 +195,13 @@ class User:
         """Types ASCII text instead of the one that the dialog holds."""
         quarn.wait_until(self.is_typing, "the dialog for a name")
         if text:
-            self.program.display.do("xdotool", "type", "--delay", "2", "--", text)
+            self.program.display.client.type(text)
         else:
             self.press("BackSpace")
 
     def press(self, *keys):
         """Presses keys that a keyboard has and the phone has not."""
-        self.program.display.do("xdotool", "key", "--delay", "12", *keys)
+        self.program.display.client.press(*keys)
 
     def confirm(self, yes=True):
         quarn.wait_until(self.is_typing, "the dialog for a name")

@@ -16,7 +16,7 @@ import threading
 import time
 import unittest
 
-from PIL import ImageGrab
+import xclient
 
 WIDTH, HEIGHT = 240, 320
 DEADLINE = 60  # seconds; for what takes a fraction of one on an idle machine
@@ -31,6 +31,7 @@ KEYS = {
     "star": "asterisk", "hash": "numbersign", **{digit: digit for digit in "0123456789"},
 }
 
+# What a keyboard has no keys for.
 SPARE_KEYCODES = {247: "F26", 248: "F28", 249: "F29"}
 
 # F12 asks the active window to close, as its button or a task bar would.
@@ -71,7 +72,7 @@ def stage_folder():
 
 
 def copy_of_stage(source, target):
-    """Programs are large with the sanitizers, and nobody writes to them: another name will do."""
+    """Programs are large, and nobody writes into them: another name will do."""
     if os.access(source, os.X_OK) and os.path.getsize(source) > LARGE:
         with contextlib.suppress(OSError):  # another file system
             os.link(source, target)
@@ -120,14 +121,9 @@ class Display:
             self.stop()
             raise Failure("the virtual display did not start")
         self.name = f":{number}"
-        self.add_keys()
+        self.client = xclient.Client(self.name)
+        self.client.add_keys(SPARE_KEYCODES)
         self.manager = self.start_manager() if window_manager else None
-
-    def add_keys(self):
-        """The keyboard has no such keys. Without this xdotool lends it one for a moment, which is
-        often over when the program asks what was pressed."""
-        for code, key in SPARE_KEYCODES.items():
-            self.do("xmodmap", "-e", f"keycode {code} = {key}")
 
     def start_manager(self):
         settings = pathlib.Path(self.folder, "openbox.xml")
@@ -135,8 +131,7 @@ class Display:
         manager = subprocess.Popen(
             [*ENDS_WITH_US, "openbox", "--config-file", str(settings)], env=self.environment(),
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
-                   "a window manager")
+        wait_until(lambda: self.client.numbers("_NET_SUPPORTING_WM_CHECK"), "a window manager")
         return manager
 
     def environment(self):
@@ -153,25 +148,17 @@ class Display:
                               timeout=DEADLINE, check=False)
         return done.stdout if done.returncode == 0 else ""
 
-    def do(self, *command):
-        """Runs an X client that must succeed."""
-        subprocess.run(command, env=self.environment(), check=True, capture_output=True,
-                       timeout=DEADLINE)
-
-    def screenshot(self):
-        return ImageGrab.grab(xdisplay=self.name).convert("RGB")
-
     def pressed(self, *names):
-        # With no time in between a second press of a key would be taken for its auto-repeat.
-        self.do("xdotool", "key", "--delay", "12", *[KEYS[name] for name in names])
+        """Presses and releases phone keys, one after the other."""
+        self.client.press(*[KEYS[name] for name in names])
 
     def windows(self, pid=None):
         """The ids of the visible windows of the program, or of one process of it."""
-        of_process = [] if pid is None else ["--all", "--pid", str(pid)]
-        return self.run("xdotool", "search", "--onlyvisible", *of_process,
-                        "--class", "^quarn$").split()
+        return self.client.windows("quarn", pid)
 
     def stop(self):
+        if hasattr(self, "client"):
+            self.client.close()
         for process in (getattr(self, "manager", None), self.server):
             if process is not None:
                 process.kill()
@@ -348,6 +335,17 @@ class Program:
         wait_until(lambda: str(path) in self.listings(self.mark),
                    lambda: f"a listing of {path}; got {self.listings(self.mark)}", deadline)
 
+    def list_again(self):
+        """Presses the key that lists the folder at the start anew until it is answered: a box that
+        is still to come, or to go, takes it."""
+        mark = len(self.lines)
+
+        def answered():
+            self.key("hash")
+            return str(self.home) in self.listings(mark)
+
+        wait_until(answered, "a listing of the folder at the start")
+
     # What the user does.
 
     def key(self, *names):
@@ -357,10 +355,10 @@ class Program:
 
     def keydown(self, name):
         self.mark = len(self.lines)
-        self.display.do("xdotool", "keydown", KEYS[name])
+        self.display.client.hold(KEYS[name])
 
     def keyup(self, name):
-        self.display.do("xdotool", "keyup", KEYS[name])
+        self.display.client.release(KEYS[name])
 
     def with_modifier(self, *names):
         """Presses keys while the modifier is held."""
@@ -372,7 +370,7 @@ class Program:
         """A click at a point of the screen, in pixels of the window."""
         self.mark = len(self.lines)
         left, top, _, _ = self.rectangle()
-        self.display.do("xdotool", "mousemove", str(left + x), str(top + y), "click", str(button))
+        self.display.client.click(left + x, top + y, button)
 
     # What the user sees.
 
@@ -387,12 +385,9 @@ class Program:
             window = self.window()
             if window is None:
                 return None
-            text = self.display.run("xwininfo", "-id", window)
-            wanted = ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
-            numbers = [re.search(rf"{name}: +(-?\d+)", text) for name in wanted]
-            if None in numbers:
+            place = self.display.client.place(window)
+            if place is None:
                 return None
-            place = tuple(int(match[1]) for match in numbers)
             if self.display.manager is not None:
                 return place  # the manager may move it at any time
             self.place = place
@@ -403,8 +398,7 @@ class Program:
         place = self.rectangle()
         if place is None:
             return None
-        left, top, width, height = place
-        return self.display.screenshot().crop((left, top, left + width, top + height))
+        return self.display.client.picture(*place)
 
     def wait_stable(self, deadline=DEADLINE):
         """The picture as soon as two pictures that follow one another are equal."""

@@ -110,23 +110,16 @@ class TestRaising(quarn.Case):
     def test_comesToTheFrontOfOtherWindows(self):
         first = self.program().start()
         cover = self.program().start()
-        wanted = int(first.window())
-        quarn.wait_until(lambda: self.topmost() == int(cover.window()), "the cover on top")
+        wanted = first.window()
+        quarn.wait_until(lambda: self.topmost() == cover.window(), "the cover on top")
         self.assertEqual(first.start_again()[0], 0)
         quarn.wait_until(lambda: self.topmost() == wanted, "the first instance on top")
-        quarn.wait_until(lambda: self.active() == wanted, "the first instance to get the keys")
+        quarn.wait_until(lambda: self.display.client.active() == wanted, "the first instance to get the keys")
         first.key("hash")
         first.wait_for_listing(first.home)
 
-    def numbers(self, name):
-        text = self.display.run("xprop", "-root", name)
-        return [int(word.strip(","), 16) for word in text.split() if word.startswith("0x")]
-
     def topmost(self):
-        return (self.numbers("_NET_CLIENT_LIST_STACKING") or [0])[-1]
-
-    def active(self):
-        return (self.numbers("_NET_ACTIVE_WINDOW") or [0])[0]
+        return (self.display.client.numbers("_NET_CLIENT_LIST_STACKING") or [None])[-1]
 
 
 class TestSimultaneousStarts(quarn.Case):

@@ -164,7 +164,7 @@ class TestInterruptions(operations.OwnProgramCase):
             env={**work.program.environment, "LD_PRELOAD": ""}).returncode
 
     def ask_to_close(self):
-        self.display.do("xdotool", "key", "F12")
+        self.display.client.press("F12")
 
     def check_call_and_close(self, kind):
         """Neither a call nor a request to close that is taken back changes what is done."""

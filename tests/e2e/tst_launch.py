@@ -5,6 +5,7 @@ import os
 import pathlib
 import signal
 
+import operations
 import quarn
 
 NOTE = 'cd "$HOME" && {} > noting && mv noting noted\n'
@@ -131,14 +132,15 @@ class TestChildren(LaunchCase):
 class TestDigits(LaunchCase):
     """Keys of one hold: the modifier goes down once, and the busy box takes all keys meanwhile."""
 
-    def program_with_plugins(self):
-        program = self.program()
-        for name in ("First", "Second"):
+    def program_with_plugins(self, *others, **options):
+        program = self.program(**options)
+        for name in ("First", "Second", *others):
             plugin = program.stage / "plugins" / name / name
-            plugin.parent.mkdir()
+            plugin.parent.mkdir(exist_ok=True)
             plugin.write_text(f'#!/bin/sh\necho {name} "$@" >> "$HOME/started"\n')
             plugin.chmod(0o755)
-        (program.stage / "fm_plugins.cfg").write_text("01 0 First\n02 0 Missing\n03 0 Second\n")
+        (program.stage / "fm_plugins.cfg").write_text(
+            "01 0 First\n02 0 Missing\n03 0 Second\n04 0 LyraPlayer\n")
         (program.home / "a.pic").write_bytes(b"")
         program.start()
         program.key("down")
@@ -179,6 +181,47 @@ class TestDigits(LaunchCase):
         program.key("softleft")
         program.keyup("modifier")
         self.assertEqual(program.wait_end(), 0)
+
+    def test_leaveTheTestBoxToTheSameHold(self):
+        program = self.program_with_plugins()
+        program.keydown("modifier")
+        self.press_digit(program, "1")
+        self.wait_out(program)
+        program.key("hash")
+        quarn.wait_until(program.shows_box, "the test box")
+        program.key("softright")
+        self.wait_out(program)
+        program.keyup("modifier")
+        program.key("hash")  # alone it lists anew
+        program.wait_for_listing(program.home)
+        self.assertFalse(program.shows_box())
+
+    def test_leaveThePlayerToTheSameHold(self):
+        program = self.program_with_plugins("LyraPlayer")
+        program.keydown("modifier")
+        self.press_digit(program, "1")
+        self.wait_out(program)
+        program.key("music")
+        program.keyup("modifier")
+        # Alone the key plays what is highlighted.
+        quarn.wait_until(lambda: "LyraPlayer" in (program.home / "started").read_text(), "the player")
+        self.assertIn("/TempList.m3u\n", (program.home / "started").read_text())
+
+    def test_leavePasteFileByFileToTheSameHold(self):
+        folder = self.scratch()
+        (folder / "b.pic").write_bytes(b"")
+        program = self.program_with_plugins(second_folder=folder)
+        (program.home / "a.pic").chmod(0o600)
+        program.key(*operations.COMMANDS["copy"], "right", "down")
+        program.keydown("modifier")
+        self.press_digit(program, "1")
+        self.wait_out(program)
+        program.key(*operations.COMMANDS["paste"])
+        quarn.wait_until((folder / "a.pic").exists, "the copy")
+        self.wait_out(program)
+        program.keyup("modifier")
+        # The other way keeps who may read it.
+        self.assertEqual((folder / "a.pic").stat().st_mode & 0o777, 0o644)
 
     def test_releaseDuringTheBusyBoxEndsTheHold(self):
         program = self.program_with_plugins()
@@ -221,7 +264,7 @@ class TestBookmarks(quarn.Case):
         before = program.wait_stable()
         program.key(*self.BOOKMARKS, "select")
         dialog = program.wait_change(before)
-        program.display.do("xdotool", "type", "here")
+        program.display.client.type("here")
         program.wait_change(dialog)
         program.key("softleft")
         record = program.stage / "bookmark.cfg"
@@ -255,9 +298,7 @@ class TestLargeTables(quarn.Case):
         # Up from the first item goes to the last: of kind 1, which has no label of its own.
         program.key("up", "select")
         program.wait_change(menu)
-        quarn.wait_until(lambda: not program.shows_box(), "the box to go")
-        program.key("hash")
-        program.wait_for_listing(program.home)
+        program.list_again()
 
 
 if __name__ == "__main__":

@@ -102,8 +102,7 @@ class Player:
     # Its window.
 
     def window(self):
-        found = self.display.run("xdotool", "search", "--onlyvisible", "--class",
-                                 "^LyraPlayer$").split()
+        found = self.display.client.windows("LyraPlayer")
         return found[0] if found else None
 
     def wait_front(self):
@@ -113,13 +112,8 @@ class Player:
 
     def screenshot(self):
         window = self.window()
-        place = self.display.run("xwininfo", "-id", window) if window else ""
-        numbers = dict(line.split(":")[-2:] for line in place.splitlines()
-                       if line.strip().startswith(("Absolute", "Width", "Height")))
-        if len(numbers) < 4:
-            return None
-        left, top, width, height = (int(number) for number in numbers.values())
-        return self.display.screenshot().crop((left, top, left + width, top + height))
+        place = self.display.client.place(window) if window else None
+        return self.display.client.picture(*place) if place else None
 
     def check(self, name):
         """The window looks like reference/name.png, which is made first to renew it."""
@@ -140,7 +134,7 @@ class Player:
 
 
 def active(display):
-    return display.run("xdotool", "getactivewindow").strip()
+    return display.client.active()
 
 
 class Case(quarn.Case):
@@ -262,7 +256,14 @@ class TestPlayer(Case):
         _, player, process = self.playing("b.mp3", "a.mp3", "c.mp3")
         self.display.pressed("softleft")
         quarn.wait_until(lambda: player.mpv.get("pause"), "the pause")
-        self.display.pressed("down", "down", "5")
+        self.display.pressed("down", "down")
+
+        def is_in_the_middle():
+            # Where that is the player knows as soon as it knows the length.
+            self.display.pressed("5")
+            return abs((player.mpv.get("time-pos") or 0) - SECONDS / 2) < 1
+
+        quarn.wait_until(is_in_the_middle, "the middle of the song")
         player.check("player")
         self.display.pressed("select", "down")
         player.check("player_list")

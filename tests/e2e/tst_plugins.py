@@ -6,7 +6,6 @@ are kept."""
 import contextlib
 import os
 import pathlib
-import re
 import signal
 import sys
 
@@ -53,18 +52,12 @@ class Plugin:
 
     def window(self):
         """The id of the window; None without one."""
-        found = self.display.run("xdotool", "search", "--onlyvisible", "--class",
-                                 f"^{self.name}$").split()
+        found = self.display.client.windows(self.name)
         return found[0] if found else None
 
     def rectangle(self):
         window = self.window()
-        if window is None:
-            return None
-        text = self.display.run("xwininfo", "-id", window)
-        wanted = ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
-        numbers = [re.search(rf"{name}: +(-?\d+)", text) for name in wanted]
-        return None if None in numbers else tuple(int(match[1]) for match in numbers)
+        return None if window is None else self.display.client.place(window)
 
     def pid(self):
         """The process; None without one."""
@@ -76,8 +69,8 @@ class Plugin:
         return None
 
     def key(self, *names):
-        quarn.wait_until(lambda: self.display.run("xdotool", "getactivewindow").split()
-                         == [self.window()], f"the keyboard to be {self.name}'s")
+        quarn.wait_until(lambda: self.display.client.active() == self.window() is not None,
+                         f"the keyboard to be {self.name}'s")
         self.display.pressed(*names)
 
     def snapshot(self, name):
@@ -203,7 +196,7 @@ class TestPrograms(TestPlugins):
 
     def test_closingTheWindowEndsBoth(self):
         _, runner, pid = self.running()
-        self.display.do("xdotool", "key", "F12")
+        self.display.client.press("F12")
         runner.wait_end()
         self.assertEnds(pid)
 

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """How the program starts: from where, with which files, in which surroundings."""
 
+import contextlib
 import os
 import pathlib
 import shutil
@@ -67,6 +68,8 @@ class TestFolders(quarn.Case):
 
 
 class TestSettings(quarn.Case):
+    TOGETHER = 4  # programs that start at the same time: their start boxes take a second
+
     def test_startsWithoutSettings(self):
         program = self.program()
         (program.stage / "fm.cfg").unlink()
@@ -97,46 +100,59 @@ class TestSettings(quarn.Case):
         self.assertEqual(len(named), 2, named)
         self.assertIn("keymap.cfg:2", named[0])
         self.assertIn("keymap.cfg:3", named[1])
-        self.display.do("xdotool", "key", "F5")
+        self.display.client.press("F5")
         program.wait_for_listing(f"{program.home}/..")
 
     def test_theDefaultKeysAlsoWork(self):
         program = self.program()
         program.start()
-        self.display.do("xdotool", "key", "BackSpace")
+        self.display.client.press("BackSpace")
         program.wait_for_listing(f"{program.home}/..")
         before = program.wait_stable()
-        self.display.do("xdotool", "key", "Menu")
+        self.display.client.press("Menu")
         program.wait_change(before)
         menu = program.wait_stable()
-        self.display.do("xdotool", "key", "Escape")
+        self.display.client.press("Escape")
         self.assertEqual(program.wait_change(menu).tobytes(), before.tobytes())
 
     def test_endlessAndBlockingConfigurationFilesDoNotHoldTheStartUp(self):
-        for name in ("fm.cfg", "mime_types.cfg", "fm_plugins.cfg", "bookmark.cfg", "keymap.cfg",
+        displays = [quarn.Display() for _ in range(self.TOGETHER)]
+        for display in displays:
+            self.addCleanup(display.stop)
+        names = ("fm.cfg", "mime_types.cfg", "fm_plugins.cfg", "bookmark.cfg", "keymap.cfg",
                      "lang/english.lang", "res/font.ttf", "fm.png", "res/img/1.png",
                      "res/img/process/3.png", "res/img/browser/1/folder.png",
-                     "plugins/full_path/5/desktop.ini", "plugins/full_path/5/icon.png"):
-            for make in (os.mkfifo, self.link_to_zero, os.mkdir):
-                with self.subTest(name=name, kind=make.__name__):
-                    self.start_with(name, make)
+                     "plugins/full_path/5/desktop.ini", "plugins/full_path/5/icon.png")
+        cases = [(name, make) for name in names
+                 for make in (os.mkfifo, self.link_to_zero, os.mkdir)]
+        for first in range(0, len(cases), self.TOGETHER):
+            self.start_with(cases[first:first + self.TOGETHER], displays)
 
     @staticmethod
     def link_to_zero(path):
         os.symlink("/dev/zero", path)
 
-    def start_with(self, name, make):
-        program = quarn.Program(self.display)
-        try:
-            for path in program.stage.glob(f"{pathlib.Path(name).with_suffix('')}*"):
-                if path.is_file():  # the picture for other densities too
-                    path.unlink()
-            make(program.stage / name)
-            program.start(cwd=program.home)
-            program.key("hash")
-            quarn.wait_until(lambda: len(program.listings(program.mark)) == 2, program.describe)
-        finally:
-            program.stop()
+    def start_with(self, cases, displays):
+        """Starts a program for each (name, make) on a display of its own, and gives it a key."""
+        with contextlib.ExitStack() as ending:
+            programs = []
+            for (name, make), display in zip(cases, displays):
+                program = quarn.Program(display)
+                ending.callback(program.stop)
+                for path in program.stage.glob(f"{pathlib.Path(name).with_suffix('')}*"):
+                    if path.is_file():  # the picture for other densities too
+                        path.unlink()
+                make(program.stage / name)
+                programs.append(program.start(cwd=program.home, wait=False))
+            for (name, make), program in zip(cases, programs):
+                with self.subTest(name=name, kind=make.__name__):
+                    self.check_answers(program)
+
+    @staticmethod
+    def check_answers(program):
+        program.wait_ready()
+        program.key("hash")
+        quarn.wait_until(lambda: len(program.listings(program.mark)) == 2, program.describe)
 
     def test_hugeConfigurationFilesDoNotHoldTheStartUp(self):
         program = self.program()
@@ -208,6 +224,7 @@ class TestSurroundings(quarn.Case):
                 program.wait_for_listing(folder)
                 program.key("down", "select")
                 program.wait_for_listing(folder / "Ордер")
+                program.stop()  # it would share the display with the next
 
     def test_startsWithoutARuntimeFolder(self):
         program = self.program()
@@ -287,6 +304,54 @@ class TestScale(quarn.Case):
         width, height = program.wait_stable().size
         self.assertGreaterEqual(width, 240)
         self.assertEqual(width * 4, height * 3)
+
+
+class TestLoading(quarn.Case):
+    """What the first listing does not need waits until it is needed."""
+
+    # A red pixel, in a format that takes a library to decode.
+    GIF = bytes.fromhex("47494638396101000100800000ff0000ffffff2c00000000010001000002024401003b")
+
+    @staticmethod
+    def loaded(program, part):
+        """The files that the program has in its memory and whose paths have that part."""
+        maps = pathlib.Path("/proc", str(program.process.pid), "maps").read_text()
+        paths = {line.split(maxsplit=5)[5] for line in maps.splitlines() if "/" in line}
+        return [path for path in paths if part in path]
+
+    def test_theFirstListingNeedsNoNetworkAndNoDecoders(self):
+        program = self.program()
+        program.start()
+        self.assertTrue(self.loaded(program, "libQt6Widgets"))
+        for part in ("libQt6Network", "/imageformats/", "/modules/"):
+            self.assertEqual(self.loaded(program, part), [])
+
+    def test_theFirstListingNeedsNoFontOfTheSystem(self):
+        program = self.program()
+        program.start()
+        self.assertEqual(self.loaded(program, ".ttf"), [])
+
+    def test_picturesOfMenusAreDecodedWhenTheyAreFirstSeen(self):
+        program = self.program()
+        for path in (program.stage / "res" / "img").glob("delete*.png"):
+            path.write_bytes(self.GIF)
+        program.start()
+        self.assertEqual(self.loaded(program, "/imageformats/"), [])
+        before = program.wait_stable()
+        program.key("softleft")
+        program.wait_change(before)
+        self.assertTrue(self.loaded(program, "/imageformats/"))
+
+    def test_thePictureOfTheThirdTabIsDecodedWhenItIsFirstSeen(self):
+        program = self.program()
+        for path in program.stage.glob("fm*.png"):
+            path.write_bytes(self.GIF)
+        program.start()
+        self.assertEqual(self.loaded(program, "/imageformats/"), [])
+        before = program.wait_stable()
+        program.key("left")
+        program.wait_change(before)
+        self.assertTrue(self.loaded(program, "/imageformats/"))
 
 
 if __name__ == "__main__":

@@ -8,6 +8,7 @@
 #include "shell/fm.h"
 #include "shell/settings.h"
 #include "tests/support/keys.h"
+#include "tests/widgets/boxtesting.h"
 #include "widgets/kwidget.h"
 
 #include <QApplication>
@@ -34,7 +35,7 @@ void chooseBelow(int steps)
 
 } // namespace
 
-CommandFixture::CommandFixture()
+CommandFixture::CommandFixture(ScratchFolder::Medium medium) : program_(medium)
 {
     files().makeFolder(QStringLiteral("left"));
     files().makeFolder(QStringLiteral("right"));
@@ -62,10 +63,19 @@ void CommandFixture::write(int page, const QStringList& names) const
 FM* CommandFixture::start(int page)
 {
     FM* window = program_.start();
+    log_.watch(*window);
     goTo(page);
     // Without a mover of its own, wherever the test was started.
     window->programDir = program_.workFolder().path() + QLatin1Char('/');
     log_.take();
+    return window;
+}
+
+FM* CommandFixture::startWith(CopyItem item, const QString& name)
+{
+    write(1, {name});
+    FM* window = start();
+    toClipboard(item, name, 2);
     return window;
 }
 
@@ -110,6 +120,27 @@ void CommandFixture::toClipboard(CopyItem item, const QString& name, int thenGoT
     log_.take();
 }
 
+void CommandFixture::paste(std::initializer_list<CommandLog::Action> answers)
+{
+    log_.expect(answers);
+    choose(Paste);
+}
+
+bool CommandFixture::showsPleaseWait(const QString& title)
+{
+    kWidget expected;
+    expected.showText(title, LANG_PLEASE_WAIT, 4, QStringLiteral("res/img/copy.png"),
+                      kWidget::Plain);
+    return hasKeys(*textView) && looksLike(*textView, expected);
+}
+
+void CommandFixture::dismissError(const QString& text) const
+{
+    QCOMPARE(textView->shownTitle(), LANG_ERROR);
+    QCOMPARE(textView->shownText(), text);
+    dismissMessage();
+}
+
 void CommandFixture::dismissMessage() const
 {
     QTRY_COMPARE(keyReceiver(), textView);
@@ -143,6 +174,24 @@ void addPages()
     QTest::addColumn<int>("page");
     QTest::newRow("first panel") << 1;
     QTest::newRow("second panel") << 2;
+}
+
+void addFileAndFolder()
+{
+    QTest::addColumn<bool>("isFolder");
+    QTest::newRow("file") << false;
+    QTest::newRow("folder") << true;
+}
+
+void addReplacements()
+{
+    QTest::addColumn<bool>("folderThere");
+    QTest::addColumn<bool>("folderHere");
+    for (const bool there : {false, true}) {
+        for (const bool here : {false, true})
+            QTest::addRow("%s replaces %s", there ? "folder" : "file", here ? "folder" : "file")
+                << there << here;
+    }
 }
 
 void addOddNames()
@@ -190,6 +239,16 @@ QString replaceQuestion(const QString& name)
 {
     return CommandLog::question(LANG_WARNING, '"' + name + QStringLiteral("\" ") + LANG_COPY_EXISTS,
                                 QStringLiteral("warning"));
+}
+
+QString removal(const QString& path)
+{
+    return CommandLog::shell("rm -f -r \"" + path.toUtf8() + '"');
+}
+
+QString removalError()
+{
+    return CommandLog::message(LANG_ERROR, LANG_UNABLE_DELETE, QStringLiteral("error"));
 }
 
 void yes()

@@ -10,23 +10,13 @@ class CommandFixture
 {
 public:
     /// Items of the options menu and of its copy submenu.
-    enum Option {
-        Delete = OptionsItem::Delete,
-        CopyMenu = OptionsItem::CopyMenu,
-        Rename = OptionsItem::Rename,
-        MakeFolder = OptionsItem::MakeFolder,
-        Bookmarks = OptionsItem::Bookmarks,
-        SendByBluetooth = OptionsItem::SendByBluetooth,
-        Properties = OptionsItem::Properties
-    };
-    enum CopyItem {
-        Copy = ::CopyItem::Copy,
-        Move = ::CopyItem::Move,
-        Paste = ::CopyItem::Paste,
-        PasteAs = ::CopyItem::PasteAs
-    };
+    using Option = OptionsItem::Id;
+    using enum OptionsItem::Id;
+    using CopyItem = ::CopyItem::Id;
+    using enum ::CopyItem::Id;
 
-    CommandFixture();
+    /// `medium`: where the panels' folders lie.
+    explicit CommandFixture(ScratchFolder::Medium medium = ScratchFolder::Disk);
 
     const ScratchFolder& files() const { return program_.files(); }
     Program& program() { return program_; }
@@ -40,6 +30,8 @@ public:
 
     /// Starts the program and shows a panel; the log begins anew.
     FM* start(int page = 1);
+    /// The same with a new file of the first panel on the clipboard and the second panel shown.
+    FM* startWith(CopyItem item, const QString& name);
     FM* window() const { return program_.window(); }
     FileBrowserFtab* panel(int page) const { return program_.panel(page); }
     /// Goes to the page by keys.
@@ -54,6 +46,14 @@ public:
     /// Copies or moves an entry of the shown panel to the clipboard, then goes to a page.
     void toClipboard(CopyItem item, const QString& name, int thenGoTo);
 
+    /// Chooses Paste; the user answers its questions so.
+    void paste(std::initializer_list<CommandLog::Action> answers = {});
+    /// What was on the clipboard is being worked on: the box says so, and nothing else has the
+    /// keys.
+    static bool showsPleaseWait(const QString& title);
+
+    /// An error with that text is up, goes with the next key and leaves the keys to the panel.
+    void dismissError(const QString& text) const;
     /// A message is up, goes with the next key and leaves the keys to the panel.
     void dismissMessage() const;
 
@@ -64,12 +64,16 @@ public:
     QByteArrayList moverArguments() const;
 
 private:
+    CommandLog log_; // outlives the program
     Program program_;
-    CommandLog log_;
 };
 
 /// A column "page" with a row for each panel.
 void addPages();
+/// A column "isFolder" with a row for a file and one for a folder.
+void addFileAndFolder();
+/// Columns "folderThere" and "folderHere": what replaces what.
+void addReplacements();
 /// A column "name" of names that a file system allows and a careless program does not, and a column
 /// "works": whether the shell gets at a file of that name, which stands between double quotes and
 /// is not escaped.
@@ -82,6 +86,9 @@ bool isFifo(const QString& path);
 qsizetype menuCount();
 /// The log's line for the question whether to replace an entry.
 QString replaceQuestion(const QString& name);
+/// Its lines for the removal of a folder, and for a removal that failed.
+QString removal(const QString& path);
+QString removalError();
 
 // What a user does at a question or in a text dialog, for CommandLog::expect().
 void yes();

@@ -1,36 +1,17 @@
 #include "tests/fileops/commandlog.h"
 
 #include "platform/keymap.h"
+#include "shell/fm.h"
 #include "tests/support/keys.h"
 #include "tests/support/later.h"
 #include "tests/widgets/boxtesting.h"
 #include "widgets/kwidget.h"
 #include "widgets/textinput.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
-// The linker leads each call of these to the one below it. Methods have their object as the first
-// argument.
-int realSystem(const char* command) __asm__("__real_system");
-int wrapSystem(const char* command) __asm__("__wrap_system");
-int realShowText(kWidget* box, const QString& title, const QString& text, int align,
-                 const QString& icon,
-                 int mode) __asm__("__real__ZN7kWidget8showTextERK7QStringS2_iS2_i");
-int wrapShowText(kWidget* box, const QString& title, const QString& text, int align,
-                 const QString& icon,
-                 int mode) __asm__("__wrap__ZN7kWidget8showTextERK7QStringS2_iS2_i");
-int realShowProcess(kWidget* box, const QString& title, const QString& above, int alignAbove,
-                    const QString& below, int alignBelow, const QString& icon,
-                    int mode) __asm__("__real__ZN7kWidget11showProcessERK7QStringS2_iS2_iS2_i");
-int wrapShowProcess(kWidget* box, const QString& title, const QString& above, int alignAbove,
-                    const QString& below, int alignBelow, const QString& icon,
-                    int mode) __asm__("__wrap__ZN7kWidget11showProcessERK7QStringS2_iS2_iS2_i");
-void realInit(kWidget* box) __asm__("__real__ZN7kWidget4initEv");
-void wrapInit(kWidget* box) __asm__("__wrap__ZN7kWidget4initEv");
-int realDialog(TextInput* dialog, const QString& title, const QString& prompt,
-               const QString& icon) __asm__("__real__ZN9TextInput8showTextERK7QStringS2_S2_");
-int wrapDialog(TextInput* dialog, const QString& title, const QString& prompt,
-               const QString& icon) __asm__("__wrap__ZN9TextInput8showTextERK7QStringS2_S2_");
+#include <utility>
 
 namespace
 {
@@ -75,59 +56,100 @@ void noteListings(QtMsgType type, const QMessageLogContext& context, const QStri
         forwardTo(type, context, message);
 }
 
+/// A box that notes what it is asked for. The rest it does as any other.
+class NotedBox : public kWidget
+{
+public:
+    explicit NotedBox(CommandLog& log) : log_(log) {}
+
+    int showText(const QString& title, const QString& text, int align, const QString& icon,
+                 int mode) override
+    {
+        log_.add(lineOf(title, text, align, icon, mode));
+        if (mode == kWidget::Question)
+            log_.letUserAct([this] { return isWaiting() && hasKeys(*this); });
+        return kWidget::showText(title, text, align, icon, mode);
+    }
+
+    int showProcess(const QString& title, const QString& above, int alignAbove,
+                    const QString& below, int alignBelow, const QString& icon, int mode) override
+    {
+        log_.add(CommandLog::progress(title, shortIcon(icon)));
+        return kWidget::showProcess(title, above, alignAbove, below, alignBelow, icon, mode);
+    }
+
+    void init() override
+    {
+        if (this == textView)
+            log_.add(CommandLog::cleared());
+        kWidget::init();
+    }
+
+private:
+    CommandLog& log_;
+};
+
+class NotedDialog : public TextInput
+{
+public:
+    /// With the texts of another one.
+    NotedDialog(CommandLog& log, const TextInput& other) : TextInput(work_folder), log_(log)
+    {
+        setFont(other.font());
+        copyText = other.copyText;
+        pasteText = other.pasteText;
+        yesText = other.yesText;
+        noText = other.noText;
+        Init();
+    }
+
+    int showText(const QString& title, const QString& prompt, const QString& icon) override
+    {
+        log_.add(CommandLog::dialog(title, prompt, shortIcon(icon), inputText));
+        log_.letUserAct([this] { return isRunning() && ZScreen::instance()->active() == this; });
+        return TextInput::showText(title, prompt, icon);
+    }
+
+private:
+    CommandLog& log_;
+};
+
+void replaceBox(kWidget*& box, CommandLog& log)
+{
+    const QFont font = box->font();
+    delete box;
+    box = new NotedBox(log);
+    box->setFont(font);
+}
+
 } // namespace
 
-int wrapSystem(const char* command)
-{
-    return theLog != nullptr ? theLog->runShell(command) : realSystem(command);
-}
-
-int wrapShowText(kWidget* box, const QString& title, const QString& text, int align,
-                 const QString& icon, int mode)
-{
-    if (theLog != nullptr) {
-        theLog->add(lineOf(title, text, align, icon, mode));
-        if (mode == kWidget::Question)
-            theLog->letUserAct([box] { return box->isWaiting() && hasKeys(*box); });
-    }
-    return realShowText(box, title, text, align, icon, mode);
-}
-
-int wrapShowProcess(kWidget* box, const QString& title, const QString& above, int alignAbove,
-                    const QString& below, int alignBelow, const QString& icon, int mode)
-{
-    if (theLog != nullptr)
-        theLog->add(CommandLog::progress(title, shortIcon(icon)));
-    return realShowProcess(box, title, above, alignAbove, below, alignBelow, icon, mode);
-}
-
-void wrapInit(kWidget* box)
-{
-    if (theLog != nullptr && box == textView)
-        theLog->add(CommandLog::cleared());
-    realInit(box);
-}
-
-int wrapDialog(TextInput* dialog, const QString& title, const QString& prompt, const QString& icon)
-{
-    if (theLog != nullptr) {
-        theLog->add(CommandLog::dialog(title, prompt, shortIcon(icon), dialog->inputText));
-        theLog->letUserAct(
-            [dialog] { return dialog->isRunning() && ZScreen::instance()->active() == dialog; });
-    }
-    return realDialog(dialog, title, prompt, icon);
-}
-
-CommandLog::CommandLog() : shell_(realShell), handlerBefore_(qInstallMessageHandler(noteListings))
+CommandLog::CommandLog() : shell_(systemShell), handlerBefore_(qInstallMessageHandler(noteListings))
 {
     forwardTo = handlerBefore_;
     theLog = this;
+    ::setShell([this](const QByteArray& command) {
+        add(shell(command));
+        return shell_(command);
+    });
 }
 
 CommandLog::~CommandLog()
 {
+    ::setShell(systemShell);
     theLog = nullptr;
     qInstallMessageHandler(handlerBefore_);
+}
+
+void CommandLog::watch(FM& window)
+{
+    replaceBox(textView, *this);
+    replaceBox(processView, *this);
+    const TextInput* before =
+        std::exchange(window.textInput, new NotedDialog(*this, *window.textInput));
+    delete before;
+    // Its menu goes with it, but later.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 QStringList CommandLog::take()
@@ -158,20 +180,9 @@ void CommandLog::letUserAct(const std::function<bool()>& ready)
     });
 }
 
-int CommandLog::runShell(const QByteArray& command)
-{
-    add(shell(command));
-    return shell_(command);
-}
-
-int CommandLog::realShell(const QByteArray& command)
-{
-    return realSystem(command.constData());
-}
-
 int CommandLog::quietShell(const QByteArray& command)
 {
-    return realShell("exec 2>/dev/null\n" + command);
+    return systemShell("exec 2>/dev/null\n" + command);
 }
 
 QString CommandLog::question(const QString& title, const QString& text, const QString& icon)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "launch/shellcommand.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -8,21 +10,26 @@
 #include <functional>
 #include <initializer_list>
 
+class FM;
+
 /// What commands do, in order: the boxes and dialogs they show, the command lines they hand to the
 /// shell, the listings they make. And the user, who answers their questions by keys. One at a time.
 ///
-/// It stands between the commands and the boxes by the linker's "--wrap": whatever links
-/// test_fileops must use it.
+/// Command lines come to it from the start, the boxes once it watches the main window; it must
+/// outlive that.
 class CommandLog
 {
 public:
     using Action = std::function<void()>;
-    using Shell = std::function<int(const QByteArray& command)>;
 
     CommandLog();
     ~CommandLog();
     CommandLog(const CommandLog&) = delete;
     CommandLog& operator=(const CommandLog&) = delete;
+
+    /// Puts boxes and a text dialog that tell this log in the place of the window's, none of which
+    /// may be up.
+    void watch(FM& window);
 
     /// What was done since the last call, a line each, as the functions below spell them.
     QStringList take();
@@ -37,9 +44,7 @@ public:
 
     /// What is run in the place of the shell, while this lives.
     void setShell(const Shell& shell) { shell_ = shell; }
-    /// The system's own.
-    static int realShell(const QByteArray& command);
-    /// The same without what commands that fail say.
+    /// The system's own without what commands that fail say.
     static int quietShell(const QByteArray& command);
 
     // The lines of take(). Icons are as the commands name them, without "res/img/" and ".png".
@@ -55,11 +60,10 @@ public:
     static QString shell(const QByteArray& command);
     static QString listed(const QString& folder);
 
-    // For what stands in between.
+    // For the boxes.
     void add(const QString& line) { lines_.append(line); }
     /// Lets the user act once `ready` holds.
     void letUserAct(const std::function<bool()>& ready);
-    int runShell(const QByteArray& command);
 
 private:
     QStringList lines_;

@@ -28,7 +28,7 @@ private slots:
         bool boxWasSeen = false;
         fixture_->log().setShell([&boxWasSeen](const QByteArray& command) {
             boxWasSeen = textView->isVisible() && textView->shownText() == LANG_PLEASE_WAIT;
-            return Log::realShell(command);
+            return systemShell(command);
         });
         window_->copy(left("a"), right());
         QCOMPARE(taken(), (QStringList{pleaseWait(), cp(left("a"), right()), Log::cleared()}));

@@ -25,16 +25,6 @@ QString askFolder(const QString& path)
     return Log::question(LANG_DELETE_DIR, path, QStringLiteral("delete"));
 }
 
-QString failure()
-{
-    return Log::message(LANG_ERROR, LANG_UNABLE_DELETE, QStringLiteral("error"));
-}
-
-QString removal(const QString& path)
-{
-    return Log::shell("rm -f -r \"" + path.toUtf8() + '"');
-}
-
 } // namespace
 
 class tst_Delete : public CommandTest
@@ -213,13 +203,11 @@ private slots:
         fixture_->highlight("a");
         expect({yes});
         CommandFixture::choose(CommandFixture::Delete);
-        QCOMPARE(log(), (QStringList{askFile(fixture_->left("a")), failure(),
+        QCOMPARE(log(), (QStringList{askFile(fixture_->left("a")), removalError(),
                                      Log::listed(fixture_->left())}));
         QVERIFY(QFile::exists(fixture_->left("a")));
         QVERIFY(textView->isUp() && !textView->isWaiting());
-        QCOMPARE(textView->shownTitle(), LANG_ERROR);
-        QCOMPARE(textView->shownText(), LANG_UNABLE_DELETE);
-        fixture_->dismissMessage();
+        fixture_->dismissError(LANG_UNABLE_DELETE);
     }
 
     void protectedFileIsDeletedLikeAnyOther()
@@ -251,7 +239,7 @@ private slots:
         expect({yes});
         CommandFixture::choose(CommandFixture::Delete);
         const QString folder = fixture_->left("f");
-        QCOMPARE(log(), (QStringList{askFolder(folder), removal(folder), failure(),
+        QCOMPARE(log(), (QStringList{askFolder(folder), removal(folder), removalError(),
                                      Log::listed(fixture_->left())}));
         QVERIFY(QFile::exists(folder));
         // What could go is gone.
@@ -265,14 +253,14 @@ private slots:
         fixture_->start();
         fixture_->mark({"f", "g", "h"});
         fixture_->log().setShell([](const QByteArray& command) {
-            return command.contains("/f\"") ? 0 : CommandLog::realShell(command);
+            return command.contains("/f\"") ? 0 : systemShell(command);
         });
         expect({yes, yes, yes});
         CommandFixture::choose(CommandFixture::Delete);
         const QString folder = fixture_->left();
         QCOMPARE(log(),
                  (QStringList{Log::listed(folder), askFolder(folder + "/f"), removal(folder + "/f"),
-                              failure(), Log::listed(folder), askFolder(folder + "/g"),
+                              removalError(), Log::listed(folder), askFolder(folder + "/g"),
                               removal(folder + "/g"), Log::listed(folder), askFile(folder + "/h"),
                               Log::listed(folder)}));
         QCOMPARE(fixture_->program().rows(1), (QStringList{"..", "f"}));
@@ -284,7 +272,7 @@ private slots:
         fixture_->start();
         fixture_->highlight("f");
         fixture_->log().setShell([](const QByteArray& command) {
-            CommandLog::realShell(command);
+            systemShell(command);
             return -1;
         });
         expect({yes});
@@ -295,13 +283,7 @@ private slots:
         QVERIFY(!textView->isUp());
     }
 
-    void entryThatVanishesDuringItsQuestionIsReportedAndNothingListed_data()
-    {
-        QTest::addColumn<bool>("isFolder");
-        QTest::newRow("file") << false;
-        QTest::newRow("folder") << true;
-    }
-
+    void entryThatVanishesDuringItsQuestionIsReportedAndNothingListed_data() { addFileAndFolder(); }
     void entryThatVanishesDuringItsQuestionIsReportedAndNothingListed()
     {
         QFETCH(bool, isFolder);
@@ -314,7 +296,7 @@ private slots:
             yes();
         }});
         CommandFixture::choose(CommandFixture::Delete);
-        QCOMPARE(log(), (QStringList{isFolder ? askFolder(path) : askFile(path), failure()}));
+        QCOMPARE(log(), (QStringList{isFolder ? askFolder(path) : askFile(path), removalError()}));
         QVERIFY(textView->isUp());
         fixture_->dismissMessage();
     }
@@ -349,7 +331,7 @@ private slots:
             yes();
         }});
         CommandFixture::choose(CommandFixture::Delete);
-        QCOMPARE(log(), (QStringList{askFile(path), failure()}));
+        QCOMPARE(log(), (QStringList{askFile(path), removalError()}));
         QVERIFY(fixture_->files().exists("left/x/in"));
     }
 
@@ -366,7 +348,7 @@ private slots:
         const QString path = fixture_->left(name);
         QStringList expected{askFolder(path), removal(path)};
         if (!works)
-            expected.append(failure());
+            expected.append(removalError());
         expected.append(Log::listed(fixture_->left()));
         QCOMPARE(log(), expected);
         QCOMPARE(QFile::exists(path), !works);
@@ -397,7 +379,7 @@ private slots:
         expect({yes});
         CommandFixture::choose(CommandFixture::Delete);
         const QString path = fixture_->left("..");
-        QCOMPARE(log(), (QStringList{askFolder(path), removal(path), failure(),
+        QCOMPARE(log(), (QStringList{askFolder(path), removal(path), removalError(),
                                      Log::listed(fixture_->left())}));
         QVERIFY(QFile::exists(fixture_->left("a")));
         fixture_->dismissMessage();

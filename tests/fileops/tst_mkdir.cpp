@@ -115,9 +115,7 @@ private slots:
         const QStringList rows = fixture_->program().rows(1);
         make(typing(typed));
         QCOMPARE(log(), (QStringList{dialog(), failure()}));
-        QCOMPARE(textView->shownTitle(), LANG_ERROR);
-        QCOMPARE(textView->shownText(), LANG_RENAME_DIREXISTS);
-        fixture_->dismissMessage();
+        fixture_->dismissError(LANG_RENAME_DIREXISTS);
         QVERIFY(!QFile::exists(fixture_->left("nowhere")));
         fixture_->panel(1)->setDir(fixture_->left(), 0);
         QCOMPARE(fixture_->program().rows(1), rows);

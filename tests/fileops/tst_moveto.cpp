@@ -27,11 +27,6 @@ QString refusal()
     return Log::message(LANG_ERROR, LANG_DON_TRY_MOVE, "error");
 }
 
-QString removal(const QString& path)
-{
-    return Log::shell("rm -f -r \"" + path.toUtf8() + '"');
-}
-
 /// What moving by the shell does.
 QStringList moved(const QString& path, const QString& folder)
 {
@@ -61,7 +56,7 @@ private slots:
         fixture_->write(page, {"z"});
         fixture_->start(from);
         fixture_->toClipboard(Fixture::Move, "a", page);
-        paste({yes});
+        fixture_->paste({yes});
         const QString path = fixture_->folder(from) + "/a";
         const QString folder = fixture_->folder(page);
         QCOMPARE(log(), sureQuestion("a", folder) + moved(path, folder) + ended());
@@ -74,10 +69,8 @@ private slots:
 
     void noMovesNothingAndListsBothPanels()
     {
-        fixture_->write(1, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({no});
+        fixture_->startWith(Fixture::Move, "x");
+        fixture_->paste({no});
         QCOMPARE(log(), sureQuestion("x", fixture_->right()) + ended());
         QCOMPARE(fixture_->program().rows(1), (QStringList{"..", "x"}));
         QCOMPARE(fixture_->program().rows(2), (QStringList{".."}));
@@ -86,17 +79,13 @@ private slots:
 
     void pleaseWaitIsOnTheScreenWhileTheShellMoves()
     {
-        fixture_->write(1, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
+        fixture_->startWith(Fixture::Move, "x");
         bool shown = false;
         fixture_->log().setShell([&shown](const QByteArray& command) {
-            kWidget expected;
-            expected.showText(LANG_MOVING, LANG_PLEASE_WAIT, 4, "res/img/copy.png", kWidget::Plain);
-            shown = hasKeys(*textView) && looksLike(*textView, expected);
-            return Log::realShell(command);
+            shown = Fixture::showsPleaseWait(LANG_MOVING);
+            return systemShell(command);
         });
-        paste({yes});
+        fixture_->paste({yes});
         QVERIFY(shown);
         QVERIFY(!textView->isUp());
     }
@@ -107,7 +96,7 @@ private slots:
         fixture_->files().makeFolder("left/f/empty");
         fixture_->start();
         fixture_->toClipboard(Fixture::Move, "f", 2);
-        paste({yes});
+        fixture_->paste({yes});
         for (const char* name : {"f/a", "f/.hidden", "f/g/h/b", "f/empty"})
             QVERIFY2(fixture_->files().exists(QLatin1String("right/") + name), name);
         QVERIFY(!QFile::exists(fixture_->left("f")));
@@ -121,7 +110,7 @@ private slots:
         Fixture::choose(Fixture::Move);
         fixture_->goTo(2);
         log();
-        paste({yes, no, yes});
+        fixture_->paste({yes, no, yes});
         const QString to = fixture_->right();
         QCOMPARE(log(), sureQuestion("f", to) + moved(fixture_->left("f"), to) + ended() +
                             sureQuestion("a", to) + ended() + sureQuestion("b", to) +
@@ -130,17 +119,7 @@ private slots:
         QCOMPARE(fixture_->program().rows(2), (QStringList{"..", "f", "b"}));
     }
 
-    void targetThatExistsIsReplacedAfterASecondQuestion_data()
-    {
-        QTest::addColumn<bool>("folderThere");
-        QTest::addColumn<bool>("folderHere");
-        for (const bool there : {false, true}) {
-            for (const bool here : {false, true})
-                QTest::addRow("%s replaces %s", there ? "folder" : "file", here ? "folder" : "file")
-                    << there << here;
-        }
-    }
-
+    void targetThatExistsIsReplacedAfterASecondQuestion_data() { addReplacements(); }
     void targetThatExistsIsReplacedAfterASecondQuestion()
     {
         QFETCH(bool, folderThere);
@@ -149,7 +128,7 @@ private slots:
         fixture_->files().write(folderHere ? "right/x/old" : "right/x", "old");
         fixture_->start();
         fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes, yes});
+        fixture_->paste({yes, yes});
         QStringList expected = sureQuestion("x", fixture_->right());
         expected.append(replaceQuestion("x"));
         if (folderHere)
@@ -162,11 +141,9 @@ private slots:
 
     void targetStaysWhenTheSecondAnswerIsNo()
     {
-        fixture_->write(1, {"x"});
         fixture_->files().write("right/x", "old");
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes, no});
+        fixture_->startWith(Fixture::Move, "x");
+        fixture_->paste({yes, no});
         QCOMPARE(log(), sureQuestion("x", fixture_->right()) + QStringList(replaceQuestion("x")) +
                             ended());
         QCOMPARE(fixture_->files().read("right/x"), QByteArray("old"));
@@ -176,21 +153,13 @@ private slots:
 
     void targetIsNotAskedAboutWhenTheFirstAnswerIsNo()
     {
-        fixture_->write(1, {"x"});
         fixture_->write(2, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({no});
+        fixture_->startWith(Fixture::Move, "x");
+        fixture_->paste({no});
         QCOMPARE(log(), sureQuestion("x", fixture_->right()) + ended());
     }
 
-    void targetThatCannotBeRemovedKeepsTheMoveOut_data()
-    {
-        QTest::addColumn<bool>("isFolder");
-        QTest::newRow("file") << false;
-        QTest::newRow("folder") << true;
-    }
-
+    void targetThatCannotBeRemovedKeepsTheMoveOut_data() { addFileAndFolder(); }
     void targetThatCannotBeRemovedKeepsTheMoveOut()
     {
         QFETCH(bool, isFolder);
@@ -199,18 +168,16 @@ private slots:
         fixture_->start();
         fixture_->files().setMode("right", 0555);
         fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes, yes});
+        fixture_->paste({yes, yes});
         QStringList expected = sureQuestion("x", fixture_->right());
         expected.append(replaceQuestion("x"));
         if (isFolder)
             expected.append(removal(fixture_->right("x")));
-        expected += {Log::message(LANG_ERROR, LANG_UNABLE_DELETE, "error"), refusal()};
+        expected += {removalError(), refusal()};
         QCOMPARE(log(), expected + fixture_->bothListed());
         QVERIFY(QFile::exists(fixture_->left("x")) && QFile::exists(fixture_->right("x")));
         // It stays for the user to read.
-        QCOMPARE(textView->shownTitle(), LANG_ERROR);
-        QCOMPARE(textView->shownText(), LANG_DON_TRY_MOVE);
-        fixture_->dismissMessage();
+        fixture_->dismissError(LANG_DON_TRY_MOVE);
     }
 
     void moveThatTheFileSystemRefusesIsNotReported_data()
@@ -227,7 +194,7 @@ private slots:
         fixture_->start();
         fixture_->files().setMode(locked, 0555);
         fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes});
+        fixture_->paste({yes});
         QCOMPARE(log(), sureQuestion("x", fixture_->right()) +
                             moved(fixture_->left("x"), fixture_->right()) + ended());
         QVERIFY(QFile::exists(fixture_->left("x")) && !QFile::exists(fixture_->right("x")));
@@ -236,14 +203,12 @@ private slots:
 
     void targetThatVanishesDuringItsQuestionIsNoFailure()
     {
-        fixture_->write(1, {"x"});
         fixture_->write(2, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes, [this] {
-                   QVERIFY(QFile::remove(fixture_->right("x")));
-                   yes();
-               }});
+        fixture_->startWith(Fixture::Move, "x");
+        fixture_->paste({yes, [this] {
+                             QVERIFY(QFile::remove(fixture_->right("x")));
+                             yes();
+                         }});
         QCOMPARE(log(), sureQuestion("x", fixture_->right()) + QStringList(replaceQuestion("x")) +
                             moved(fixture_->left("x"), fixture_->right()) + ended());
         QVERIFY(QFile::exists(fixture_->right("x")) && !QFile::exists(fixture_->left("x")));
@@ -251,24 +216,20 @@ private slots:
 
     void targetThatAppearsDuringTheFirstQuestionIsAskedAbout()
     {
-        fixture_->write(1, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({[this] {
-                   fixture_->write(2, {"x"});
-                   yes();
-               },
-               no});
+        fixture_->startWith(Fixture::Move, "x");
+        fixture_->paste({[this] {
+                             fixture_->write(2, {"x"});
+                             yes();
+                         },
+                         no});
         QCOMPARE(log(), sureQuestion("x", fixture_->right()) + QStringList(replaceQuestion("x")) +
                             ended());
     }
 
     void sourceThatVanishesDuringTheQuestionIsNotReported()
     {
-        fixture_->write(1, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({[this] {
+        fixture_->startWith(Fixture::Move, "x");
+        fixture_->paste({[this] {
             QVERIFY(QFile::remove(fixture_->left("x")));
             yes();
         }});
@@ -283,7 +244,7 @@ private slots:
         fixture_->write(1, {"x"});
         fixture_->start();
         fixture_->toClipboard(Fixture::Move, "x", 1);
-        paste({yes, yes});
+        fixture_->paste({yes, yes});
         QCOMPARE(log(), sureQuestion("x", fixture_->left()) + QStringList(replaceQuestion("x")) +
                             moved(fixture_->left("x"), fixture_->left()) + ended());
         QVERIFY(!QFile::exists(fixture_->left("x")));
@@ -295,13 +256,11 @@ private slots:
         path_tab2 = fixture_->left("f");
         fixture_->start();
         fixture_->toClipboard(Fixture::Move, "f", 2);
-        paste({});
+        fixture_->paste();
         QCOMPARE(log(), QStringList(refusal()) + fixture_->bothListed());
         QVERIFY(QFile::exists(fixture_->left("f/in")));
-        QCOMPARE(textView->shownTitle(), LANG_ERROR);
-        QCOMPARE(textView->shownText(), LANG_DON_TRY_MOVE);
         QVERIFY(!fixture_->window()->copyMenu->isItemEnabled(Fixture::Paste));
-        fixture_->dismissMessage();
+        fixture_->dismissError(LANG_DON_TRY_MOVE);
     }
 
     /// Not caught beforehand; the shell's command refuses.
@@ -311,7 +270,7 @@ private slots:
         path_tab2 = fixture_->left("f/g");
         fixture_->start();
         fixture_->toClipboard(Fixture::Move, "f", 2);
-        paste({yes});
+        fixture_->paste({yes});
         QCOMPARE(log(), sureQuestion("f", fixture_->left("f/g")) +
                             moved(fixture_->left("f"), fixture_->left("f/g")) + ended());
         QVERIFY(QFile::exists(fixture_->left("f/in")) && QFile::exists(fixture_->left("f/g/in")));
@@ -323,7 +282,7 @@ private slots:
         fixture_->start();
         fixture_->toClipboard(Fixture::Move, "f", 2);
         fixture_->panel(1)->setDir(fixture_->left("f"), 0);
-        paste({yes});
+        fixture_->paste({yes});
         QCOMPARE(fixture_->panel(1)->curPath, fixture_->left("f"));
         QCOMPARE(fixture_->program().rows(1), QStringList());
         QVERIFY(QFile::exists(fixture_->right("f/in")));
@@ -338,7 +297,7 @@ private slots:
         fixture_->mark({"pipe", "dangling", "null"});
         Fixture::choose(Fixture::Move);
         fixture_->goTo(2);
-        paste({yes, yes, yes});
+        fixture_->paste({yes, yes, yes});
         QVERIFY(isFifo(fixture_->right("pipe")));
         QVERIFY(QFileInfo(fixture_->right("dangling")).isSymLink());
         QCOMPARE(QFileInfo(fixture_->right("null")).symLinkTarget(), QStringLiteral("/dev/null"));
@@ -350,10 +309,8 @@ private slots:
     {
         QFETCH(QString, name);
         QFETCH(bool, works);
-        fixture_->write(1, {name});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, name, 2);
-        paste({yes});
+        fixture_->startWith(Fixture::Move, name);
+        fixture_->paste({yes});
         QCOMPARE(log(), sureQuestion(name, fixture_->right()) +
                             moved(fixture_->left(name), fixture_->right()) + ended());
         QCOMPARE(fixture_->files().exists("right/" + name), works);
@@ -365,12 +322,10 @@ private slots:
     {
         QFETCH(QString, name);
         QFETCH(bool, works);
-        fixture_->write(1, {"x"});
         fixture_->files().makeFolder("right/" + name);
         path_tab2 = fixture_->right(name);
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes});
+        fixture_->startWith(Fixture::Move, "x");
+        fixture_->paste({yes});
         QCOMPARE(log(), sureQuestion("x", fixture_->right(name)) +
                             moved(fixture_->left("x"), fixture_->right(name)) + ended());
         QCOMPARE(QFile::exists(fixture_->right(name + "/x")), works);
@@ -385,9 +340,9 @@ private slots:
         bool boxed = true;
         fixture_->log().setShell([&boxed](const QByteArray& command) {
             boxed = textView->isUp();
-            return Log::realShell(command);
+            return systemShell(command);
         });
-        paste({yes});
+        fixture_->paste({yes});
         QVERIFY2(!boxed, "two boxes at once");
         const QByteArray mover = window->programDir.toUtf8() + "bin/sys_gui";
         QCOMPARE(log(), sureQuestion("x", fixture_->right()) +
@@ -409,10 +364,10 @@ private slots:
         Fixture::choose(Fixture::Move);
         fixture_->goTo(2);
         log();
-        paste({yes, [this] {
-                   fixture_->installMover();
-                   yes();
-               }});
+        fixture_->paste({yes, [this] {
+                             fixture_->installMover();
+                             yes();
+                         }});
         const QStringList commands = log().filter("shell | ");
         QCOMPARE(commands.size(), 2);
         QVERIFY(commands.at(0).contains("mv \""));
@@ -427,7 +382,7 @@ private slots:
         FM* window = fixture_->start();
         fixture_->installMover();
         fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes, yes});
+        fixture_->paste({yes, yes});
         const QByteArray mover = window->programDir.toUtf8() + "bin/sys_gui";
         const QString command =
             Log::shell(moverCommand(mover, fixture_->left("x"), fixture_->right()));
@@ -447,7 +402,7 @@ private slots:
         FM* window = fixture_->start();
         fixture_->installMover();
         fixture_->toClipboard(Fixture::Move, name, 2);
-        paste({yes});
+        fixture_->paste({yes});
         const QString path = fixture_->left(name);
         const QString folder = fixture_->right(name);
         const QByteArray mover = window->programDir.toUtf8() + "bin/sys_gui";
@@ -471,7 +426,7 @@ private slots:
         window->programDir = folder.path(QString::fromUtf8("\u041f\u0440/"));
         work_folder = folder.path(beyond);
         fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes});
+        fixture_->paste({yes});
         QVERIFY(log().contains(Log::shell(moverCommand(window->programDir.toUtf8() + "bin/sys_gui",
                                                        fixture_->left("x"), fixture_->right()))));
         QCOMPARE(fixture_->moverArguments().last(), work_folder.toUtf8() + "res/img/copy.png");
@@ -488,7 +443,7 @@ private slots:
         QCOMPARE(LANG_MOVING, QStringLiteral("Umzug"));
         fixture_->installMover();
         fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes});
+        fixture_->paste({yes});
         QCOMPARE(log().first(), Log::question("Umziehen", "x to " + fixture_->right(), "warning"));
         const QByteArrayList arguments = fixture_->moverArguments();
         QCOMPARE(arguments.value(3), QByteArray("Moving"));
@@ -501,7 +456,7 @@ private slots:
         fixture_->start();
         fixture_->program().workFolder().write("bin/sys_gui", "not a program");
         fixture_->toClipboard(Fixture::Move, "x", 2);
-        paste({yes});
+        fixture_->paste({yes});
         QVERIFY(QFile::exists(fixture_->left("x")));
         QVERIFY(!textView->isUp());
     }
@@ -516,10 +471,8 @@ private slots:
     void nothingIsMovedWhereTheFolderIsGone()
     {
         QFETCH(QString, when);
-        fixture_->write(1, {"x"});
         fixture_->write(2, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Move, "x", 2);
+        fixture_->startWith(Fixture::Move, "x");
         const auto remove = [this] { QVERIFY(QDir(fixture_->right()).removeRecursively()); };
         const auto removeAndAgree = [&remove] {
             remove();
@@ -527,11 +480,11 @@ private slots:
         };
         if (when == "before") {
             remove();
-            paste({yes});
+            fixture_->paste({yes});
         } else if (when == "at the first question") {
-            paste({removeAndAgree});
+            fixture_->paste({removeAndAgree});
         } else {
-            paste({yes, removeAndAgree});
+            fixture_->paste({yes, removeAndAgree});
         }
         const QStringList lines = log();
         QCOMPARE(lines.first(), sureQuestion("x", fixture_->right()).first());
@@ -556,12 +509,6 @@ private slots:
     }
 
 private:
-    void paste(std::initializer_list<CommandLog::Action> answers)
-    {
-        fixture_->log().expect(answers);
-        Fixture::choose(Fixture::Paste);
-    }
-
     /// How each move ends that was not refused.
     QStringList ended() const { return QStringList(Log::cleared()) + fixture_->bothListed(); }
 };

@@ -11,6 +11,7 @@
 #include "widgets/textinput.h"
 
 #include <cstdio>
+#include <functional>
 #include <sys/stat.h>
 
 // What a command may not touch: the folder above by way of the back entry, anything at all while
@@ -21,12 +22,13 @@ namespace
 
 using Fixture = CommandFixture;
 
-enum Exchange { File, Folder, LinkToFile, LinkToFolder, Nothing };
+enum Exchange { File, Folder, LinkToFile, LinkToFolder, LinkToNothing, Nothing };
 
 constexpr std::pair<Exchange, const char*> Exchanges[] = {{File, "another file"},
                                                           {Folder, "a folder"},
                                                           {LinkToFile, "a link to a file"},
                                                           {LinkToFolder, "a link to a folder"},
+                                                          {LinkToNothing, "a link to nothing"},
                                                           {Nothing, "nothing"}};
 
 /// Columns "before" and "after": what an entry is, and what comes into its place.
@@ -36,8 +38,24 @@ void addExchanges(bool vanishing = true)
     QTest::addColumn<int>("after");
     for (const auto& [before, was] : Exchanges)
         for (const auto& [after, becomes] : Exchanges)
-            if (before != Nothing && (after != Nothing || vanishing))
+            // About a link to nothing no question is asked.
+            if (before < LinkToNothing && (after != Nothing || vanishing))
                 QTest::addRow("%s becomes %s", was, becomes) << int(before) << int(after);
+}
+
+/// The same with a column "item": Copy or Move.
+void addExchangesWhilePasting(bool vanishing)
+{
+    QTest::addColumn<int>("item");
+    QTest::addColumn<int>("before");
+    QTest::addColumn<int>("after");
+    for (const auto item : {Fixture::Copy, Fixture::Move})
+        for (const auto& [before, was] : Exchanges)
+            for (const auto& [after, becomes] : Exchanges)
+                if (before < LinkToNothing && (after != Nothing || vanishing))
+                    QTest::addRow("%s: %s becomes %s", item == Fixture::Copy ? "copy" : "move", was,
+                                  becomes)
+                        << int(item) << int(before) << int(after);
 }
 
 } // namespace
@@ -213,13 +231,7 @@ private slots:
         fixture_->dismissMessage();
     }
 
-    void folderThatComesIntoThePlaceOfTheListedOneKeepsItsEntries_data()
-    {
-        QTest::addColumn<bool>("isFolder");
-        QTest::newRow("file") << false;
-        QTest::newRow("folder") << true;
-    }
-
+    void folderThatComesIntoThePlaceOfTheListedOneKeepsItsEntries_data() { addFileAndFolder(); }
     void folderThatComesIntoThePlaceOfTheListedOneKeepsItsEntries()
     {
         QFETCH(bool, isFolder);
@@ -239,40 +251,70 @@ private slots:
         fixture_->dismissMessage();
     }
 
-    void whatComesIntoThePlaceOfATargetIsNotReplaced_data()
-    {
-        QTest::addColumn<int>("item");
-        QTest::addColumn<int>("before");
-        QTest::addColumn<int>("after");
-        for (const auto item : {Fixture::Copy, Fixture::Move})
-            for (const auto& [before, was] : Exchanges)
-                for (const auto& [after, becomes] : Exchanges)
-                    if (before != Nothing && after != Nothing)
-                        QTest::addRow("%s: %s becomes %s", item == Fixture::Copy ? "copy" : "move",
-                                      was, becomes)
-                            << int(item) << int(before) << int(after);
-    }
-
+    void whatComesIntoThePlaceOfATargetIsNotReplaced_data() { addExchangesWhilePasting(false); }
     void whatComesIntoThePlaceOfATargetIsNotReplaced()
     {
-        QFETCH(int, item);
         begin();
         fixture_->write(1, {"x"});
         makeEntry("right/x", 'b');
+        pasteWhile([this] { exchange("right/x"); });
+    }
+
+    void targetStaysWhenSomethingElseComesIntoThePlaceOfTheSource_data()
+    {
+        addExchangesWhilePasting(true);
+    }
+
+    void targetStaysWhenSomethingElseComesIntoThePlaceOfTheSource()
+    {
+        begin();
+        makeEntry("left/x", 'b');
+        fixture_->write(2, {"x"});
+        pasteWhile([this] { exchange("left/x"); });
+    }
+
+    void folderThatComesIntoThePlaceOfTheDestinationGetsNothing_data()
+    {
+        QTest::addColumn<int>("item");
+        QTest::newRow("copy") << int(Fixture::Copy);
+        QTest::newRow("move") << int(Fixture::Move);
+    }
+
+    void folderThatComesIntoThePlaceOfTheDestinationGetsNothing()
+    {
+        begin();
+        fixture_->write(1, {"x"});
+        fixture_->write(2, {"x"});
+        pasteWhile([this] {
+            QCOMPARE(::rename(at("right").constData(), at("old right").constData()), 0);
+            // Even with the very entry in it that is to be replaced.
+            makeFolder(at("right"));
+            QCOMPARE(::rename(at("old right/x").constData(), at("right/x").constData()), 0);
+        });
+    }
+
+    void builtInCopyWritesNoFileThroughALink_data()
+    {
+        QTest::addColumn<QByteArray>("target");
+        QTest::newRow("to nothing") << QByteArray("../new");
+        QTest::newRow("out of the folder") << QByteArray("../../elsewhere");
+    }
+
+    void builtInCopyWritesNoFileThroughALink()
+    {
+        QFETCH(QByteArray, target);
+        begin();
+        fixture_->write(1, {"x"});
+        makeLink(at("right/x"), target);
         showLeft();
         fixture_->highlight("x");
-        Fixture::choose(Fixture::CopyItem(item));
+        Fixture::choose(Fixture::Copy);
         fixture_->goTo(2);
-        ByteTree after;
-        if (item == Fixture::Move)
-            fixture_->log().expect({yes});
-        fixture_->log().expect({[this, &after] {
-            exchange("right/x");
-            after = tree();
-            yes();
-        }});
+        const ByteTree before = tree();
+        holdKey(PhoneKey::Modifier);
         Fixture::choose(Fixture::Paste);
-        expectUntouched(after);
+        releaseKey(PhoneKey::Modifier);
+        expectUntouched(before);
         dismissAll();
     }
 
@@ -375,6 +417,28 @@ private:
         fixture_->log().take();
     }
 
+    /// Pastes "x" of the left folder over that of the right one, as the row says, with a change
+    /// while the question whether to replace it is open. Nothing may be touched after the change.
+    void pasteWhile(const std::function<void()>& change)
+    {
+        QFETCH(int, item);
+        showLeft();
+        fixture_->highlight("x");
+        Fixture::choose(Fixture::CopyItem(item));
+        fixture_->goTo(2);
+        ByteTree after;
+        if (item == Fixture::Move)
+            fixture_->log().expect({yes});
+        fixture_->log().expect({[this, &after, &change] {
+            change();
+            after = tree();
+            yes();
+        }});
+        Fixture::choose(Fixture::Paste);
+        expectUntouched(after);
+        dismissAll();
+    }
+
     void makeEntry(const QByteArray& path, char version, Exchange kind)
     {
         switch (kind) {
@@ -390,6 +454,9 @@ private:
             break;
         case LinkToFolder:
             makeLink(at(path), version == 'b' ? "../target" : "../left/folder");
+            break;
+        case LinkToNothing:
+            makeLink(at(path), "../nowhere");
             break;
         case Nothing:
             break;

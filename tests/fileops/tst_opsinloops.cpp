@@ -543,7 +543,7 @@ private slots:
 
 private:
     /// A shell during whose work the user presses keys of a panel, which wait to be handled.
-    static CommandLog::Shell pressingKeys(int page)
+    static Shell pressingKeys(int page)
     {
         return [page](const QByteArray& command) {
             for (const int code : {int(PhoneKey::FolderUp), int('0')}) {
@@ -551,7 +551,7 @@ private:
                     QCoreApplication::postEvent(
                         quarn->panel(page), new QKeyEvent(type, toolkitKey(code), Qt::NoModifier));
             }
-            return CommandLog::realShell(command);
+            return systemShell(command);
         };
     }
 

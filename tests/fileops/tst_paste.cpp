@@ -28,11 +28,6 @@ QString refusal()
     return Log::message(LANG_ERROR, LANG_DON_TRY_COPY, "error");
 }
 
-QString undeleted()
-{
-    return Log::message(LANG_ERROR, LANG_UNABLE_DELETE, "error");
-}
-
 /// What copying by the shell does.
 QStringList copied(const QString& path, const QString& folder)
 {
@@ -57,7 +52,7 @@ private slots:
         fixture_->start(from);
         fixture_->toClipboard(Fixture::Copy, "b", page);
         fixture_->highlight("z");
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         const QString path = fixture_->folder(from) + "/b";
         QCOMPARE(log(), copied(path, fixture_->folder(page)) + fixture_->bothListed());
         QCOMPARE(fixture_->program().rows(page), (QStringList{"..", "b", "z"}));
@@ -71,18 +66,13 @@ private slots:
 
     void pleaseWaitIsOnTheScreenWhileTheShellCopies()
     {
-        fixture_->write(1, {"a"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "a", 2);
+        fixture_->startWith(Fixture::Copy, "a");
         bool shown = false;
         fixture_->log().setShell([&shown](const QByteArray& command) {
-            kWidget expected;
-            expected.showText(LANG_COPYING, LANG_PLEASE_WAIT, 4, "res/img/copy.png",
-                              kWidget::Plain);
-            shown = hasKeys(*textView) && looksLike(*textView, expected);
-            return Log::realShell(command);
+            shown = Fixture::showsPleaseWait(LANG_COPYING);
+            return systemShell(command);
         });
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QVERIFY(shown);
         QVERIFY(!textView->isUp());
     }
@@ -94,7 +84,7 @@ private slots:
         fixture_->files().makeLink("left/f/link", "nowhere");
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "f", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(), copied(fixture_->left("f"), fixture_->right()) + fixture_->bothListed());
         for (const char* name : {"f/a", "f/.hidden", "f/g/h/b", "f/empty", "f/link"})
             QVERIFY2(fixture_->files().exists(QLatin1String("right/") + name), name);
@@ -111,8 +101,7 @@ private slots:
         Fixture::choose(Fixture::Copy);
         fixture_->goTo(2);
         log();
-        fixture_->log().expect({no});
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste({no});
         const QString to = fixture_->right();
         const QStringList both = fixture_->bothListed();
         QCOMPARE(log(), copied(fixture_->left("f"), to) + both + QStringList(replaceQuestion("a")) +
@@ -120,17 +109,7 @@ private slots:
         QCOMPARE(fixture_->program().rows(2), (QStringList{"..", "f", "a", "b"}));
     }
 
-    void targetThatExistsIsReplacedAfterAQuestion_data()
-    {
-        QTest::addColumn<bool>("folderThere");
-        QTest::addColumn<bool>("folderHere");
-        for (const bool there : {false, true}) {
-            for (const bool here : {false, true})
-                QTest::addRow("%s replaces %s", there ? "folder" : "file", here ? "folder" : "file")
-                    << there << here;
-        }
-    }
-
+    void targetThatExistsIsReplacedAfterAQuestion_data() { addReplacements(); }
     void targetThatExistsIsReplacedAfterAQuestion()
     {
         QFETCH(bool, folderThere);
@@ -139,11 +118,10 @@ private slots:
         fixture_->files().write(folderHere ? "right/x/old" : "right/x", "old");
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "x", 2);
-        fixture_->log().expect({yes});
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste({yes});
         QStringList expected{replaceQuestion("x")};
         if (folderHere)
-            expected.append(Log::shell("rm -f -r \"" + fixture_->right("x").toUtf8() + '"'));
+            expected.append(removal(fixture_->right("x")));
         QCOMPARE(log(), expected + copied(fixture_->left("x"), fixture_->right()) +
                             fixture_->bothListed());
         QVERIFY(!QFile::exists(fixture_->right("x/old")));
@@ -153,24 +131,15 @@ private slots:
 
     void targetStaysWhenTheAnswerIsNo()
     {
-        fixture_->write(1, {"x"});
         fixture_->files().write("right/x", "old");
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
-        fixture_->log().expect({no});
-        Fixture::choose(Fixture::Paste);
+        fixture_->startWith(Fixture::Copy, "x");
+        fixture_->paste({no});
         QCOMPARE(log(), QStringList(replaceQuestion("x")) + fixture_->bothListed());
         QCOMPARE(fixture_->files().read("right/x"), QByteArray("old"));
         QVERIFY(!textView->isUp());
     }
 
-    void targetThatCannotBeRemovedKeepsTheCopyOut_data()
-    {
-        QTest::addColumn<bool>("isFolder");
-        QTest::newRow("file") << false;
-        QTest::newRow("folder") << true;
-    }
-
+    void targetThatCannotBeRemovedKeepsTheCopyOut_data() { addFileAndFolder(); }
     void targetThatCannotBeRemovedKeepsTheCopyOut()
     {
         QFETCH(bool, isFolder);
@@ -179,17 +148,14 @@ private slots:
         fixture_->start();
         fixture_->files().setMode("right", 0555);
         fixture_->toClipboard(Fixture::Copy, "x", 2);
-        fixture_->log().expect({yes});
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste({yes});
         QStringList expected{replaceQuestion("x")};
         if (isFolder)
-            expected.append(Log::shell("rm -f -r \"" + fixture_->right("x").toUtf8() + '"'));
-        expected += {undeleted(), refusal()};
+            expected.append(removal(fixture_->right("x")));
+        expected += {removalError(), refusal()};
         QCOMPARE(log(), expected + fixture_->bothListed());
         QCOMPARE(QFileInfo(fixture_->right("x")).isDir(), isFolder);
-        QCOMPARE(textView->shownTitle(), LANG_ERROR);
-        QCOMPARE(textView->shownText(), LANG_DON_TRY_COPY);
-        fixture_->dismissMessage();
+        fixture_->dismissError(LANG_DON_TRY_COPY);
     }
 
     void copyIntoAProtectedFolderFailsInSilence()
@@ -198,7 +164,7 @@ private slots:
         fixture_->start();
         fixture_->files().setMode("right", 0555);
         fixture_->toClipboard(Fixture::Copy, "x", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(), copied(fixture_->left("x"), fixture_->right()) + fixture_->bothListed());
         QVERIFY(!QFile::exists(fixture_->right("x")));
         QVERIFY(!textView->isUp());
@@ -206,15 +172,12 @@ private slots:
 
     void targetThatVanishesDuringItsQuestionIsNoFailure()
     {
-        fixture_->write(1, {"x"});
         fixture_->write(2, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
-        fixture_->log().expect({[this] {
+        fixture_->startWith(Fixture::Copy, "x");
+        fixture_->paste({[this] {
             QVERIFY(QFile::remove(fixture_->right("x")));
             yes();
         }});
-        Fixture::choose(Fixture::Paste);
         QCOMPARE(log(), QStringList(replaceQuestion("x")) +
                             copied(fixture_->left("x"), fixture_->right()) +
                             fixture_->bothListed());
@@ -231,7 +194,7 @@ private slots:
         fixture_->goTo(2);
         log();
         QVERIFY(QFile::remove(fixture_->left("x")));
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         const QString to = fixture_->right();
         QCOMPARE(log(), copied(fixture_->left("x"), to) + fixture_->bothListed() +
                             copied(fixture_->left("y"), to) + fixture_->bothListed());
@@ -240,46 +203,35 @@ private slots:
         QVERIFY(!textView->isUp());
     }
 
-    void sourceThatVanishesDuringTheQuestionTakesTheTargetAlong()
+    void sourceThatVanishesDuringTheQuestionLeavesTheTarget()
     {
-        fixture_->write(1, {"x"});
         fixture_->write(2, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
-        fixture_->log().expect({[this] {
+        fixture_->startWith(Fixture::Copy, "x");
+        fixture_->paste({[this] {
             QVERIFY(QFile::remove(fixture_->left("x")));
             yes();
         }});
-        Fixture::choose(Fixture::Paste);
-        QCOMPARE(log(), QStringList(replaceQuestion("x")) +
-                            copied(fixture_->left("x"), fixture_->right()) +
+        QCOMPARE(log(), QStringList(replaceQuestion("x")) + QStringList(refusal()) +
                             fixture_->bothListed());
-        QVERIFY(!QFile::exists(fixture_->right("x")));
+        QVERIFY(QFile::exists(fixture_->right("x")));
+        fixture_->dismissMessage();
     }
 
     void folderThatVanishedUnderThePanelGetsNothing()
     {
-        fixture_->write(1, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
+        fixture_->startWith(Fixture::Copy, "x");
         const QString to = fixture_->right();
         fixture_->log().setShell([to](const QByteArray& command) {
             [to] { QVERIFY(QDir().rmdir(to)); }();
             return Log::quietShell(command);
         });
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(), copied(fixture_->left("x"), to) + fixture_->bothListed());
         QCOMPARE(fixture_->program().rows(2), QStringList());
         QVERIFY(QFile::exists(fixture_->left("x")));
     }
 
-    void pastedOntoItselfAnEntryIsLost_data()
-    {
-        QTest::addColumn<bool>("isFolder");
-        QTest::newRow("file") << false;
-        QTest::newRow("folder") << true;
-    }
-
+    void pastedOntoItselfAnEntryIsLost_data() { addFileAndFolder(); }
     /// It is its own target, which is removed first.
     void pastedOntoItselfAnEntryIsLost()
     {
@@ -287,11 +239,10 @@ private slots:
         fixture_->write(1, {isFolder ? "x/in" : "x"});
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "x", 1);
-        fixture_->log().expect({yes});
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste({yes});
         QStringList expected{replaceQuestion("x")};
         if (isFolder)
-            expected.append(Log::shell("rm -f -r \"" + fixture_->left("x").toUtf8() + '"'));
+            expected.append(removal(fixture_->left("x")));
         QCOMPARE(log(),
                  expected + copied(fixture_->left("x"), fixture_->left()) + fixture_->bothListed());
         QVERIFY(!QFile::exists(fixture_->left("x")));
@@ -303,8 +254,7 @@ private slots:
         fixture_->write(1, {"x"});
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "x", 1);
-        fixture_->log().expect({no});
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste({no});
         QCOMPARE(log(), QStringList(replaceQuestion("x")) + fixture_->bothListed());
         QCOMPARE(fixture_->files().read("left/x"), QByteArray("x"));
     }
@@ -315,13 +265,11 @@ private slots:
         path_tab2 = fixture_->left("f");
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "f", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(), QStringList(refusal()) + fixture_->bothListed());
         QCOMPARE(fixture_->program().rows(2), (QStringList{"..", "in"}));
-        QCOMPARE(textView->shownTitle(), LANG_ERROR);
-        QCOMPARE(textView->shownText(), LANG_DON_TRY_COPY);
         QVERIFY(!fixture_->window()->copyMenu->isItemEnabled(Fixture::Paste));
-        fixture_->dismissMessage();
+        fixture_->dismissError(LANG_DON_TRY_COPY);
     }
 
     /// Not caught beforehand; the shell's command refuses, and ends.
@@ -331,7 +279,7 @@ private slots:
         path_tab2 = fixture_->left("f/g");
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "f", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(),
                  copied(fixture_->left("f"), fixture_->left("f/g")) + fixture_->bothListed());
         QVERIFY(QFile::exists(fixture_->left("f/in")) && QFile::exists(fixture_->left("f/g/in")));
@@ -345,18 +293,16 @@ private slots:
         fixture_->mark({"dangling", "null"});
         Fixture::choose(Fixture::Copy);
         fixture_->goTo(2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QVERIFY(QFileInfo(fixture_->right("dangling")).isSymLink());
         QCOMPARE(QFileInfo(fixture_->right("null")).symLinkTarget(), QStringLiteral("/dev/null"));
     }
 
     void linkThatLeadsNowhereIsNoTargetToAskAbout()
     {
-        fixture_->write(1, {"x"});
         fixture_->files().makeLink("right/x", "nowhere");
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->startWith(Fixture::Copy, "x");
+        fixture_->paste();
         QCOMPARE(log(), copied(fixture_->left("x"), fixture_->right()) + fixture_->bothListed());
         QVERIFY(!QFile::exists(fixture_->right("nowhere")));
     }
@@ -366,7 +312,7 @@ private slots:
         fixture_->files().makeFifo("left/x");
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "x", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(), copied(fixture_->left("x"), fixture_->right()) + fixture_->bothListed());
         QVERIFY(isFifo(fixture_->right("x")));
     }
@@ -377,7 +323,7 @@ private slots:
         path_tab1 = "/dev";
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "zero", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(), copied("/dev/zero", fixture_->right()) + fixture_->bothListed());
         QVERIFY(!QFileInfo(fixture_->right("zero")).isFile());
         QVERIFY(!textView->isUp());
@@ -385,12 +331,9 @@ private slots:
 
     void pipeInTheWayIsReplaced()
     {
-        fixture_->write(1, {"x"});
         fixture_->files().makeFifo("right/x");
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
-        fixture_->log().expect({yes});
-        Fixture::choose(Fixture::Paste);
+        fixture_->startWith(Fixture::Copy, "x");
+        fixture_->paste({yes});
         QCOMPARE(fixture_->files().read("right/x"), QByteArray("x"));
     }
 
@@ -399,10 +342,8 @@ private slots:
     {
         QFETCH(QString, name);
         QFETCH(bool, works);
-        fixture_->write(1, {name});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, name, 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->startWith(Fixture::Copy, name);
+        fixture_->paste();
         QCOMPARE(log(), copied(fixture_->left(name), fixture_->right()) + fixture_->bothListed());
         QCOMPARE(fixture_->program().rows(2),
                  works ? (QStringList{"..", name}) : QStringList{".."});
@@ -414,12 +355,9 @@ private slots:
     {
         QFETCH(QString, name);
         QFETCH(bool, works);
-        fixture_->write(1, {name});
         fixture_->files().write("right/" + name, "old");
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, name, 2);
-        fixture_->log().expect({yes});
-        Fixture::choose(Fixture::Paste);
+        fixture_->startWith(Fixture::Copy, name);
+        fixture_->paste({yes});
         QCOMPARE(log(), QStringList(replaceQuestion(name)) +
                             copied(fixture_->left(name), fixture_->right()) +
                             fixture_->bothListed());
@@ -432,12 +370,10 @@ private slots:
     {
         QFETCH(QString, name);
         QFETCH(bool, works);
-        fixture_->write(1, {"x"});
         fixture_->files().makeFolder("right/" + name);
         path_tab2 = fixture_->right(name);
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->startWith(Fixture::Copy, "x");
+        fixture_->paste();
         QCOMPARE(log(),
                  copied(fixture_->left("x"), fixture_->right(name)) + fixture_->bothListed());
         QCOMPARE(QFile::exists(fixture_->right(name + "/x")), works);
@@ -445,23 +381,19 @@ private slots:
 
     void exitStatusOfTheShellMeansNothing()
     {
-        fixture_->write(1, {"x"});
-        fixture_->start();
+        fixture_->startWith(Fixture::Copy, "x");
         fixture_->log().setShell([](const QByteArray&) { return -1; });
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(), copied(fixture_->left("x"), fixture_->right()) + fixture_->bothListed());
         QVERIFY(!textView->isUp());
     }
 
     void rootIsCopiedIntoLikeAnyFolder()
     {
-        fixture_->write(1, {"a name that no one has"});
         path_tab2 = "/";
-        fixture_->start();
+        fixture_->startWith(Fixture::Copy, "a name that no one has");
         fixture_->log().setShell([](const QByteArray&) { return 0; });
-        fixture_->toClipboard(Fixture::Copy, "a name that no one has", 2);
-        Fixture::choose(Fixture::Paste);
+        fixture_->paste();
         QCOMPARE(log(),
                  copied(fixture_->left("a name that no one has"), "/") + fixture_->bothListed());
     }
@@ -481,9 +413,7 @@ private slots:
     {
         QFETCH(bool, builtIn);
         QFETCH(bool, file);
-        fixture_->write(1, {"x"});
-        FM* window = fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
+        FM* window = fixture_->startWith(Fixture::Copy, "x");
         QVERIFY(QDir().rmdir(fixture_->right()));
         if (file)
             fixture_->files().write("right", "in its place");
@@ -500,15 +430,12 @@ private slots:
 
     void folderThatGoesDuringTheQuestionIsNotCopiedTo()
     {
-        fixture_->write(1, {"x"});
         fixture_->write(2, {"x"});
-        fixture_->start();
-        fixture_->toClipboard(Fixture::Copy, "x", 2);
-        fixture_->log().expect({[this] {
+        fixture_->startWith(Fixture::Copy, "x");
+        fixture_->paste({[this] {
             QVERIFY(QDir(fixture_->right()).removeRecursively());
             yes();
         }});
-        Fixture::choose(Fixture::Paste);
         const QStringList lines = log();
         QVERIFY(lines.contains(refusal()));
         QVERIFY(!lines.contains(copyCommand(fixture_->left("x"), fixture_->right())));

@@ -1,4 +1,5 @@
 #include "browser/filebrowserftab.h"
+#include "files/paths.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
 #include "shell/fm.h"
@@ -327,7 +328,7 @@ private:
     {
         if (!model_.exists(target))
             return true;
-        if (!answersYes(replaceQuestion(FM::getFileName(target)), !holdsPanel(target)))
+        if (!answersYes(replaceQuestion(namePart(target)), !holdsPanel(target)))
             return false;
         model_.remove(target);
         return true;
@@ -337,7 +338,7 @@ private:
     {
         if (path == here())
             return expectError(LANG_DON_TRY_COPY);
-        if (!makesRoom(pathOf(FM::getFileName(path))))
+        if (!makesRoom(pathOf(namePart(path))))
             return;
         builtIn ? model_.copyBuiltIn(path, here()) : model_.copy(path, here());
     }
@@ -346,7 +347,7 @@ private:
     {
         if (path == here())
             return expectError(LANG_DON_TRY_MOVE);
-        const QString name = FM::getFileName(path);
+        const QString name = namePart(path);
         if (answersYes(Log::question(LANG_MOVE_SURE, name + " to " + here(), "warning")) &&
             makesRoom(pathOf(name)))
             model_.rename(path, pathOf(name));

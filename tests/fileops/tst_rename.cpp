@@ -140,9 +140,7 @@ private slots:
         const QStringList rows = fixture_->program().rows(1);
         rename("a", typing(typed));
         QCOMPARE(log(), (QStringList{dialog("a"), taken()}));
-        QCOMPARE(textView->shownTitle(), LANG_ERROR);
-        QCOMPARE(textView->shownText(), LANG_RENAME_EXISTS);
-        fixture_->dismissMessage();
+        fixture_->dismissError(LANG_RENAME_EXISTS);
         QCOMPARE(fixture_->files().read("left/a"), QByteArray("a"));
         QCOMPARE(fixture_->files().read("left/file"), QByteArray("file"));
         QVERIFY(QFileInfo(fixture_->left("dangling")).isSymLink());

@@ -1,3 +1,4 @@
+#include "browser/filebrowserftab.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
 #include "shell/fm.h"
@@ -45,7 +46,7 @@ private slots:
 
     void shellCopiesTheEntriesAlone()
     {
-        begin(true);
+        begin();
         twins_->leaveOutWhatTheShellChanges();
         twins_->onMany([this](const Names& names) { paste(names, Fixture::Copy); },
                        [this](ByteTree& tree, const Names& names) {
@@ -71,6 +72,38 @@ private slots:
             [this](ByteTree& tree, const Names& names) {
                 for (const QByteArray& name : names)
                     addBuiltInCopy(tree, name);
+                expectQuestionsAndNoMessage(0);
+            });
+        twins_->verify();
+    }
+
+    void entriesArePastedIntoTheOddFolder_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<bool>("builtIn");
+        for (const bool builtIn : {false, true})
+            for (int kind = 0; kind < oddKinds().size(); ++kind)
+                QTest::addRow("%s: %s", builtIn ? "built-in" : "shell", oddKinds().at(kind).title)
+                    << kind << builtIn;
+    }
+
+    void entriesArePastedIntoTheOddFolder()
+    {
+        QFETCH(int, kind);
+        QFETCH(bool, builtIn);
+        twins_ = std::make_unique<TwinFixture>(namesForEach(kind), TwinFixture::Folders);
+        twins_->leaveOutWhatTheShellChanges();
+        twins_->start();
+        twins_->onEach(
+            [this, builtIn](const QByteArray& name) {
+                pressKey(PhoneKey::FolderUp);
+                twins_->program().toClipboard(Fixture::Copy, "file", 2);
+                pasteInto(name, builtIn);
+                twins_->program().panel(1)->setDir(twins_->program().left(), 0);
+                twins_->program().goTo(1);
+            },
+            [this](ByteTree& tree, const QByteArray& name) {
+                tree.copy("file", "left/" + name + "/file");
                 expectQuestionsAndNoMessage(0);
             });
         twins_->verify();
@@ -130,7 +163,7 @@ private slots:
         twins_->program().installMover();
         QByteArrayList moved;
         twins_->program().log().setShell([this, &moved](const QByteArray& command) {
-            const int status = CommandLog::realShell(command);
+            const int status = systemShell(command);
             const QByteArrayList arguments = twins_->program().moverArguments();
             twins_->expect(arguments.value(2) == twins_->right(), "moved to another folder");
             moved.append(arguments.value(1));
@@ -152,16 +185,28 @@ private slots:
     }
 
 private:
-    /// Entries of some names; with `many` files of most.
-    void begin(bool many = false)
+    void begin()
     {
         QFETCH(int, kind);
         QFETCH(int, form);
-        const bool all = many && form == TwinFixture::Files && kind != BytesInside;
-        const OddKind& odd = (all ? oddKinds() : thinnedOddKinds()).at(kind);
         form_ = TwinFixture::Form(form);
-        twins_ = std::make_unique<TwinFixture>(odd.names, form_, true);
+        const QList<QByteArray>& names =
+            form_ == TwinFixture::Files ? namesForEach(kind) : thinnedOddKinds().at(kind).names;
+        twins_ = std::make_unique<TwinFixture>(names, form_, true);
         twins_->start();
+    }
+
+    /// Pastes into a folder of the left folder, in the right panel.
+    void pasteInto(const QByteArray& name, bool builtIn)
+    {
+        twins_->program().panel(2)->setDir(twins_->program().left(), 0);
+        twins_->highlight(twins_->left(), name);
+        pressKey(PhoneKey::Return);
+        if (builtIn)
+            holdKey(PhoneKey::Modifier);
+        Fixture::choose(Fixture::Paste);
+        if (builtIn)
+            releaseKey(PhoneKey::Modifier);
     }
 
     void answerYes(const Names& names)

@@ -43,7 +43,10 @@ private slots:
     void renamingTakesTheEntryAlone()
     {
         QFETCH(int, form);
-        begin(TwinFixture::Form(form), false, form == TwinFixture::Files);
+        if (form == TwinFixture::Files)
+            begin(TwinFixture::Files);
+        else
+            beginThinned(TwinFixture::Form(form));
         twins_->onEach(
             [this](const QByteArray& name) { rename(name, typing("to " + number(name))); },
             [this](ByteTree& tree, const QByteArray& name) {
@@ -244,11 +247,17 @@ private:
         return QString::number(twins_->names().indexOf(name));
     }
 
-    void begin(TwinFixture::Form form, bool twinsRight = false, bool all = false)
+    void begin(TwinFixture::Form form, bool twinsRight = false)
     {
         QFETCH(int, kind);
-        const OddKind& odd = (all ? oddKinds() : thinnedOddKinds()).at(kind);
-        twins_ = std::make_unique<TwinFixture>(odd.names, form, twinsRight);
+        twins_ = std::make_unique<TwinFixture>(namesForEach(kind), form, twinsRight);
+        twins_->start();
+    }
+
+    void beginThinned(TwinFixture::Form form)
+    {
+        QFETCH(int, kind);
+        twins_ = std::make_unique<TwinFixture>(thinnedOddKinds().at(kind).names, form);
         twins_->start();
     }
 

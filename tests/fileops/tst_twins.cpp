@@ -45,7 +45,7 @@ private slots:
     {
         QFETCH(int, kind);
         for (const TwinFixture::Form form : {TwinFixture::Files, TwinFixture::Folders}) {
-            begin(kind, form, form == TwinFixture::Files);
+            begin(oddKinds().at(kind).names, form);
             QStringList expected;
             for (const QByteArray& name : rowsOf(twins_->left()))
                 expected += textOf(name);
@@ -77,7 +77,7 @@ private slots:
     void markedEntriesAloneAreDeleted()
     {
         QFETCH(int, kind);
-        begin(kind, TwinFixture::Files, true);
+        begin(oddKinds().at(kind).names, TwinFixture::Files);
         ByteTree expected = tree();
         twins_->mark(twins_->names());
         for (const QByteArray& name : twins_->names()) {
@@ -93,7 +93,7 @@ private slots:
     void commandsInAnOddFolderStayInIt()
     {
         QFETCH(int, kind);
-        begin(kind, TwinFixture::Folders, false);
+        begin(namesForEach(kind), TwinFixture::Folders);
         twins_->leaveOutWhatTheShellChanges();
         twins_->onEach([this](const QByteArray& name) { copyAndDeleteInside(name); },
                        [](ByteTree& tree, const QByteArray& name) {
@@ -114,18 +114,18 @@ private:
         return TwinFixture::Form(form);
     }
 
-    void begin(int kind, TwinFixture::Form form, bool all)
+    void begin(const QList<QByteArray>& names, TwinFixture::Form form)
     {
-        const OddKind& odd = (all ? oddKinds() : thinnedOddKinds()).at(kind);
-        twins_ = std::make_unique<TwinFixture>(odd.names, form);
+        twins_ = std::make_unique<TwinFixture>(names, form);
         twins_->start();
     }
 
-    /// Files of many names, other entries of some.
     void begin()
     {
         QFETCH(int, kind);
-        begin(kind, form(), form() == TwinFixture::Files && kind != BytesInside);
+        // Files and links go in one way, folders by the shell.
+        const bool all = form() == TwinFixture::Files || form() == TwinFixture::Folders;
+        begin(all ? namesForEach(kind) : thinnedOddKinds().at(kind).names, form());
     }
 
     void answerYes() { twins_->program().log().expect({yes}); }

@@ -1,4 +1,5 @@
 #include "browser/filebrowserftab.h"
+#include "files/entrytexts.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
 #include "platform/qcopchannel.h"
@@ -206,7 +207,7 @@ private:
     static QString sizeText(int files, int folders, const QString& mark)
     {
         const int bytes = files * FileBytes;
-        return " Size: " + mark + FM::countSize(bytes) + " (" + mark + QString::number(bytes) +
+        return " Size: " + mark + ::sizeText(bytes) + " (" + mark + QString::number(bytes) +
                " b)\n Dirs: " + mark + QString::number(folders) + " | Files: " + mark +
                QString::number(files);
     }

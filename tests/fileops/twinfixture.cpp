@@ -16,12 +16,18 @@ constexpr int MostMessages = 5;
 constexpr qsizetype MostFailures = 20;
 constexpr qsizetype LongestName = 255;
 constexpr qsizetype NamesAtATime = 12;
+/// Commands that change nothing share a listing.
+constexpr qsizetype NamesLookedAtATime = 64;
 
 } // namespace
 
 TwinFixture::TwinFixture(const QList<QByteArray>& names, Form form, bool twinsRight,
                          const QByteArray& end)
-    : top_(fixture_.files().path().toLocal8Bit()), end_(end), form_(form), twinsRight_(twinsRight)
+    : fixture_(ScratchFolder::Memory),
+      top_(fixture_.files().path().toLocal8Bit()),
+      end_(end),
+      form_(form),
+      twinsRight_(twinsRight)
 {
     for (const QByteArray& name : names)
         if (name.size() + end.size() <= LongestName)
@@ -126,6 +132,7 @@ void TwinFixture::makeOdd(const QByteArray& name) const
 
 void TwinFixture::makeAnew()
 {
+    now_.reset();
     emptyFolder(left());
     emptyFolder(right());
     make();
@@ -141,7 +148,8 @@ void TwinFixture::start()
 
 void TwinFixture::highlight(const QByteArray& folder, const QByteArray& name)
 {
-    const QList<QByteArray> rows = rowsOf(folder);
+    const bool known = folder == left() && !leftRows_.isEmpty();
+    const QList<QByteArray> rows = known ? leftRows_ : rowsOf(folder);
     FileBrowserFtab* panel = fixture_.window()->activePanel();
     if (panel->count() != rows.size())
         fail(QStringLiteral("%1 rows for %2 entries").arg(panel->count()).arg(rows.size()));
@@ -168,21 +176,53 @@ qsizetype TwinFixture::noted(const char* kind) const
 void TwinFixture::onEach(const Command& command, const Change& change, const Command& prepare)
 {
     for (qsizetype i = 0; i < names_.size() && failures_.size() < MostFailures; ++i) {
-        if (i % NamesAtATime == 0 && names_.size() > NamesAtATime) {
-            setOdd(names_.mid(i, NamesAtATime));
-            makeAnew();
-        }
+        if (i % NamesAtATime == 0 && names_.size() > NamesAtATime)
+            showAnew(names_.mid(i, NamesAtATime));
         current_ = names_.at(i);
-        if (prepare)
+        if (prepare) {
             prepare(current_);
+            now_.reset();
+        }
         run(current_, command, change);
     }
+}
+
+void TwinFixture::lookAtEach(const Command& command, const Command& check, const Command& prepare)
+{
+    for (qsizetype i = 0; i < names_.size() && failures_.size() < MostFailures;
+         i += NamesLookedAtATime) {
+        const QList<QByteArray> names = names_.mid(i, NamesLookedAtATime);
+        showAnew(names);
+        if (prepare)
+            for (const QByteArray& name : names)
+                prepare(name);
+        const ByteTree expected = ByteTree::of(top_);
+        leftRows_ = rowsOf(left());
+        for (const QByteArray& name : names) {
+            current_ = name;
+            fixture_.log().take();
+            command(name);
+            lines_ = fixture_.log().take();
+            check(name);
+            dismissMessages();
+        }
+        leftRows_.clear();
+        current_ = names.first() + " and those behind it";
+        compare(expected);
+    }
+}
+
+void TwinFixture::showAnew(const QList<QByteArray>& names)
+{
+    setOdd(names);
+    makeAnew();
 }
 
 void TwinFixture::run(const QByteArray& name, const Command& command, const Change& change)
 {
     fixture_.log().take();
-    ByteTree expected = ByteTree::of(top_);
+    ByteTree expected = now_ ? std::move(*now_) : ByteTree::of(top_);
+    now_.reset();
     if (!expected.has("left/" + name)) {
         fail(QStringLiteral("it is gone before its turn"));
         makeAnew();
@@ -200,8 +240,7 @@ void TwinFixture::onMany(const ManyCommand& command, const ManyChange& change,
             return;
         const QList<QByteArray> names = names_.mid(i, NamesAtATime);
         current_ = names.first() + " and those behind it";
-        setOdd(names);
-        makeAnew();
+        showAnew(names);
         if (prepare)
             prepare(names);
         fixture_.log().take();
@@ -227,7 +266,13 @@ void TwinFixture::finish(const std::function<void(ByteTree& tree)>& change, Byte
     lines_ = fixture_.log().take();
     change(expected);
     dismissMessages();
-    const QStringList differences = expected.differences(ByteTree::of(top_));
+    compare(expected);
+}
+
+void TwinFixture::compare(const ByteTree& expected)
+{
+    now_ = ByteTree::of(top_);
+    const QStringList differences = expected.differences(*now_);
     for (const QString& difference : differences.mid(0, 4))
         fail(difference);
     if (!differences.isEmpty())

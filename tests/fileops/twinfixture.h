@@ -6,6 +6,8 @@
 
 #include <QSet>
 
+#include <optional>
+
 /// The program on a folder of entries with odd names and of their twins: the entries that they
 /// could be mistaken for. A command is given on each odd name; what it changed is compared with
 /// what it should have changed.
@@ -39,7 +41,7 @@ public:
 
     void start();
     /// Makes a row of the shown panel current; notes a failure if the rows are not those of the
-    /// folder.
+    /// folder. Of the left folder they are read once in lookAtEach().
     void highlight(const QByteArray& folder, const QByteArray& name);
     /// Confirms messages until the panel has the keys.
     void dismissMessages();
@@ -52,6 +54,9 @@ public:
     /// everything is made anew. `prepare` comes before what is there is noted. Of many names some
     /// at a time are there, so that each command has a short list to look through.
     void onEach(const Command& command, const Change& change, const Command& prepare = {});
+    /// The same for commands that change nothing below the top: what is there is compared after
+    /// many.
+    void lookAtEach(const Command& command, const Command& check, const Command& prepare = {});
     /// The same with one command on many names, marked, in the order of the rows.
     using ManyCommand = std::function<void(const QList<QByteArray>& names)>;
     using ManyChange = std::function<void(ByteTree& tree, const QList<QByteArray>& names)>;
@@ -73,8 +78,11 @@ private:
     void makeAnew();
     /// What a link of an odd name leads to: a twin if it has one.
     QByteArray linkTarget(const QByteArray& name) const;
+    void showAnew(const QList<QByteArray>& names);
+    /// The tree before is taken over from the last command if there is one.
     void run(const QByteArray& name, const Command& command, const Change& change);
     void finish(const std::function<void(ByteTree& tree)>& change, ByteTree& expected);
+    void compare(const ByteTree& expected);
 
     CommandFixture fixture_;
     QByteArray top_;
@@ -84,6 +92,8 @@ private:
     QSet<QByteArray> twins_;
     Form form_;
     bool twinsRight_;
+    std::optional<ByteTree> now_;
+    QList<QByteArray> leftRows_; ///< empty if they may have changed
     QStringList lines_;
     QByteArray current_;
     QStringList failures_;

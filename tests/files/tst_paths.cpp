@@ -1,5 +1,4 @@
 #include "files/paths.h"
-#include "shell/fm.h"
 #include "tests/support/testmain.h"
 
 class tst_Paths : public QObject
@@ -55,8 +54,6 @@ void tst_Paths::pathIsCutBehindItsLastSlash()
     QFETCH(QString, path);
     QTEST(folderPart(path), "folder");
     QTEST(namePart(path), "name");
-    QTEST(FM::getFilePath(path), "folder");
-    QTEST(FM::getFileName(path), "name");
 }
 
 QUARN_TEST_MAIN(tst_Paths)

@@ -114,7 +114,7 @@ private:
 /// What sort makes of four lines.
 QByteArray sortedLines(const ScratchFolder& folder)
 {
-    Log::realShell("printf 'B\\nb\\na\\nA\\n' | sort > " + quoted(folder.path("sorted")));
+    systemShell("printf 'B\\nb\\na\\nA\\n' | sort > " + quoted(folder.path("sorted")));
     return folder.read("sorted");
 }
 
@@ -170,7 +170,7 @@ private slots:
         start({"album/2.mp3", "album/1.mp3", "album/b/0.mp3", "album/c.txt", "album/SONG.MP3"});
         work().write(List, "an earlier list\n");
         fixture_->highlight("album");
-        fixture_->log().setShell(Log::realShell);
+        fixture_->log().setShell(systemShell);
         play();
         const QString album = fixture_->left("album");
         QCOMPARE(taken(), (QStringList{busy(), listFolder(album), playList()}));
@@ -214,7 +214,7 @@ private slots:
     {
         start({"album/SONG.MP3", "album/song.mp3x"});
         fixture_->highlight("album");
-        fixture_->log().setShell(Log::realShell);
+        fixture_->log().setShell(systemShell);
         play();
         QCOMPARE(list(), QStringList(QString()));
         QTRY_VERIFY(work().exists(Noted));
@@ -225,7 +225,7 @@ private slots:
         start({"album/2.mp3", "album/1.mp3", "b.mp3", "z.txt"});
         work().write(List, "an earlier list\n");
         fixture_->mark({"z.txt", "album", "b.mp3"});
-        fixture_->log().setShell(Log::realShell);
+        fixture_->log().setShell(systemShell);
         fixture_->log().take();
         play();
         QStringList lines = taken();
@@ -270,7 +270,7 @@ private slots:
         QFETCH(QByteArray, variable);
         QFETCH(QByteArray, locale);
         start({"album/B.mp3", "album/b.mp3", "album/a.mp3", "album/A.mp3"});
-        fixture_->log().setShell(Log::realShell);
+        fixture_->log().setShell(systemShell);
         const UsersLocale users(variable.constData(), locale, locales_.path());
         QTEST(sortedLines(locales_), "order");
         const QString album = fixture_->left("album");
@@ -303,7 +303,7 @@ private slots:
                              "echo \"${LC_ALL-none}\" > noting\n"
                              "mv noting noted\n");
         start({"album/1.mp3"});
-        fixture_->log().setShell(Log::realShell);
+        fixture_->log().setShell(systemShell);
         const UsersLocale users("LC_ALL", locale, QString());
         fixture_->highlight("album");
         play();
@@ -358,7 +358,7 @@ private slots:
         start({"album/1.mp3"});
         work().makeFolder(List);
         fixture_->highlight("album");
-        fixture_->log().setShell(Log::realShell);
+        fixture_->log().setShell(systemShell);
         play();
         QCOMPARE(taken().last(), playList());
         QTRY_VERIFY(work().exists(Noted));

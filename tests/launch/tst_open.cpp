@@ -3,6 +3,7 @@
 #include "lang/texts.h"
 #include "platform/keymap.h"
 #include "platform/zoptionsmenu.h"
+#include "platform/zscreen.h"
 #include "shell/fm.h"
 #include "shell/settings.h"
 #include "tests/fileops/commandfixture.h"
@@ -381,6 +382,30 @@ private slots:
         QCOMPARE(taken(), QStringList());
     }
 
+    void modifierIsNotHeldBeyondThePluginsWindow()
+    {
+        start({"01 1 one"}, {}, {"a"});
+        fixture_->highlight("a");
+        fixture_->log().take();
+        QWidget plugin;
+        plugin.show();
+        activate(plugin);
+        activate(*ZScreen::instance()->window());
+        holdKey(Code::Modifier);
+        fixture_->log().setShell([&plugin](const QByteArray&) {
+            activate(plugin);
+            return 0;
+        });
+        pressKey('1');
+        QVERIFY(!fixture_->window()->modKeyHeld);
+        activate(*ZScreen::instance()->window());
+        waitOut();
+        taken();
+        // The release went to that window.
+        pressKey('1');
+        QCOMPARE(taken(), QStringList());
+    }
+
     void modifierCountsNoMoreAfterTheMenuHasOpened()
     {
         start({"01 1 one"}, {}, {"a"});
@@ -480,7 +505,7 @@ private slots:
         fixture_->program().workFolder().setMode("plugins/Viewer/Viewer", 0755);
         const QString name = QString::fromUtf8("ein Bild Я.pic");
         start({"01 0 Viewer"}, {"001 01 PIC"}, {name});
-        fixture_->log().setShell(Log::realShell);
+        fixture_->log().setShell(systemShell);
         pick(name);
         QTRY_VERIFY(fixture_->program().workFolder().exists(note));
         QCOMPARE(QString::fromUtf8(fixture_->program().workFolder().read(note)),

@@ -1,31 +1,17 @@
 #include "browser/filebrowserftab.h"
 #include "lang/texts.h"
-#include "sharing/share_tool.h"
 #include "shell/fm.h"
 #include "tests/fileops/commandfixture.h"
+#include "tests/launch/shareservice.h"
 #include "tests/support/testmain.h"
 #include "widgets/kwidget.h"
 
 #include <memory>
 
-// The linker leads each call of the service here.
-bool wrapShareByBt(const SHARE_Tool::OBJECT_INFO& info, const QString& path, bool flag) __asm__(
-    "__wrap__ZN10SHARE_Tool9shareByBtERKNS_11OBJECT_INFOERK7QStringb");
-
 namespace
 {
 
 using Log = CommandLog;
-
-struct Request {
-    QString name;
-    QString type;
-    QString path;
-    bool flag;
-};
-
-QList<Request> requests;
-bool accepts = true;
 
 QString error(const QString& text)
 {
@@ -33,12 +19,6 @@ QString error(const QString& text)
 }
 
 } // namespace
-
-bool wrapShareByBt(const SHARE_Tool::OBJECT_INFO& info, const QString& path, bool flag)
-{
-    requests.append({info.objectName, info.objectType, path, flag});
-    return accepts;
-}
 
 class tst_SendBt : public QObject
 {
@@ -48,10 +28,13 @@ private slots:
     void init()
     {
         fixture_ = std::make_unique<CommandFixture>();
-        requests.clear();
-        accepts = true;
+        service_ = std::make_unique<ShareService>();
     }
-    void cleanup() { fixture_.reset(); }
+    void cleanup()
+    {
+        service_.reset();
+        fixture_.reset();
+    }
 
     void fileIsOffered_data()
     {
@@ -77,14 +60,13 @@ private slots:
             fixture_ = std::make_unique<CommandFixture>();
             fixture_->write(page, {name});
             fixture_->start(page);
-            requests.clear();
+            service_->requests.clear();
             fixture_->highlight(name);
             CommandFixture::choose(CommandFixture::SendByBluetooth);
-            QCOMPARE(requests.size(), 1);
-            QCOMPARE(requests.first().name, '/' + name);
-            QCOMPARE(requests.first().type, type);
-            QCOMPARE(requests.first().path, fixture_->folder(page) + '/' + name);
-            QVERIFY(!requests.first().flag);
+            QCOMPARE(service_->requests.size(), 1);
+            QCOMPARE(service_->requests.first().name, '/' + name);
+            QCOMPARE(service_->requests.first().type, type);
+            QCOMPARE(service_->requests.first().path, fixture_->folder(page) + '/' + name);
             QCOMPARE(fixture_->log().take(), QStringList());
         }
     }
@@ -92,8 +74,8 @@ private slots:
     void fileWithoutADotIsOfUnknownType()
     {
         send("README");
-        QCOMPARE(requests.first().type, QString("media/unknown"));
-        QCOMPARE(requests.first().name, QString("/README"));
+        QCOMPARE(service_->requests.first().type, QString("media/unknown"));
+        QCOMPARE(service_->requests.first().name, QString("/README"));
     }
 
     void whatIsNoRegularFileIsNotSent_data()
@@ -119,7 +101,7 @@ private slots:
         CommandFixture::choose(CommandFixture::SendByBluetooth);
         QCOMPARE(fixture_->log().take(),
                  QStringList(error("Error can't send " + fixture_->left("x"))));
-        QVERIFY(requests.isEmpty());
+        QVERIFY(service_->requests.isEmpty());
         fixture_->dismissMessage();
     }
 
@@ -130,14 +112,14 @@ private slots:
         fixture_->log().take();
         fixture_->window()->slot_SendBt();
         QCOMPARE(fixture_->log().take(), QStringList(error("Error can't send ")));
-        QVERIFY(requests.isEmpty());
+        QVERIFY(service_->requests.isEmpty());
     }
 
     void refusalIsAnError()
     {
-        accepts = false;
+        service_->accepts = false;
         send("a.txt");
-        QCOMPARE(requests.size(), 1);
+        QCOMPARE(service_->requests.size(), 1);
         QCOMPARE(fixture_->log().take(),
                  QStringList(error("Error send file " + fixture_->left("a.txt"))));
         fixture_->dismissMessage();
@@ -151,8 +133,8 @@ private slots:
         fixture_->highlight("c");
         fixture_->log().take();
         CommandFixture::choose(CommandFixture::SendByBluetooth);
-        QCOMPARE(requests.size(), 1);
-        QCOMPARE(requests.first().path, fixture_->left("c"));
+        QCOMPARE(service_->requests.size(), 1);
+        QCOMPARE(service_->requests.first().path, fixture_->left("c"));
         QVERIFY(fixture_->panel(1)->isMultiSelect());
         QCOMPARE(fixture_->log().take(), QStringList());
     }
@@ -167,6 +149,7 @@ private:
     }
 
     std::unique_ptr<CommandFixture> fixture_;
+    std::unique_ptr<ShareService> service_;
 };
 
 QUARN_TEST_MAIN(tst_SendBt)

@@ -22,6 +22,7 @@ private slots:
     void shellExpandsWhatIsNotEscaped_data();
     void shellExpandsWhatIsNotEscaped();
     void statusOfTheShellIsReturned();
+    void shellInThePlaceOfTheSystemsGetsTheBytes();
     void commandInTheBackgroundIsNotWaitedFor();
     void commandInTheForegroundIsWaitedFor();
     void usersLocaleReachesTheShell_data();
@@ -54,6 +55,8 @@ void tst_ShellCommand::pathIsItsUtf8BytesBetweenQuotes_data()
         << "/a\"b$c\\d`e'f" << QByteArray("\"/a\"b$c\\d`e'f\"");
     QTest::newRow("percent signs stay") << "/%1 %2 %%" << QByteArray("\"/%1 %2 %%\"");
     QTest::newRow("no UTF-8") << decodeName("/\xff\xc3") << QByteArray("\"/\xff\xc3\"");
+    QTest::newRow("no UTF-8 and special characters")
+        << decodeName("/a\xff\"b$c\\d`e'f") << QByteArray("\"/a\xff\\\"b\\$c\\\\d\\`e'f\"");
     QTest::newRow("byte-order mark") << QString(QChar(0xfeff)) << QByteArray("\"\xef\xbb\xbf\"");
 }
 
@@ -99,13 +102,15 @@ void tst_ShellCommand::shellReceivesThePathsBytes_data()
     QTest::newRow("tab") << "/a\tb";
     QTest::newRow("percent signs") << "/%1%s%%";
     QTest::newRow("leading minus") << "-rf";
+    QTest::newRow("no text, with the shell's signs")
+        << decodeName("/a\xff$b \"c\" $(echo d) `echo e` \\f \\\\ \\$g");
     QTest::newRow("longest path") << QString(4095, QLatin1Char('p'));
 }
 
 void tst_ShellCommand::shellReceivesThePathsBytes()
 {
     QFETCH(QString, path);
-    QCOMPARE(argumentFor(path), path.toUtf8());
+    QCOMPARE(argumentFor(path), encodeName(path).value_or("nothing"));
 }
 
 void tst_ShellCommand::shellExpandsWhatIsNotEscaped_data()
@@ -129,6 +134,21 @@ void tst_ShellCommand::statusOfTheShellIsReturned()
     const int status = runShell("exit 3");
     QVERIFY(WIFEXITED(status));
     QCOMPARE(WEXITSTATUS(status), 3);
+}
+
+void tst_ShellCommand::shellInThePlaceOfTheSystemsGetsTheBytes()
+{
+    QByteArrayList commands;
+    setShell([&commands](const QByteArray& command) {
+        commands.append(command);
+        return 7;
+    });
+    const int status = runShell(joined({"exit ", shellBytes(QStringLiteral("\u00fc"))}));
+    runShell(std::nullopt);
+    setShell(systemShell);
+    QCOMPARE(status, 7);
+    QCOMPARE(commands, QByteArrayList{"exit \xc3\xbc"});
+    QCOMPARE(WEXITSTATUS(runShell("exit 3")), 3);
 }
 
 void tst_ShellCommand::commandInTheBackgroundIsNotWaitedFor()

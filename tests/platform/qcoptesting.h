@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <cerrno>
@@ -24,8 +25,18 @@ inline constexpr int WaitMs = 30'000; // for a slow, busy machine
 // What a call that may take SendTimeoutMs may take on such a machine.
 inline constexpr int BoundMs = 5'000;
 inline constexpr char Channel[] = "Quarn";
-// Short wherever the tests run: the address of a socket has 107 bytes.
-inline constexpr char FolderTemplate[] = "/tmp/qcop-XXXXXX";
+
+/// A folder for the channels' sockets, which goes with this.
+class RuntimeFolder : public QTemporaryDir
+{
+public:
+    // Short wherever the tests run: the address of a socket has 107 bytes.
+    RuntimeFolder() : QTemporaryDir(QStringLiteral("/tmp/qcop-XXXXXX"))
+    {
+        QVERIFY(isValid());
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(path()));
+    }
+};
 
 /// A descriptor that closes itself.
 class Descriptor

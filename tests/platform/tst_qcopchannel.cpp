@@ -7,7 +7,6 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <fcntl.h>
@@ -81,14 +80,12 @@ private slots:
 private:
     QString pathOf(const QString& name) const { return folder_->filePath(name); }
 
-    std::unique_ptr<QTemporaryDir> folder_;
+    std::unique_ptr<RuntimeFolder> folder_;
 };
 
 void TestQCopChannel::init()
 {
-    folder_ = std::make_unique<QTemporaryDir>(FolderTemplate);
-    QVERIFY(folder_->isValid());
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder_->path()));
+    folder_ = std::make_unique<RuntimeFolder>();
 }
 
 void TestQCopChannel::cleanup()

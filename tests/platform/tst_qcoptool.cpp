@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -62,14 +61,12 @@ private slots:
     void killedListenerIsReplaced();
 
 private:
-    std::unique_ptr<QTemporaryDir> folder_;
+    std::unique_ptr<RuntimeFolder> folder_;
 };
 
 void TestQCopTool::init()
 {
-    folder_ = std::make_unique<QTemporaryDir>(FolderTemplate);
-    QVERIFY(folder_->isValid());
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder_->path()));
+    folder_ = std::make_unique<RuntimeFolder>();
 }
 
 void TestQCopTool::cleanup()

@@ -1,19 +1,8 @@
 #include "platform/zlistbox.h"
 #include "platform/zlistboxitem.h"
 #include "platform/zlistrowpainter.h"
+#include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
-
-namespace
-{
-
-QPixmap coloured(QColor colour)
-{
-    QPixmap pixmap(16, 16);
-    pixmap.fill(colour);
-    return pixmap;
-}
-
-} // namespace
 
 class tst_ZListBoxItem : public QObject
 {

@@ -2,6 +2,8 @@
 #include "platform/znavtabwidget.h"
 #include "platform/zskinservice.h"
 #include "tests/support/keys.h"
+#include "tests/support/mainwidget.h"
+#include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
 
 #include <QLineEdit>
@@ -10,18 +12,6 @@
 
 #include <memory>
 
-namespace
-{
-
-QPixmap coloured(QColor colour)
-{
-    QPixmap pixmap(16, 16);
-    pixmap.fill(colour);
-    return pixmap;
-}
-
-} // namespace
-
 class tst_ZNavTabWidget : public QObject
 {
     Q_OBJECT
@@ -29,13 +19,11 @@ class tst_ZNavTabWidget : public QObject
 private slots:
     void init()
     {
-        main_ = std::make_unique<QWidget>(ZScreen::instance());
-        ZScreen::instance()->place(main_.get(), ZScreen::Layer::Main);
-        main_->resize(240, 320);
+        main_ = showMainWidget();
         tabs_ = new ZNavTabWidget(1, false, false, main_.get(), "tabs", ZSkinService::clsNavTab);
         tabs_->setGeometry(0, 0, 240, 300);
-        main_->show();
-        QApplication::setActiveWindow(main_->window());
+        tabs_->show();
+        takeForActive(main_->window());
     }
 
     void cleanup() { main_.reset(); }

@@ -3,19 +3,13 @@
 #include "platform/zskinservice.h"
 #include "tests/platform/menufixture.h"
 #include "tests/support/keys.h"
+#include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
 
 #include <QPointer>
 
 namespace
 {
-
-QPixmap coloured(QColor colour)
-{
-    QPixmap pixmap(16, 16);
-    pixmap.fill(colour);
-    return pixmap;
-}
 
 QStringList textsOf(const ZOptionsMenu& menu)
 {

@@ -3,6 +3,7 @@
 #include "platform/zskinservice.h"
 #include "tests/platform/menufixture.h"
 #include "tests/support/keys.h"
+#include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
 
 #include <QWheelEvent>
@@ -45,10 +46,7 @@ class tst_ZOptionsMenuUse : public QObject
 private slots:
     void init()
     {
-        main_ = std::make_unique<QWidget>(ZScreen::instance());
-        ZScreen::instance()->place(main_.get(), ZScreen::Layer::Main);
-        main_->resize(240, 320);
-        main_->show();
+        main_ = showMainWidget();
         menu_ = makeMenu(4);
         submenu_ = makeMenu(3);
         menu_->insertItem("more", submenu_.get(), {}, true, 10, 1);
@@ -205,7 +203,7 @@ private slots:
 
     void focusGoesBackWhenTheMenuCloses()
     {
-        QApplication::setActiveWindow(main_->window());
+        takeForActive(main_->window());
         main_->setFocus();
         menu_->show();
         QVERIFY(menu_->hasFocus());
@@ -347,6 +345,31 @@ private slots:
         };
         QCOMPARE(picture.pixelColor(firstInk(1, 1), 24 + 13), QColor(Qt::blue));
         QCOMPARE(firstInk(1, 24) - firstInk(2, 1), 3 * ZSkinService::MenuTabWidth);
+    }
+
+    void bytesThatAreNoTextAreOneMarkEach_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("marked");
+        const QString mark(QChar(QChar::ReplacementCharacter));
+        QTest::newRow("bytes") << 'a' + QString(QChar(0xdcff)) + QChar(0xdcc3) + 'b'
+                               << 'a' + mark + mark + 'b';
+        QTest::newRow("half of a character") << 'a' + QString(QChar(0xd83d)) << 'a' + mark;
+        QTest::newRow("a byte-order mark")
+            << '\t' + QString(QChar(0xfeff)) + 'a' << '\t' + mark + 'a';
+    }
+
+    void bytesThatAreNoTextAreOneMarkEach()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, marked);
+        const auto pictureWith = [](const QString& item) {
+            const auto menu = makeMenu();
+            menu->insertItem(item, nullptr, {}, true, 1, -1);
+            menu->show();
+            return menu->grab().toImage();
+        };
+        QVERIFY(pictureWith(text) == pictureWith(marked));
     }
 
 private:

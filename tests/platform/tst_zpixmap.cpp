@@ -4,21 +4,33 @@
 #include "tests/support/testmain.h"
 
 #include <QBuffer>
+#include <QFile>
+#include <QImage>
 
 #include <cstdio>
 
 namespace
 {
 
-QByteArray png(QSize size, QColor colour)
+QByteArray encoded(const QImage& image, const char* format)
 {
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(colour);
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
+    image.save(&buffer, format);
     return bytes;
+}
+
+QImage plain(QSize size, QColor colour)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(colour);
+    return image;
+}
+
+QByteArray png(QSize size, QColor colour)
+{
+    return encoded(plain(size, colour), "PNG");
 }
 
 /// A pixmap that takes `kilobytes` of the cache.
@@ -56,6 +68,22 @@ private slots:
         QCOMPARE(pixmapSize(pixmap), QSize(20, 10));
         QCOMPARE(pixmap.toImage().pixelColor(0, 0), QColor(Qt::green));
         QCOMPARE(pixmapSize(QPixmap()), QSize(0, 0));
+    }
+
+    void pictureOfAnotherFormatIsLoadedWhateverItsName()
+    {
+        folder_.write("bitmap.png", encoded(plain({20, 10}, Qt::green), "BMP"));
+        QPixmap pixmap;
+        QVERIFY(loadPixmap(pixmap, folder_.path("bitmap.png")));
+        QCOMPARE(pixmapSize(pixmap), QSize(20, 10));
+    }
+
+    void usualPictureNeedsNoDecoderOfTheSystem()
+    {
+        folder_.write("usual.png", png({10, 10}, Qt::green));
+        const SelfRun loading = SelfRun::with({"--decoders", folder_.path("usual.png")},
+                                              {{"QT_QPA_PLATFORM", "offscreen"}});
+        QCOMPARE(loading.output, QByteArray("10x10 at 1, 0 decoders"));
     }
 
     void failedLoadLeavesThePixmap_data()
@@ -204,11 +232,7 @@ private:
     {
         QImage image(8000, 8000, QImage::Format_Mono);
         image.fill(0);
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::WriteOnly);
-        image.save(&buffer, "PNG");
-        return bytes;
+        return encoded(image, "PNG");
     }
 
     static QByteArray loadedBy(const QString& file, const QString& scale)
@@ -238,10 +262,22 @@ int printLoaded(int argc, char** argv)
     return 0;
 }
 
+/// The same, and how many decoders of the toolkit are loaded then.
+int printDecoders(int argc, char** argv)
+{
+    const int status = printLoaded(argc, argv);
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    const QByteArray lines = maps.open(QIODevice::ReadOnly) ? maps.readAll() : QByteArray();
+    std::printf(", %d decoders", lines.isEmpty() ? -1 : int(lines.count("/imageformats/")));
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    if (argc == 3 && qstrcmp(argv[1], "--decoders") == 0)
+        return printDecoders(argc, argv);
     if (argc == 3 && qstrcmp(argv[1], "--load") == 0)
         return printLoaded(argc, argv);
     return runTest<tst_ZPixmap>(argc, argv);

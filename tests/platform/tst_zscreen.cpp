@@ -57,7 +57,7 @@ QWindow* window()
 /// does not notice that the window has it when it is shown again.
 void activateWindow()
 {
-    QApplication::setActiveWindow(ZScreen::instance()->window());
+    takeForActive(ZScreen::instance()->window());
 }
 
 /// Where a user's finger goes: to the window, wherever the toolkit takes it from there.

@@ -1,6 +1,7 @@
 #include "platform/zoptionsmenu.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
+#include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
 
 #include <memory>
@@ -37,12 +38,10 @@ class tst_ZSoftKey : public QObject
 private slots:
     void init()
     {
-        main_ = std::make_unique<QWidget>(ZScreen::instance());
-        ZScreen::instance()->place(main_.get(), ZScreen::Layer::Main);
-        main_->resize(240, 320);
+        main_ = showMainWidget();
         bar_ = new ZSoftKey(QString(), main_.get(), main_.get());
         bar_->setGeometry(0, 300, 240, 20);
-        main_->show();
+        bar_->show();
     }
 
     void cleanup() { main_.reset(); }

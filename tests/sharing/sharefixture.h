@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/keymap.h"
 #include "platform/zlistbox.h"
 #include "platform/zmodule.h"
 #include "platform/zscreen.h"
@@ -7,6 +8,7 @@
 #include "sharing/share_tool.h"
 #include "tests/sharing/mockservices.h"
 #include "tests/support/keys.h"
+#include "tests/support/mainwidget.h"
 #include "tests/support/scratchfolder.h"
 
 #include <memory>
@@ -119,10 +121,7 @@ public:
         obex.reset();
         addAdapter();
         files.write(QStringLiteral("song.mp3"), QByteArray(1000, 'x'));
-        main = std::make_unique<QWidget>(ZScreen::instance());
-        ZScreen::instance()->place(main.get(), ZScreen::Layer::Main);
-        main->resize(ZScreen::Width, ZScreen::Height);
-        main->show();
+        main = showMainWidget();
     }
 
     /// Closes what a test left up. Whatever happened in it, nothing is connected any more then.

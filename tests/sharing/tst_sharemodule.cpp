@@ -1,5 +1,5 @@
 #include "platform/keymap.h"
-#include "tests/sharing/sharefixture.h"
+#include "tests/sharing/sharetest.h"
 #include "tests/support/testmain.h"
 
 #include <QRegularExpression>
@@ -17,20 +17,16 @@ bool moduleIsOpen()
 } // namespace
 
 // Sharing is a module of its own, opened when a file is shared.
-class tst_ShareModule : public QObject
+class tst_ShareModule : public ShareTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { fixture_ = std::make_unique<ShareFixture>(); }
-    void init() { fixture_->init(); }
     void cleanup()
     {
         ZModule::setFolder(QByteArrayLiteral(QUARN_MODULES));
-        fixture_->cleanup();
+        ShareTest::cleanup();
     }
-    void cleanupTestCase() { fixture_.reset(); }
-
     void nameThatIsNoTextIsDeclined_data()
     {
         QTest::addColumn<QString>("path");
@@ -88,7 +84,6 @@ private slots:
     }
 
 private:
-    std::unique_ptr<ShareFixture> fixture_;
 };
 
 QUARN_TEST_MAIN(tst_ShareModule)

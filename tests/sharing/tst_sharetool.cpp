@@ -1,6 +1,6 @@
 #include "platform/keymap.h"
 #include "tests/platform/selfrun.h"
-#include "tests/sharing/sharefixture.h"
+#include "tests/sharing/sharetest.h"
 #include "tests/support/testmain.h"
 
 #include <QElapsedTimer>
@@ -27,16 +27,11 @@ QMap<QString, int> openDescriptors()
 } // namespace
 
 // When a file can be shared, and the list of devices that comes up then.
-class tst_ShareTool : public QObject
+class tst_ShareTool : public ShareTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { fixture_ = std::make_unique<ShareFixture>(); }
-    void init() { fixture_->init(); }
-    void cleanup() { fixture_->cleanup(); }
-    void cleanupTestCase() { fixture_.reset(); }
-
     void requestIsDeclinedWithoutABus_data()
     {
         QTest::addColumn<QByteArray>("systemBus");
@@ -467,8 +462,6 @@ private:
         QVERIFY(nothingIsUp());
         QCOMPARE(ZScreen::instance()->active(), fixture_->main.get());
     }
-
-    std::unique_ptr<ShareFixture> fixture_;
 };
 
 /// A program that shares a file and quits half way; the exit status says whether it got there.

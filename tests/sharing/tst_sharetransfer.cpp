@@ -1,18 +1,41 @@
 #include "platform/keymap.h"
-#include "tests/sharing/sharefixture.h"
+#include "tests/sharing/sharetest.h"
 #include "tests/support/testmain.h"
 
+namespace
+{
+
+/// The exchange service on a bus of its own, which can come to harm.
+struct OtherService {
+    explicit OtherService(ShareFixture& fixture) : fixture_(fixture)
+    {
+        service.awaitStart();
+        ShareFixture::useBuses(fixture.system.address(), bus.address());
+    }
+
+    /// Up to a transfer that the service has queued.
+    void startTransfer()
+    {
+        fixture_.sendTo();
+        QTRY_VERIFY(service.exists(TransferPath));
+        QTRY_COMPARE(shareBox()->percent(), 0);
+    }
+
+    PrivateBus bus;
+    MockService service{bus, QStringLiteral("org.bluez.obex"), QStringLiteral(QUARN_OBEX_TEMPLATE)};
+
+private:
+    ShareFixture& fixture_;
+};
+
+} // namespace
+
 // A device was chosen: how the file goes there, and every way in which it does not.
-class tst_ShareTransfer : public QObject
+class tst_ShareTransfer : public ShareTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { fixture_ = std::make_unique<ShareFixture>(); }
-    void init() { fixture_->init(); }
-    void cleanup() { fixture_->cleanup(); }
-    void cleanupTestCase() { fixture_.reset(); }
-
     void fileIsSentToTheChosenDevice()
     {
         fixture_->sendTo();
@@ -185,6 +208,34 @@ private slots:
         QCOMPARE(shareBox()->text(),
                  QString("song.mp3 could not be sent.\nNo such file or directory"));
         QTRY_VERIFY(!obex().exists(SessionPath));
+    }
+
+    void fileThatTakesTheNameIsNotSent_data()
+    {
+        QTest::addColumn<bool>("isLink");
+        QTest::newRow("file") << false;
+        QTest::newRow("link to another") << true;
+    }
+
+    void fileThatTakesTheNameIsNotSent()
+    {
+        QFETCH(bool, isLink);
+        fixture_->addDevice("11:22:33:44:55:66", "Laptop");
+        QVERIFY(fixture_->share());
+        const ScratchFolder& files = fixture_->files;
+        files.write("private", "nobody's business");
+        QVERIFY(QFile::rename(files.path("song.mp3"), files.path("meant.mp3")));
+        if (isLink)
+            files.makeLink("song.mp3", "private");
+        else
+            files.write("song.mp3", "nobody's business");
+        pressKey(PhoneKey::Return);
+        QTRY_VERIFY(shareBox() != nullptr && shareBox()->isResult());
+        QCOMPARE(shareBox()->text(), QString("song.mp3 could not be sent."));
+        QVERIFY(!obex().exists(TransferPath));
+        QTRY_VERIFY(!obex().exists(SessionPath));
+        QVERIFY(QFile::remove(files.path("song.mp3")));
+        QVERIFY(QFile::rename(files.path("meant.mp3"), files.path("song.mp3")));
     }
 
     void rightSoftKeyCancelsTheTransfer()
@@ -362,28 +413,34 @@ private slots:
 
     void busMayDieHalfWay()
     {
-        PrivateBus bus;
-        MockService service(bus, "org.bluez.obex", QUARN_OBEX_TEMPLATE);
-        service.awaitStart();
-        ShareFixture::useBuses(fixture_->system.address(), bus.address());
-        fixture_->sendTo();
-        QTRY_VERIFY(service.exists(TransferPath));
-        QTRY_COMPARE(shareBox()->percent(), 0);
-        bus.end();
+        OtherService other(*fixture_);
+        other.startTransfer();
+        other.bus.end();
         QTRY_VERIFY(shareBox()->isResult());
         QCOMPARE(shareBox()->text(), QString("song.mp3 could not be sent."));
     }
 
-    void busMayHangHalfWay()
+    void busMayHang_data()
     {
-        PrivateBus bus;
-        MockService service(bus, "org.bluez.obex", QUARN_OBEX_TEMPLATE);
-        service.awaitStart();
-        ShareFixture::useBuses(fixture_->system.address(), bus.address());
-        fixture_->sendTo();
-        QTRY_VERIFY(service.exists(TransferPath));
-        QTRY_COMPARE(shareBox()->percent(), 0);
-        bus.pause();
+        QTest::addColumn<bool>("halfWay");
+        QTest::newRow("while it connects") << false;
+        QTest::newRow("half way") << true;
+    }
+
+    void busMayHang()
+    {
+        QFETCH(bool, halfWay);
+        OtherService other(*fixture_);
+        if (halfWay) {
+            other.startTransfer();
+            other.bus.pause();
+        } else {
+            fixture_->addDevice("11:22:33:44:55:66", "Laptop");
+            QVERIFY(fixture_->share());
+            other.bus.pause();
+            pressKey(PhoneKey::Return);
+            QCOMPARE(shareBox()->text(), QString("Connecting to Laptop..."));
+        }
         pressKey(PhoneKey::SoftRight);
         QVERIFY(shareBox()->isResult());
         QCOMPARE(shareBox()->text(), QString("Sending was cancelled."));
@@ -392,21 +449,6 @@ private slots:
         // The next one is not held up by it.
         ShareFixture::useBuses(fixture_->system.address(), fixture_->session.address());
         QVERIFY(fixture_->share());
-    }
-
-    void busMayHangWhileItConnects()
-    {
-        PrivateBus bus;
-        const MockService service(bus, "org.bluez.obex", QUARN_OBEX_TEMPLATE);
-        QTRY_VERIFY(bus.has("org.bluez.obex"));
-        ShareFixture::useBuses(fixture_->system.address(), bus.address());
-        fixture_->addDevice("11:22:33:44:55:66", "Laptop");
-        QVERIFY(fixture_->share());
-        bus.pause();
-        pressKey(PhoneKey::Return);
-        QCOMPARE(shareBox()->text(), QString("Connecting to Laptop..."));
-        pressKey(PhoneKey::SoftRight);
-        QCOMPARE(shareBox()->text(), QString("Sending was cancelled."));
     }
 
     void floodDoesNotHideWhatMatters_data()
@@ -443,8 +485,6 @@ private slots:
 
 private:
     MockService& obex() { return fixture_->obex; }
-
-    std::unique_ptr<ShareFixture> fixture_;
 };
 
 QUARN_TEST_MAIN(tst_ShareTransfer)

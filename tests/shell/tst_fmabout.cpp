@@ -178,6 +178,15 @@ private slots:
         QCOMPARE(grabPage(), before);
     }
 
+    void logoIsThatOfTheStartThoughItIsSeenLater()
+    {
+        writeLogo(plainPng(20, 30, Qt::magenta));
+        program_->start();
+        writeLogo(plainPng(20, 30, Qt::cyan));
+        pressKey(PhoneKey::Left);
+        QCOMPARE(boundsOf(grabPage(), Qt::magenta), QRect(7, 15, 20, 30));
+    }
+
     void pageStaysFullWidthInFullScreen()
     {
         const QImage before = aboutPicture();

@@ -41,13 +41,6 @@ void pressModified(int code)
     releaseKey(Code::Modifier);
 }
 
-/// Gives the keyboard to a window.
-void activate(QWidget& window)
-{
-    window.activateWindow();
-    QTRY_COMPARE(QApplication::activeWindow(), &window);
-}
-
 /// Presses keys that put the exit question, answers it no. Returns whether it was put.
 bool asksToExit(const std::function<void()>& press)
 {

@@ -65,3 +65,18 @@ void requestClose()
     ZScreen* const screen = ZScreen::instance();
     emit screen->closeRequested();
 }
+
+void activate(QWidget& window)
+{
+    window.activateWindow();
+    QTRY_COMPARE(QApplication::activeWindow(), &window);
+}
+
+void takeForActive(QWidget* window)
+{
+    QT_WARNING_PUSH
+    // Newer toolkits would have it asked for instead, which is what does nothing then.
+    QT_WARNING_DISABLE_DEPRECATED
+    QApplication::setActiveWindow(window);
+    QT_WARNING_POP
+}

@@ -17,3 +17,8 @@ void releaseKey(int phoneCode);
 void repeatKey(int phoneCode);
 /// Asks the screen to close, as a desktop's window manager does.
 void requestClose();
+/// Gives the keyboard to a window, and waits until it has it.
+void activate(QWidget& window);
+/// Tells the toolkit that a window has the keyboard. The display without a screen does not, of one
+/// that was hidden.
+void takeForActive(QWidget* window);

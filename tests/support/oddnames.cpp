@@ -2,6 +2,7 @@
 
 #include "tests/support/utf8pieces.h"
 
+#include <QRegularExpression>
 #include <QSet>
 #include <QTest>
 
@@ -95,6 +96,9 @@ QList<OddKind> allKinds()
         {"composed and not",
          {"e\xcc\x81", "\xc3\xa9", "A\xcc\x8a", "\xe2\x84\xab", "\xc3\x85", "\xea\xb0\x80",
           "\xe1\x84\x80\xe1\x85\xa1", "e\xcc\x81\x80", "\xef\xac\x81"}},
+        {"no text, with signs of the shell",
+         {"a\xff$b", "\xff$(echo b)", "a\xff\"b", "\"\xff\"", "`echo a`\xff", "a\xff\\b", "\xff\\",
+          "\\\\\x80", "a\\$b\xc3"}},
         {"the longest", longNames()},
     };
 }
@@ -157,6 +161,14 @@ QByteArray without(QByteArray name, const QByteArray& part)
     return name.replace(part, QByteArray());
 }
 
+/// As a shell reads it that is given it between double quotes.
+QByteArray readByAShell(const QByteArray& name)
+{
+    static const QRegularExpression expanded(
+        QStringLiteral("\\$\\([^)]*\\)|\\$[a-z]*|`[^`]*`|\"|\\\\(?=[\\\\$`\"])"));
+    return QString::fromLatin1(name).remove(expanded).toLatin1();
+}
+
 QList<QByteArray> decodedOtherwise(const QByteArray& name)
 {
     return {
@@ -172,6 +184,8 @@ QList<QByteArray> decodedOtherwise(const QByteArray& name)
         QString::fromUtf8(name).toLatin1(),
         QString::fromLatin1(name).toUtf8(),
         readLeniently(name),
+        readByAShell(name),
+        QString::fromUtf8(readByAShell(name)).toUtf8(),
     };
 }
 
@@ -225,6 +239,11 @@ const QList<OddKind>& thinnedOddKinds()
     return kinds;
 }
 
+const QList<QByteArray>& namesForEach(int kind)
+{
+    return (kind == BytesInside ? thinnedOddKinds() : oddKinds()).at(kind).names;
+}
+
 void addOddKinds()
 {
     QTest::addColumn<int>("kind");
@@ -245,6 +264,9 @@ QList<QByteArray> twinsOf(const QByteArray& name)
 
 bool survivesTheShell(const QByteArray& name)
 {
+    // What is no text is kept from the shell's reading.
+    if (!QByteArrayView(name).isValidUtf8())
+        return true;
     return std::none_of(name.begin(), name.end(), [](char byte) {
         return byte == '"' || byte == '$' || byte == '`' || byte == '\\';
     });

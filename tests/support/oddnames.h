@@ -12,8 +12,10 @@ struct OddKind {
 const QList<OddKind>& oddKinds();
 /// The place in the list of each byte between letters: as many names again as of bytes alone.
 constexpr int BytesInside = 1;
-/// The same kinds with some of the names of each, for what takes long.
+/// The same kinds with some of the names of each, for further forms of what has been seen with all.
 const QList<OddKind>& thinnedOddKinds();
+/// The names of a kind for what is done name by name: all, but of the bytes inside some.
+const QList<QByteArray>& namesForEach(int kind);
 /// A column "kind" with a row for each kind: its place in both lists.
 void addOddKinds();
 

@@ -53,6 +53,13 @@ QRect boundsOf(const QImage& picture, const QColor& colour)
                        [rgb = colour.rgb()](QRgb pixel) { return pixel == rgb; });
 }
 
+QPixmap coloured(const QColor& colour)
+{
+    QPixmap pixmap(16, 16);
+    pixmap.fill(colour);
+    return pixmap;
+}
+
 QByteArray plainPng(int width, int height, const QColor& colour)
 {
     QImage picture(width, height, QImage::Format_RGB32);

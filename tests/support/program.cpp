@@ -13,7 +13,7 @@
 #include <QCoreApplication>
 #include <QTest>
 
-Program::Program()
+Program::Program(ScratchFolder::Medium medium) : files_(medium)
 {
     int count = 1;
     char name[] = "quarn";

@@ -16,7 +16,8 @@ class QDaemonApp;
 class Program
 {
 public:
-    Program();
+    /// `medium`: where the folder that both panels show lies.
+    explicit Program(ScratchFolder::Medium medium = ScratchFolder::Disk);
     ~Program();
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;

@@ -5,15 +5,40 @@
 #include "files/paths.h"
 #include "files/regularfile.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QTest>
 
 #include <fcntl.h>
 #include <filesystem>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace
 {
+
+constexpr char MemoryFolder[] = "/dev/shm";
+constexpr quint64 EnoughBytes = 64 * 1024 * 1024;
+constexpr quint64 EnoughEntries = 50'000;
+
+/// Whether the folder is a writable file system in memory that takes what a test makes.
+bool memoryHasRoom()
+{
+    struct statfs info = {};
+    if (statfs(MemoryFolder, &info) != 0 || info.f_type != TMPFS_MAGIC ||
+        access(MemoryFolder, W_OK | X_OK) != 0)
+        return false;
+    const bool counted = info.f_files > 0; // no number means no limit
+    return quint64(info.f_bavail) * quint64(info.f_bsize) >= EnoughBytes &&
+           (!counted || info.f_ffree >= EnoughEntries);
+}
+
+QString templateIn(const QString& folder)
+{
+    return folder + QStringLiteral("/%1-XXXXXX").arg(QCoreApplication::applicationName());
+}
 
 /// Lets everything below a folder be listed and removed.
 void unlock(const std::filesystem::path& folder)
@@ -29,9 +54,23 @@ void unlock(const std::filesystem::path& folder)
     }
 }
 
+/// Makes a folder and those above it that are missing. True if it is there in the end.
+bool makeFolders(const QString& path)
+{
+    std::error_code ignored;
+    const std::filesystem::path folder(encodedPath(path).toStdString());
+    std::filesystem::create_directories(folder, ignored);
+    return std::filesystem::is_directory(folder, ignored);
+}
+
 } // namespace
 
-ScratchFolder::ScratchFolder() : path_(canonicalPath(folder_.path())) {}
+ScratchFolder::ScratchFolder(Medium medium)
+    : folder_(templateIn(medium == Memory && memoryHasRoom() ? QString::fromLatin1(MemoryFolder)
+                                                             : QDir::tempPath())),
+      path_(canonicalPath(folder_.path()))
+{
+}
 
 ScratchFolder::~ScratchFolder()
 {

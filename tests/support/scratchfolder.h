@@ -10,7 +10,11 @@
 class ScratchFolder
 {
 public:
-    ScratchFolder();
+    /// Where it lies: where temporary files do, or in memory, where thousands of entries are made
+    /// much faster, if there is such a place with room. What is to be executed stays on the disk.
+    enum Medium { Disk, Memory };
+
+    explicit ScratchFolder(Medium medium = Disk);
     ~ScratchFolder();
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;

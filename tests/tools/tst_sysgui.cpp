@@ -17,7 +17,6 @@ namespace
 {
 
 constexpr int WaitMs = 60000;
-constexpr off_t LargeBytes = off_t(4) * 1024 * 1024 * 1024;
 
 QProcessEnvironment environment(const QList<std::pair<QString, QString>>& variables = {})
 {
@@ -71,12 +70,6 @@ public:
     {
         errors_ += readAllStandardError();
         return errors_;
-    }
-    bool hasChild() const
-    {
-        const QString pid = QString::number(processId());
-        QFile children(QStringLiteral("/proc/%1/task/%1/children").arg(pid));
-        return children.open(QIODevice::ReadOnly) && !children.readAll().trimmed().isEmpty();
     }
 
 private:
@@ -154,11 +147,36 @@ private:
     QString name_;
 };
 
-void makeLarge(const QByteArray& path)
+/// A folder whose move stands still on its way, since its two files are held up.
+class HeldFolder
 {
-    making::file(path, "x");
-    QCOMPARE(truncate(path.constData(), LargeBytes), 0);
-}
+public:
+    explicit HeldFolder(const QByteArray& path)
+    {
+        making::folder(path);
+        for (const char* name : {"/one", "/two"}) {
+            making::file(path + name, QByteArray(1000, 'x'));
+            files_.push_back(std::make_unique<HeldFile>(path + name));
+        }
+    }
+
+    bool isHeld() const { return files_[0]->isHeld() && files_[1]->isHeld(); }
+
+    /// Lets a move copy one of them, after the time in which it shows no box.
+    void waitForBoxTime()
+    {
+        QTRY_VERIFY_WITH_TIMEOUT(files_[0]->isWanted() || files_[1]->isWanted(), WaitMs);
+        QElapsedTimer time;
+        time.start();
+        QTRY_VERIFY_WITH_TIMEOUT(time.elapsed() > BoxMs, WaitMs);
+        files_.erase(files_.begin() + (files_[0]->isWanted() ? 0 : 1));
+        QTRY_VERIFY_WITH_TIMEOUT(files_[0]->isWanted(), WaitMs);
+    }
+
+private:
+    static constexpr qint64 BoxMs = 200;
+    std::vector<std::unique_ptr<HeldFile>> files_;
+};
 
 } // namespace
 
@@ -325,14 +343,16 @@ private slots:
     {
         const OwnFolder source(otherPlace());
         const OwnFolder target(usualPlace());
-        makeLarge(source.path("large"));
-        SysGui program(source.path("large"), target.path(), display(QStringLiteral(":none")));
+        HeldFolder held(source.path("held"));
+        QVERIFY(held.isHeld());
+        SysGui program(source.path("held"), target.path(), display(QStringLiteral(":none")));
+        held.waitForBoxTime();
         QTRY_VERIFY_WITH_TIMEOUT(program.errors().contains("could not connect to display"), WaitMs);
         QVERIFY(program.isRunning());
         program.signal(SIGTERM);
         QCOMPARE(program.status(), 1);
         QVERIFY(program.errors().contains("sys_gui: interrupted"));
-        QCOMPARE(source.names(), QList<QByteArray>{"large"});
+        QCOMPARE(source.names(), QList<QByteArray>{"held"});
         QCOMPARE(target.names(), QList<QByteArray>());
     }
 
@@ -341,17 +361,15 @@ private slots:
         const VirtualDisplay screen;
         const OwnFolder source(otherPlace());
         const OwnFolder target(usualPlace());
-        makeLarge(source.path("large"));
-        SysGui program(source.path("large"), target.path(), display(screen.name()));
-        QTRY_VERIFY_WITH_TIMEOUT(program.hasChild(), WaitMs);
-        // The move stands still while the box is looked for.
-        program.signal(SIGSTOP);
+        HeldFolder held(source.path("held"));
+        QVERIFY(held.isHeld());
+        SysGui program(source.path("held"), target.path(), display(screen.name()));
+        held.waitForBoxTime();
         QTRY_VERIFY_WITH_TIMEOUT(screen.hasWindow(), WaitMs);
         program.signal(SIGTERM);
-        program.signal(SIGCONT);
         QCOMPARE(program.status(), 1);
         QVERIFY(!screen.hasWindow());
-        QCOMPARE(source.names(), QList<QByteArray>{"large"});
+        QCOMPARE(source.names(), QList<QByteArray>{"held"});
         QCOMPARE(target.names(), QList<QByteArray>());
     }
 
@@ -360,10 +378,10 @@ private slots:
         const VirtualDisplay screen;
         const OwnFolder source(otherPlace());
         const OwnFolder target(usualPlace());
-        makeLarge(source.path("large"));
-        SysGui program(source.path("large"), target.path(), display(screen.name()));
-        QTRY_VERIFY_WITH_TIMEOUT(program.hasChild(), WaitMs);
-        program.signal(SIGSTOP);
+        HeldFolder held(source.path("held"));
+        QVERIFY(held.isHeld());
+        SysGui program(source.path("held"), target.path(), display(screen.name()));
+        held.waitForBoxTime();
         QTRY_VERIFY_WITH_TIMEOUT(screen.hasWindow(), WaitMs);
         program.signal(SIGKILL);
         QVERIFY(program.waitForFinished(WaitMs));

@@ -6,6 +6,7 @@
 #include "tests/widgets/boxtesting.h"
 
 #include <QPainter>
+#include <QRandomGenerator>
 
 #include <memory>
 #include <utility>
@@ -207,6 +208,35 @@ private slots:
         const QRect line = lineRect(textFont(), blockHeight(titleFont()));
         QVERIFY(isNear(textInk(picture, line), inkOf(text, textFont(), line, 1)));
         QCOMPARE(picture.height(), blockHeight(titleFont()) + blockHeight(textFont()));
+    }
+
+    void bytesThatAreNoTextAreOneMarkEach_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("a byte") << QString(QChar(0xdc80));
+        QTest::newRow("bytes inside") << 'a' + QString(QChar(0xdcff)) + QChar(0xdcc3) + 'b';
+        QTest::newRow("half of a character") << 'a' + QString(QChar(0xd83d)) + 'b';
+        QTest::newRow("a byte-order mark") << QString(QChar(0xfeff)) + 'a';
+        QTest::newRow("a byte-order mark inside") << 'a' + QString(QChar(0xfeff)) + 'b';
+    }
+
+    void bytesThatAreNoTextAreOneMarkEach()
+    {
+        QFETCH(QString, text);
+        QString marked = text;
+        for (QChar& character : marked)
+            if (character.unicode() > 'z')
+                character = QChar(QChar::ReplacementCharacter);
+        box_->showText(text, text, 1, QString(), kWidget::Message);
+        const QImage picture = pictureOf(*box_);
+        kWidget expected;
+        expected.showText(marked, marked, 1, QString(), kWidget::Message);
+        QVERIFY(picture == pictureOf(expected));
+        // A mark takes room: it is not as if nothing were there.
+        kWidget without;
+        without.showText(QStringLiteral("ab"), QStringLiteral("ab"), 1, QString(),
+                         kWidget::Message);
+        QVERIFY(picture != pictureOf(without));
     }
 
     void ruleSeparatesTheTextsAroundIt()
@@ -420,6 +450,32 @@ private slots:
                 fresh.showText("Title", to, align, "icon.png", kWidget::Plain);
                 QCOMPARE(pictureOf(*box_), pictureOf(fresh));
             }
+        }
+    }
+
+    void anyChangeOfALineLooksLikeANewOne()
+    {
+        QRandomGenerator random(1);
+        const QString letters = QString::fromUtf8(
+            "AVWTojfiJlLy.,/ 0189()%mQ\u00c5\u00ec\u0457\u0416\u03a9\u05d0\u65e5\u0301");
+        const auto randomText = [&](int most) {
+            QString text;
+            for (int i = random.bounded(most); i >= 0; --i)
+                text += letters.at(random.bounded(int(letters.size())));
+            return text;
+        };
+        for (int round = 0; round < 300; ++round) {
+            const QString head = randomText(8);
+            const QString tail = randomText(8);
+            const int align = QList<int>{1, 2, 4}.at(round % 3);
+            box_->showText("Title", head + randomText(5) + tail, align, "icon.png", kWidget::Plain);
+            box_->paintNow();
+            const QString after = head + randomText(5) + tail;
+            box_->showText("Title", after, align, "icon.png", kWidget::Plain);
+            box_->paintNow();
+            kWidget fresh;
+            fresh.showText("Title", after, align, "icon.png", kWidget::Plain);
+            QVERIFY2(pictureOf(*box_) == pictureOf(fresh), qPrintable(after));
         }
     }
 

@@ -12,8 +12,11 @@
 #include "tests/support/pictures.h"
 #include "tests/support/program.h"
 #include "tests/support/testmain.h"
+#include "widgets/menuitems.h"
 
+#include <QFile>
 #include <QImage>
+#include <QMetaMethod>
 
 namespace
 {
@@ -27,11 +30,6 @@ struct Item {
     bool enabled;
     const char* slot; ///< nullptr: nothing
 };
-
-const char* const AllSlots[] = {
-    "slot_Copy()",   "slot_CopyTo()",   "slot_Move()",       "slot_MoveTo()",     "slot_MkDir()",
-    "slot_Delete()", "slot_Rename()",   "slot_SendBt()",     "slot_Properties()", "slot_BookMark()",
-    "LyraPlayer()",  "slot_OpenWith()", "slot_AddBookMark()"};
 
 QImage asImage(const QPixmap& pixmap)
 {
@@ -47,8 +45,10 @@ QImage pictureFile(const QString& path)
 QList<QByteArray> takeConnections(FM* window, ZOptionsMenu* menu, int id)
 {
     QList<QByteArray> slotsFound;
-    for (const char* slot : AllSlots) {
-        while (menu->disconnectItem(id, window, slot))
+    const QMetaObject& type = FM::staticMetaObject;
+    for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
+        const QByteArray slot = type.method(i).methodSignature();
+        while (menu->disconnectItem(id, window, slot.constData()))
             slotsFound.append(slot);
     }
     return slotsFound;
@@ -87,7 +87,7 @@ QWidget* top()
     return ZScreen::instance()->active();
 }
 
-void pressKeys(std::initializer_list<int> codes)
+void pressKeys(const QList<int>& codes)
 {
     for (const int code : codes)
         pressKey(code);
@@ -129,7 +129,7 @@ private slots:
         QCOMPARE(top(), window->optionsMenu);
     }
 
-    void optionsMenuHasItsEightItems()
+    void optionsMenuHasItsItems()
     {
         FM* w = program_->start();
         checkItems(w, w->optionsMenu,
@@ -143,7 +143,7 @@ private slots:
                     {8, "\t\t\tProperties", "props.png", nullptr, true, "slot_Properties()"}});
     }
 
-    void copyMenuHasItsFourItemsAndCannotPasteYet()
+    void copyMenuHasItsItemsAndCannotPasteYet()
     {
         FM* w = program_->start();
         checkItems(w, w->copyMenu,
@@ -202,7 +202,9 @@ private slots:
                                      "One\n" + program_->files().path("one").toUtf8() + "\nTwo\n" +
                                          program_->files().path("two").toUtf8());
         const FM* window = program_->start();
-        pressKeys({PhoneKey::SoftLeft, PhoneKey::Up, PhoneKey::Up, PhoneKey::Up, PhoneKey::Right});
+        pressKey(PhoneKey::SoftLeft);
+        pressKeys(QList<int>(OptionsItem::Bookmarks - 1, PhoneKey::Down));
+        pressKey(PhoneKey::Right);
         QCOMPARE(top(), window->bookmarkMenu);
         pressKeys({PhoneKey::Down, PhoneKey::Return});
         QCOMPARE(top(), window);
@@ -289,8 +291,44 @@ private slots:
             QVERIFY(isPlain(window->copyMenu->iconAt(i).toImage(), all, Qt::green));
         for (int i = 0; i < 4; ++i)
             QVERIFY(isPlain(window->optionsMenu->iconAt(i).toImage(), all, Qt::green));
-        for (int i = 4; i < 8; ++i)
+        for (int i = 4; i < window->optionsMenu->count(); ++i)
             QVERIFY(isPlain(window->optionsMenu->iconAt(i).toImage(), all, Qt::blue));
+    }
+
+    void brokenPictureGivesTheIconOfTheItemBefore()
+    {
+        const ScratchFolder folder;
+        work_folder = folder.path() + QLatin1Char('/');
+        folder.write("fm_plugins.cfg", "01 0 Red\n02 0 Broken\n");
+        folder.write("plugins/Red/Red");
+        folder.write("plugins/Red/icon.png", plainPng(16, 16, Qt::red));
+        folder.write("plugins/Broken/Broken");
+        for (const char* name :
+             {"plugins/Broken/icon.png", "res/img/unk_plugin.png", "res/img/add.png",
+              "res/img/copy.png", "res/img/delete.png", "res/img/props.png"})
+            folder.write(name, "this is no picture");
+        const FM* window = program_->start();
+        const QRect all(0, 0, 16, 16);
+        QVERIFY(isPlain(window->openWithMenu->iconAt(1).toImage(), all, Qt::red));
+        QVERIFY(isPlain(window->bookmarkMenu->iconAt(0).toImage(), all, Qt::red));
+        for (int i = 0; i < 8; ++i)
+            QVERIFY(isPlain(window->optionsMenu->iconAt(i).toImage(), all, Qt::red));
+    }
+
+    void iconsAreThoseOfTheStart()
+    {
+        const ScratchFolder folder;
+        work_folder = folder.path() + QLatin1Char('/');
+        folder.write("res/img/open_with.png", plainPng(16, 16, Qt::red));
+        folder.write("res/img/delete.png", plainPng(16, 16, Qt::green));
+        const FM* window = program_->start();
+        folder.write("res/img/open_with.png", plainPng(16, 16, Qt::blue));
+        QVERIFY(QFile::remove(folder.path("res/img/delete.png")));
+        pressKey(PhoneKey::SoftLeft);
+        const QImage menu = window->optionsMenu->grab().toImage();
+        QVERIFY(boundsOf(menu, Qt::blue).isEmpty());
+        QCOMPARE(boundsOf(menu, Qt::red).size(), QSize(16, 16));
+        QVERIFY(!boundsOf(menu, Qt::green).isEmpty());
     }
 
     void menusAreWalkedByKeys()
@@ -299,7 +337,7 @@ private slots:
         pressKey(PhoneKey::SoftLeft);
         QCOMPARE(window->optionsMenu->currentPosition(), 0);
         pressKey(PhoneKey::Up);
-        QCOMPARE(window->optionsMenu->currentPosition(), 7);
+        QCOMPARE(window->optionsMenu->currentPosition(), window->optionsMenu->count() - 1);
         pressKeys({PhoneKey::Down, PhoneKey::Down, PhoneKey::Down});
         QCOMPARE(window->optionsMenu->currentPosition(), 2);
         pressKey(PhoneKey::Return);
@@ -368,12 +406,13 @@ private slots:
         FM* window = program_->start();
         const qsizetype menus = menuCount();
         QVERIFY(menus >= 4);
+        const int items = window->optionsMenu->count();
         for (int i = 0; i < 20; ++i)
             window->createSoftKeysStab();
         QTRY_COMPARE(menuCount(), menus);
         QCOMPARE(window->softKey->optMenu(ZSoftKey::Left), window->optionsMenu);
         QCOMPARE(window->optionsMenu->submenuAt(2), window->copyMenu);
-        QCOMPARE(window->optionsMenu->count(), 8);
+        QCOMPARE(window->optionsMenu->count(), items);
         QCOMPARE(window->copyMenu->count(), 4);
         QCOMPARE(window->bookmarkMenu->count(), 1);
     }

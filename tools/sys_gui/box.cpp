@@ -5,13 +5,11 @@
 #include "files/programnames.h"
 #include "platform/keymap.h"
 #include "platform/qdiskfont.h"
-#include "platform/shownname.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
-#include "widgets/wordwrap.h"
+#include "widgets/boxparts.h"
 
-#include <QFontMetrics>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -20,9 +18,6 @@
 namespace
 {
 
-constexpr int Gap = 4;
-constexpr int TextLeft = 5;
-constexpr int TextWidth = 210;
 constexpr int BarHeight = 10;
 constexpr int BarBlockHeight = 36;
 // What has room on the screen below the title, however long the name in a message is.
@@ -38,20 +33,14 @@ int percentage(const MoveProgress& progress)
     return std::clamp(int(part * Percent), 0, Percent);
 }
 
-/// A filled rectangle whose outline lies inside it.
-void drawGround(QPainter& painter, int top, int height)
-{
-    painter.setPen(Qt::black);
-    painter.setBrush(Qt::white);
-    painter.drawRect(0, top, MoveBox::BoxWidth - 1, height - 1);
-}
-
 } // namespace
 
 MoveBox::MoveBox(const QString& title, const QString& text, const QString& icon)
     : QWidget(ZScreen::instance()),
-      title_(block(title, ZSkinService::font(ProgramNames::Font, 15, 87))),
-      text_(block(text, ZSkinService::font(ProgramNames::Font, 13, 25)))
+      titleFont_(Box::titleFont()),
+      textFont_(Box::textFont()),
+      title_(linesOf(title, titleFont_)),
+      text_(linesOf(text, textFont_))
 {
     hide();
     setFocusPolicy(Qt::StrongFocus);
@@ -70,25 +59,20 @@ void MoveBox::addFont(const QString& icon)
     ZFontManager::addDiskFont(font);
 }
 
-MoveBox::Block MoveBox::block(const QString& text, const QFont& font)
+QStringList MoveBox::linesOf(const QString& text, BoxFont& font)
 {
-    const QFontMetrics metrics(font);
-    Block result{font, {}, metrics.height(), Gap};
-    result.lines =
-        wrapWords(withMarks(text), TextWidth - metrics.maxWidth(), [&metrics](char32_t character) {
-            return metrics.horizontalAdvance(QString::fromUcs4(&character, 1));
-        });
-    if (result.lines.size() > MaxLines)
-        result.lines.resize(MaxLines);
-    result.height += int(result.lines.size()) * (result.lineHeight + Gap);
-    return result;
+    return font.wrapped(text, Box::TextWidth).texts.mid(0, MaxLines);
+}
+
+int MoveBox::heightOf(const QStringList& lines, const BoxFont& font)
+{
+    return Box::Gap + int(lines.size()) * font.pitch();
 }
 
 void MoveBox::place()
 {
-    const int height = pixmapSize(icon_).height() + title_.height + text_.height +
-                       (hasFailed_ ? 0 : BarBlockHeight);
-    setGeometry(BoxLeft, (ZScreen::Height - height) / 2, BoxWidth, height);
+    setGeometry(Box::geometry(pixmapSize(icon_).height() + heightOf(title_, titleFont_) +
+                              heightOf(text_, textFont_) + (hasFailed_ ? 0 : BarBlockHeight)));
     update();
 }
 
@@ -103,7 +87,7 @@ void MoveBox::showProgress(const MoveProgress& progress)
 void MoveBox::showFailure(const QString& message)
 {
     hasFailed_ = true;
-    text_ = block(message, text_.font);
+    text_ = linesOf(message, textFont_);
     place();
 }
 
@@ -112,24 +96,15 @@ void MoveBox::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     painter.fillRect(rect(), Qt::black);
     const QSize icon = pixmapSize(icon_);
-    painter.drawPixmap((BoxWidth - icon.width()) / 2, Gap, icon_);
+    painter.drawPixmap((Box::Width - icon.width()) / 2, Box::Gap, icon_);
     painter.setPen(Qt::white);
-    drawLines(painter, title_, icon.height());
-    const int top = icon.height() + title_.height;
-    drawGround(painter, top, text_.height);
-    drawLines(painter, text_, top);
+    const int top =
+        Box::drawLines(painter, titleFont_, title_, icon.height() + Box::Gap, Qt::AlignHCenter);
+    const int height = heightOf(text_, textFont_);
+    Box::drawGround(painter, top, height);
+    Box::drawLines(painter, textFont_, text_, top + Box::Gap, Qt::AlignHCenter);
     if (!hasFailed_)
-        drawProgress(painter, top + text_.height);
-}
-
-void MoveBox::drawLines(QPainter& painter, const Block& block, int top)
-{
-    painter.setFont(block.font);
-    int y = top + Gap;
-    for (const QString& line : block.lines) {
-        painter.drawText(TextLeft, y, TextWidth, block.lineHeight, Qt::AlignHCenter, line);
-        y += block.lineHeight + Gap;
-    }
+        drawProgress(painter, top + height);
 }
 
 QString MoveBox::progressText() const
@@ -144,16 +119,16 @@ QString MoveBox::progressText() const
 void MoveBox::drawProgress(QPainter& painter, int top) const
 {
     // One block with the text above it: no line between them.
-    drawGround(painter, top - 1, BarBlockHeight + 1);
-    painter.fillRect(1, top - 1, BoxWidth - 2, 1, Qt::white);
-    painter.drawRect(TextLeft, top, TextWidth - 1, BarHeight - 1);
-    const int filled = (TextWidth - 2) * percentage(progress_) / Percent;
-    painter.fillRect(TextLeft + 1, top + 1, filled, BarHeight - 2,
+    Box::drawGround(painter, top - 1, BarBlockHeight + 1);
+    painter.fillRect(1, top - 1, Box::Width - 2, 1, Qt::white);
+    painter.drawRect(Box::TextLeft, top, Box::TextWidth - 1, BarHeight - 1);
+    const int filled = (Box::TextWidth - 2) * percentage(progress_) / Percent;
+    painter.fillRect(Box::TextLeft + 1, top + 1, filled, BarHeight - 2,
                      ZSkinService::look(ZSkinService::clsListBox).highlight);
-    painter.setFont(text_.font);
+    painter.setFont(textFont_.font());
     const int textTop = top + BarHeight;
-    painter.drawText(TextLeft, textTop, TextWidth, BarBlockHeight - BarHeight, Qt::AlignCenter,
-                     progressText());
+    painter.drawText(Box::TextLeft, textTop, Box::TextWidth, BarBlockHeight - BarHeight,
+                     Qt::AlignCenter, progressText());
 }
 
 void MoveBox::keyPressEvent(QKeyEvent* event)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/sys_gui/move.h"
+#include "widgets/boxfont.h"
 
 #include <QPixmap>
 #include <QStringList>
@@ -13,9 +14,6 @@ class MoveBox : public QWidget
     Q_OBJECT
 
 public:
-    static constexpr int BoxWidth = 220;
-    static constexpr int BoxLeft = 10;
-
     /// `icon` is the path of a picture file; a missing one leaves the title alone.
     MoveBox(const QString& title, const QString& text, const QString& icon);
 
@@ -35,22 +33,17 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
-    struct Block {
-        QFont font;
-        QStringList lines;
-        int lineHeight = 0;
-        int height = 0;
-    };
-
-    static Block block(const QString& text, const QFont& font);
-    static void drawLines(QPainter& painter, const Block& block, int top);
+    static QStringList linesOf(const QString& text, BoxFont& font);
+    static int heightOf(const QStringList& lines, const BoxFont& font);
     void drawProgress(QPainter& painter, int top) const;
     QString progressText() const;
     void place();
 
     QPixmap icon_;
-    Block title_;
-    Block text_;
+    BoxFont titleFont_;
+    BoxFont textFont_;
+    QStringList title_; ///< lines
+    QStringList text_;
     MoveProgress progress_;
     bool hasFailed_ = false;
 };

@@ -72,7 +72,7 @@ bool isWithinSource(const Places& places)
     FileHandle folder(openat(places.to.get(), ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
     struct stat info = {};
     struct stat below = {};
-    while (fstat(folder.get(), &info) == 0 && !isSame(info, below)) {
+    while (folder.isOpen() && fstat(folder.get(), &info) == 0 && !isSame(info, below)) {
         if (isSame(info, places.source))
             return true;
         below = info;

@@ -1,0 +1,1 @@
+#include "tests/sharing/sharetest.h"
