@@ -166,7 +166,40 @@ class Display:
         shutil.rmtree(self.folder, ignore_errors=True)
 
 
-class Program:
+class Watched:
+    """What can be seen of a program from outside. `process` is what it was started as."""
+
+    def threads(self):
+        """What the system says of each of its threads."""
+        for task in pathlib.Path("/proc", str(self.process.pid), "task").iterdir():
+            with contextlib.suppress(FileNotFoundError, ProcessLookupError):  # it has just ended
+                yield (task / "status").read_text()
+
+    def wake_ups(self):
+        """How often its threads have gone to sleep by themselves."""
+        return sum(int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", status, re.MULTILINE)[1])
+                   for status in self.threads())
+
+    def is_busy(self):
+        """Whether a thread of it works, or would if it were given a processor."""
+        return any(re.search(r"^State:\s+[RD]", status, re.MULTILINE)
+                   for status in self.threads())
+
+    def wait_idle(self, calm=0.3, deadline=DEADLINE):
+        """Waits until the program has slept for `calm` seconds and nothing has woken it."""
+        last, since = self.wake_ups(), time.monotonic()
+
+        def is_calm():
+            nonlocal last, since
+            now = self.wake_ups()
+            if now != last or self.is_busy():
+                last, since = now, time.monotonic()
+            return time.monotonic() - since >= calm
+
+        wait_until(is_calm, "the program to become idle", deadline)
+
+
+class Program(Watched):
     """One running copy of the program with a work folder, home and runtime folder of its own.
 
     It must be stopped; stop() also fails if a process that it started is still there. Unless
@@ -428,29 +461,6 @@ class Program:
     def wait_shown(self):
         self.place = None
         wait_until(self.rectangle, "the window to come")
-
-    # What the program does.
-
-    def wake_ups(self):
-        """How often its threads have gone to sleep by themselves."""
-        total = 0
-        for task in pathlib.Path("/proc", str(self.process.pid), "task").iterdir():
-            status = (task / "status").read_text()
-            total += int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", status, re.MULTILINE)[1])
-        return total
-
-    def wait_idle(self, calm=0.3, deadline=DEADLINE):
-        """Waits until nothing has woken the program for `calm` seconds."""
-        last, since = self.wake_ups(), time.monotonic()
-
-        def is_calm():
-            nonlocal last, since
-            now = self.wake_ups()
-            if now != last:
-                last, since = now, time.monotonic()
-            return time.monotonic() - since >= calm
-
-        wait_until(is_calm, "the program to become idle", deadline)
 
 
 def make_file(path, content=b"", stamp="2008-03-05"):

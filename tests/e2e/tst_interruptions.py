@@ -96,7 +96,11 @@ class SizeWalk(Work):
         self.gate.wait_reached()
 
     def end(self):
-        self.user.dismiss()
+        """The properties come up, unless they were before the program was asked to close: then they
+        have made way for its question."""
+        self.user.program.wait_idle()
+        if self.user.is_told():
+            self.user.dismiss()
 
     def left_unfinished(self):
         return tree_text(self.left) == self.before

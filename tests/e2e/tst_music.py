@@ -57,11 +57,8 @@ class Mpv:
         return None
 
 
-class Player:
+class Player(quarn.Watched):
     """The music player of a file manager, which may run or not."""
-
-    wake_ups = quarn.Program.wake_ups
-    wait_idle = quarn.Program.wait_idle
 
     def __init__(self, program):
         self.program = program
