@@ -6,8 +6,8 @@ namespace
 constexpr char16_t FirstEscape = 0xdc80;
 constexpr char16_t LastEscape = 0xdcff;
 constexpr char16_t EscapeBase = 0xdc00;
-constexpr char ByteOrderMark[] = "\xef\xbb\xbf";
-constexpr qsizetype MarkBytes = 3;
+/// Of UTF-8 for a unit of UTF-16.
+constexpr qsizetype MostBytes = 3;
 
 /// The lengths of sequences with a first byte, and the range of the second byte, which is what
 /// rules out overlong forms, surrogates and what is beyond U+10FFFF.
@@ -63,7 +63,7 @@ void appendUtf8(QString& text, QByteArrayView bytes)
 {
     while (bytes.startsWith(ByteOrderMark)) {
         text += QChar(QChar::ByteOrderMark);
-        bytes = bytes.sliced(MarkBytes);
+        bytes = bytes.sliced(ByteOrderMark.size());
     }
     text += QString::fromUtf8(bytes);
 }
@@ -89,7 +89,7 @@ QString decodeBytewise(QByteArrayView name)
 std::optional<QByteArray> encodeEscapes(QStringView text)
 {
     QByteArray name;
-    name.reserve(text.size() * MarkBytes);
+    name.reserve(text.size() * MostBytes);
     qsizetype validFrom = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar character = text.at(i);

@@ -1,9 +1,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
 #include <optional>
+
+/// What a text in UTF-8 may begin with. In a name it stands for itself.
+inline constexpr QByteArrayView ByteOrderMark = "\xef\xbb\xbf";
 
 // To the system a name is a row of bytes, to the program a text. These two turn one into the other
 // without loss. They hold for whole paths too, since "/" ends every sequence of UTF-8.

@@ -4,9 +4,8 @@
 
 TextLines::TextLines(const QByteArray& content) : content_(content)
 {
-    constexpr char ByteOrderMark[] = "\xef\xbb\xbf";
     if (content_.startsWith(ByteOrderMark))
-        position_ = qsizetype(sizeof ByteOrderMark) - 1;
+        position_ = ByteOrderMark.size();
 }
 
 QString TextLines::next()

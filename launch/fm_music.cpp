@@ -18,7 +18,7 @@ namespace
 
 const char Channel[] = "LyraPlayer";
 // Ticks of the busy box after the player was started.
-constexpr int LingerTicks = 15;
+constexpr int PlayerLingerTicks = 15;
 
 void showGenerating()
 {
@@ -28,7 +28,7 @@ void showGenerating()
 void startOnList()
 {
     runShell(CommandLine::playList(work_folder));
-    processView->stop(LingerTicks);
+    processView->stop(PlayerLingerTicks);
 }
 
 void playMarked(const QStringList& entries)

@@ -11,7 +11,7 @@
 namespace
 {
 
-constexpr int IconLeft = 3;
+constexpr int RowIconLeft = 3;
 constexpr int IconGap = 5;
 /// Where the Unicode pictures of the control characters start, and the one of DEL.
 constexpr char16_t ControlPictures = 0x2400;
@@ -33,7 +33,7 @@ void ZListRowPainter::paint(QPainter& painter, const QRect& area, const ZListBox
                             const State& state)
 {
     painter.fillRect(area, state.highlighted ? state.look->highlight : state.look->background);
-    int x = area.left() + IconLeft;
+    int x = area.left() + RowIconLeft;
     if (item.layout().icon) {
         const QSize size = pixmapSize(item.icon_);
         painter.setOpacity(item.isEnabled() ? 1 : 0.5);

@@ -6,14 +6,14 @@
 namespace
 {
 
-const QLatin1String Service("org.bluez");
+const QLatin1String BluezService("org.bluez");
 const QLatin1String AdapterInterface("org.bluez.Adapter1");
 const QLatin1String DeviceInterface("org.bluez.Device1");
 const QLatin1String Powered("Powered");
 /// What a device that takes files says it has: the object push profile.
-const QLatin1String ObjectPush("00001105-0000-1000-8000-00805f9b34fb");
+const QLatin1String ObjectPushUuid("00001105-0000-1000-8000-00805f9b34fb");
 constexpr int GatherMilliseconds = 100;
-constexpr int ReplyMilliseconds = 25000;
+constexpr int DeviceReplyMilliseconds = 25000;
 
 /// The name that the user or the device gave; the service makes one of the address if there is
 /// none.
@@ -40,7 +40,7 @@ bool takesFiles(const QVariantMap& device)
            device.value(QStringLiteral("AddressType")) != QStringLiteral("random") &&
            !device.value(QStringLiteral("Blocked")).toBool() &&
            (!isPaired(device) || abilities.isEmpty() ||
-            abilities.contains(ObjectPush, Qt::CaseInsensitive));
+            abilities.contains(ObjectPushUuid, Qt::CaseInsensitive));
 }
 
 QVariantMap adapterIn(const QVariant& object)
@@ -77,7 +77,7 @@ BluezDevices::~BluezDevices()
 
 void BluezDevices::open()
 {
-    connection_ = BusConnection::open(BusConnection::Bus::System, Service);
+    connection_ = BusConnection::open(BusConnection::Bus::System, BluezService);
     connect(connection_.get(), &BusConnection::ready, this, &BluezDevices::listen);
     connect(connection_.get(), &BusConnection::lost, this, &BluezDevices::becomeLost);
 }
@@ -89,7 +89,8 @@ void BluezDevices::listen()
     hear(BusObjectManager, "InterfacesRemoved", &BluezDevices::interfacesRemoved);
     hear(BusProperties, "PropertiesChanged", &BluezDevices::propertiesChanged);
     connection_->call(QStringLiteral("/"), BusObjectManager, "GetManagedObjects", {},
-                      ReplyMilliseconds, [this](const BusMessage& reply) { objectsCame(reply); });
+                      DeviceReplyMilliseconds,
+                      [this](const BusMessage& reply) { objectsCame(reply); });
 }
 
 void BluezDevices::hear(const QString& interface, const char* signal,
@@ -127,7 +128,7 @@ void BluezDevices::tryAdapters()
     connection_->call(
         adapter, BusProperties, "Set",
         {QString(AdapterInterface), QString(Powered), QVariant::fromValue(BusVariant{true})},
-        ReplyMilliseconds, [this, adapter](const BusMessage& reply) {
+        DeviceReplyMilliseconds, [this, adapter](const BusMessage& reply) {
             if (reply.isError())
                 tryAdapters();
             else
@@ -160,7 +161,7 @@ void BluezDevices::startSearch()
     // What takes files speaks the classic protocol; a service that cannot filter finds all.
     connection_->send(adapter_, AdapterInterface, "SetDiscoveryFilter",
                       {QVariantMap{{QStringLiteral("Transport"), QStringLiteral("bredr")}}});
-    connection_->call(adapter_, AdapterInterface, "StartDiscovery", {}, ReplyMilliseconds,
+    connection_->call(adapter_, AdapterInterface, "StartDiscovery", {}, DeviceReplyMilliseconds,
                       [this](const BusMessage& reply) {
                           if (reply.isError())
                               searchEnded();

@@ -5,15 +5,15 @@
 namespace
 {
 
-const QLatin1String Service("org.bluez.obex");
+const QLatin1String ObexService("org.bluez.obex");
 const QLatin1String ClientPath("/org/bluez/obex");
 const QLatin1String Client("org.bluez.obex.Client1");
 const QLatin1String Session("org.bluez.obex.Session1");
-const QLatin1String ObjectPush("org.bluez.obex.ObjectPush1");
+const QLatin1String ObjectPushInterface("org.bluez.obex.ObjectPush1");
 const QLatin1String Transfer("org.bluez.obex.Transfer1");
 /// Finding, paging and connecting a device; the service itself gives up earlier.
 constexpr int ConnectMilliseconds = 90000;
-constexpr int ReplyMilliseconds = 10000;
+constexpr int TransferReplyMilliseconds = 10000;
 constexpr int FarewellMilliseconds = 3000;
 /// The largest packet of the exchange protocol. A device decides on the first whether it wants the
 /// file.
@@ -22,7 +22,7 @@ constexpr qint64 FirstPacketBytes = 0xffff;
 /// What the service itself says. The words of the bus mean nothing to a user.
 QString reasonIn(const BusMessage& error)
 {
-    return error.errorName.startsWith(Service) ? error.errorText : QString();
+    return error.errorName.startsWith(ObexService) ? error.errorText : QString();
 }
 
 /// Whether the service was told "no" when it greeted the device: "... failed with 0x43" (forbidden)
@@ -48,7 +48,7 @@ ObexPush::~ObexPush()
 
 void ObexPush::open()
 {
-    connection_ = BusConnection::open(BusConnection::Bus::Session, Service);
+    connection_ = BusConnection::open(BusConnection::Bus::Session, ObexService);
     connect(connection_.get(), &BusConnection::ready, this, &ObexPush::listen);
     connect(connection_.get(), &BusConnection::lost, this, &ObexPush::becomeLost);
 }
@@ -95,7 +95,8 @@ void ObexPush::sessionMade(const BusMessage& reply)
         return;
     }
     size_ = EntryInfo(file_).size();
-    call(session_, ObjectPush, "SendFile", {file_}, ReplyMilliseconds, &ObexPush::transferMade);
+    call(session_, ObjectPushInterface, "SendFile", {file_}, TransferReplyMilliseconds,
+         &ObexPush::transferMade);
 }
 
 void ObexPush::transferMade(const BusMessage& reply)

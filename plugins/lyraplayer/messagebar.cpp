@@ -11,7 +11,7 @@
 namespace
 {
 
-constexpr int Margin = 6;
+constexpr int BarMargin = 6;
 
 QFont textFont(const QWidget& bar)
 {
@@ -39,7 +39,7 @@ void MessageBar::setText(const QString& text)
 void MessageBar::breakLines()
 {
     const QFont font = textFont(*this);
-    const int room = std::max(width() - 2 * Margin, 1);
+    const int room = std::max(width() - 2 * BarMargin, 1);
     QTextLayout layout(text_, font);
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -54,7 +54,7 @@ void MessageBar::breakLines()
         lines_.append(QFontMetrics(font).elidedText(rest.trimmed(), Qt::ElideRight, room));
     }
     layout.endLayout();
-    setFixedHeight(int(lines_.size()) * QFontMetrics(font).height() + Margin);
+    setFixedHeight(int(lines_.size()) * QFontMetrics(font).height() + BarMargin);
     update();
 }
 
@@ -67,7 +67,8 @@ void MessageBar::paintEvent(QPaintEvent* /*event*/)
     painter.setPen(look.highlightText);
     const int height = painter.fontMetrics().height();
     for (qsizetype i = 0; i < lines_.size(); ++i) {
-        const QRect line(Margin, Margin / 2 + int(i) * height, width() - 2 * Margin, height);
+        const QRect line(BarMargin, BarMargin / 2 + int(i) * height, width() - 2 * BarMargin,
+                         height);
         painter.drawText(line, int(Qt::AlignCenter) | Qt::TextSingleLine, lines_.at(i));
     }
 }

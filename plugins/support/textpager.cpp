@@ -1,5 +1,7 @@
 #include "plugins/support/textpager.h"
 
+#include "files/names.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -8,7 +10,6 @@ namespace
 
 /// How far before a multiple of the block size a blank is looked for, bytes.
 constexpr qint64 BlankSearch = 64;
-constexpr QByteArrayView ByteOrderMark = "\xef\xbb\xbf";
 
 bool isBlank(char32_t code)
 {
