@@ -2,7 +2,6 @@
 
 #include "platform/keymap.h"
 #include "platform/zscreen.h"
-#include "platform/zskinservice.h"
 #include "sharing/sharetexts.h"
 #include "widgets/boxparts.h"
 
@@ -15,26 +14,6 @@
 namespace
 {
 
-constexpr int TitleHeight = 24;
-constexpr int Margin = 8;
-constexpr int BarHeight = 16;
-constexpr int CountHeight = 18;
-/// As much text as leaves the box on the screen.
-constexpr int MostTextHeight = 230;
-constexpr int TextFlags = Qt::AlignHCenter | Qt::TextWordWrap | Qt::TextWrapAnywhere;
-
-QFont sized(QFont font, int pixels, QFont::Weight weight)
-{
-    font.setPixelSize(pixels);
-    font.setWeight(weight);
-    return font;
-}
-
-QFont textFont(const QWidget& box)
-{
-    return sized(box.font(), 13, std::min(QFont::Normal, box.font().weight()));
-}
-
 QString dataSize(qint64 bytes)
 {
     return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat);
@@ -42,11 +21,14 @@ QString dataSize(qint64 bytes)
 
 } // namespace
 
-ShareBox::ShareBox(const QFont& font) : QWidget(ZScreen::instance())
+ShareBox::ShareBox()
+    : QWidget(ZScreen::instance()),
+      titleFont_(Box::titleFont()),
+      textFont_(Box::textFont()),
+      title_(Box::linesOf(ShareTexts::instance().title, titleFont_))
 {
     hide();
     setObjectName(QStringLiteral("ShareBox"));
-    setFont(font);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
     ZScreen::instance()->place(this, ZScreen::Layer::Box);
@@ -73,61 +55,38 @@ int ShareBox::percent() const
     return result_ || size_ == 0 ? -1 : int(double(sent_) * 100 / double(size_));
 }
 
-int ShareBox::bodyHeight() const
-{
-    const QRect room(0, 0, Box::Width - 2 * Margin, MostTextHeight);
-    const int text = QFontMetrics(textFont(*this)).boundingRect(room, TextFlags, text_).height();
-    return std::min(text, MostTextHeight) + 2 * Margin;
-}
-
 void ShareBox::fit()
 {
-    int height = TitleHeight + bodyHeight();
+    lines_ = Box::linesOf(text_, textFont_);
+    int height = Box::blockHeight(title_, titleFont_) + Box::blockHeight(lines_, textFont_);
     if (!result_)
-        height += BarHeight + CountHeight + Margin + Box::KeyBarHeight;
+        height += Box::ProgressHeight + Box::KeyBarHeight;
     setGeometry(Box::geometry(height));
     update();
     show();
 }
 
-void ShareBox::paintEvent(QPaintEvent* /*event*/)
+QString ShareBox::progressText() const
 {
-    const auto& dark = ZSkinService::look(ZSkinService::clsMainWidget);
-    const auto& light = ZSkinService::look(ZSkinService::clsListBox);
-    QPainter painter(this);
-    painter.fillRect(rect(), dark.background);
-    painter.setPen(dark.text);
-    painter.setFont(sized(font(), 15, QFont::Black));
-    painter.drawText(QRect(0, 0, Box::Width, TitleHeight), Qt::AlignCenter,
-                     ShareTexts::instance().title);
-    painter.setFont(textFont(*this));
-    const int end = height() - (result_ ? 1 : Box::KeyBarHeight);
-    painter.fillRect(1, TitleHeight, Box::Width - 2, end - TitleHeight, light.background);
-    if (!result_)
-        painter.drawText(QRect(0, end, Box::Width - 6, Box::KeyBarHeight),
-                         Qt::AlignRight | Qt::AlignVCenter, ShareTexts::instance().cancel);
-    painter.setPen(light.text);
-    const QRect body(Margin, TitleHeight + Margin, Box::Width - 2 * Margin,
-                     bodyHeight() - 2 * Margin);
-    painter.drawText(body, TextFlags, text_);
-    if (!result_)
-        paintBar(painter, QRect(Margin, body.bottom() + 1 + Margin, body.width(), BarHeight));
+    if (percent() < 0)
+        return {};
+    return QStringLiteral("%1%  %2 / %3")
+        .arg(QString::number(percent()), dataSize(sent_), dataSize(size_));
 }
 
-void ShareBox::paintBar(QPainter& painter, const QRect& area) const
+void ShareBox::paintEvent(QPaintEvent* /*event*/)
 {
-    const auto& light = ZSkinService::look(ZSkinService::clsListBox);
-    painter.fillRect(area, light.border);
-    const QRect inside = area.adjusted(1, 1, -1, -1);
-    painter.fillRect(inside, light.background);
-    if (percent() < 0)
+    QPainter painter(this);
+    painter.fillRect(rect(), Qt::black);
+    painter.setPen(Qt::white);
+    const int top = Box::drawLines(painter, titleFont_, title_, Box::Gap, Qt::AlignHCenter);
+    const int end = top + Box::blockHeight(lines_, textFont_);
+    Box::drawGround(painter, top, end - top);
+    Box::drawLines(painter, textFont_, lines_, top + Box::Gap, Qt::AlignHCenter);
+    if (result_)
         return;
-    QRect filled = inside;
-    filled.setWidth(int(double(inside.width()) * double(sent_) / double(size_)));
-    painter.fillRect(filled, light.highlight);
-    painter.drawText(inside, Qt::AlignCenter, QStringLiteral("%1%").arg(percent()));
-    painter.drawText(area.translated(0, BarHeight + 2), Qt::AlignCenter,
-                     QStringLiteral("%1 / %2").arg(dataSize(sent_), dataSize(size_)));
+    Box::drawProgress(painter, textFont_, end, std::max(percent(), 0), progressText());
+    Box::drawKeyBar(painter, textFont_, end + Box::ProgressHeight, {ShareTexts::instance().cancel});
 }
 
 void ShareBox::keyPressEvent(QKeyEvent* event)

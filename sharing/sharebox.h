@@ -1,6 +1,9 @@
 #pragma once
 
+#include "widgets/boxfont.h"
+
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 
 /// The box in the middle of the screen that tells how sharing goes on and how it ended. While it
@@ -14,7 +17,7 @@ class ShareBox : public QWidget
     Q_PROPERTY(bool result READ isResult)
 
 public:
-    explicit ShareBox(const QFont& font);
+    ShareBox();
 
     /// Shows a text above a bar. `sent` of `size` bytes fill it; a size of 0 means that it is not
     /// known yet.
@@ -37,9 +40,12 @@ protected:
 
 private:
     void fit();
-    int bodyHeight() const;
-    void paintBar(QPainter& painter, const QRect& area) const;
+    QString progressText() const;
 
+    BoxFont titleFont_;
+    BoxFont textFont_;
+    QStringList title_; ///< lines
+    QStringList lines_;
     QString text_;
     qint64 sent_ = 0;
     qint64 size_ = 0;

@@ -33,7 +33,7 @@ Sharing::Sharing(std::unique_ptr<BluezDevices> devices, std::unique_ptr<ObexPush
     // The screens look like what they come up over.
     const QWidget* below = ZScreen::instance()->active();
     const QFont font = below != nullptr ? below->font() : QApplication::font();
-    box_ = new ShareBox(font);
+    box_ = new ShareBox;
     list_ = new ShareDeviceList(name_, font);
     connect(list_, &ShareDeviceList::chosen, this, &Sharing::send);
     connect(list_, &ShareDeviceList::cancelled, this, &Sharing::close);

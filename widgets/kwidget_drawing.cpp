@@ -175,16 +175,8 @@ void kWidget::drawSoftKeys(int kind)
 {
     reserve(y + Box::KeyBarHeight);
     QPainter painter(&canvas);
-    painter.fillRect(0, y, Box::Width, Box::KeyBarHeight, Qt::black);
-    painter.setFont(textFont_.font());
-    painter.setPen(Qt::white);
-    if (kind == YesNo) {
-        painter.drawText(0, y, Box::Width / 2, Box::KeyBarHeight, Qt::AlignCenter, LANG_YES);
-        painter.drawText(Box::Width / 2, y, Box::Width / 2, Box::KeyBarHeight, Qt::AlignCenter,
-                         LANG_NO);
-    } else {
-        painter.drawText(0, y, Box::Width, Box::KeyBarHeight, Qt::AlignCenter, LANG_CANCEL);
-    }
+    Box::drawKeyBar(painter, textFont_, y,
+                    kind == YesNo ? QStringList{LANG_YES, LANG_NO} : QStringList{LANG_CANCEL});
     y += Box::KeyBarHeight;
 }
 

@@ -18,10 +18,6 @@
 namespace
 {
 
-constexpr int BarHeight = 10;
-constexpr int BarBlockHeight = 36;
-// What has room on the screen below the title, however long the name in a message is.
-constexpr qsizetype MaxLines = 10;
 constexpr int Percent = 100;
 
 /// How much of the whole is done, from 0 to 100; 0 if the whole is not known.
@@ -39,8 +35,8 @@ MoveBox::MoveBox(const QString& title, const QString& text, const QString& icon)
     : QWidget(ZScreen::instance()),
       titleFont_(Box::titleFont()),
       textFont_(Box::textFont()),
-      title_(linesOf(title, titleFont_)),
-      text_(linesOf(text, textFont_))
+      title_(Box::linesOf(title, titleFont_)),
+      text_(Box::linesOf(text, textFont_))
 {
     hide();
     setFocusPolicy(Qt::StrongFocus);
@@ -59,20 +55,11 @@ void MoveBox::addFont(const QString& icon)
     ZFontManager::addDiskFont(font);
 }
 
-QStringList MoveBox::linesOf(const QString& text, BoxFont& font)
-{
-    return font.wrapped(text, Box::TextWidth).texts.mid(0, MaxLines);
-}
-
-int MoveBox::heightOf(const QStringList& lines, const BoxFont& font)
-{
-    return Box::Gap + int(lines.size()) * font.pitch();
-}
-
 void MoveBox::place()
 {
-    setGeometry(Box::geometry(pixmapSize(icon_).height() + heightOf(title_, titleFont_) +
-                              heightOf(text_, textFont_) + (hasFailed_ ? 0 : BarBlockHeight)));
+    setGeometry(Box::geometry(pixmapSize(icon_).height() + Box::blockHeight(title_, titleFont_) +
+                              Box::blockHeight(text_, textFont_) +
+                              (hasFailed_ ? 0 : Box::ProgressHeight)));
     update();
 }
 
@@ -87,7 +74,7 @@ void MoveBox::showProgress(const MoveProgress& progress)
 void MoveBox::showFailure(const QString& message)
 {
     hasFailed_ = true;
-    text_ = linesOf(message, textFont_);
+    text_ = Box::linesOf(message, textFont_);
     place();
 }
 
@@ -100,11 +87,11 @@ void MoveBox::paintEvent(QPaintEvent* /*event*/)
     painter.setPen(Qt::white);
     const int top =
         Box::drawLines(painter, titleFont_, title_, icon.height() + Box::Gap, Qt::AlignHCenter);
-    const int height = heightOf(text_, textFont_);
+    const int height = Box::blockHeight(text_, textFont_);
     Box::drawGround(painter, top, height);
     Box::drawLines(painter, textFont_, text_, top + Box::Gap, Qt::AlignHCenter);
     if (!hasFailed_)
-        drawProgress(painter, top + height);
+        Box::drawProgress(painter, textFont_, top + height, percentage(progress_), progressText());
 }
 
 QString MoveBox::progressText() const
@@ -114,21 +101,6 @@ QString MoveBox::progressText() const
     return QStringLiteral("%1%  %2 of %3")
         .arg(QString::number(percentage(progress_)), sizeText(double(progress_.bytesDone)),
              sizeText(double(progress_.bytesTotal)));
-}
-
-void MoveBox::drawProgress(QPainter& painter, int top) const
-{
-    // One block with the text above it: no line between them.
-    Box::drawGround(painter, top - 1, BarBlockHeight + 1);
-    painter.fillRect(1, top - 1, Box::Width - 2, 1, Qt::white);
-    painter.drawRect(Box::TextLeft, top, Box::TextWidth - 1, BarHeight - 1);
-    const int filled = (Box::TextWidth - 2) * percentage(progress_) / Percent;
-    painter.fillRect(Box::TextLeft + 1, top + 1, filled, BarHeight - 2,
-                     ZSkinService::look(ZSkinService::clsListBox).highlight);
-    painter.setFont(textFont_.font());
-    const int textTop = top + BarHeight;
-    painter.drawText(Box::TextLeft, textTop, Box::TextWidth, BarBlockHeight - BarHeight,
-                     Qt::AlignCenter, progressText());
 }
 
 void MoveBox::keyPressEvent(QKeyEvent* event)

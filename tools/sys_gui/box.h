@@ -33,9 +33,6 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
-    static QStringList linesOf(const QString& text, BoxFont& font);
-    static int heightOf(const QStringList& lines, const BoxFont& font);
-    void drawProgress(QPainter& painter, int top) const;
     QString progressText() const;
     void place();
 
