@@ -5,6 +5,9 @@
 
 class QColor;
 
+/// What looking at a picture file may take, however large it says that it is, bytes.
+constexpr qint64 MostMemory = 64 * 1024 * 1024;
+
 /// A picture of one colour in a format of the toolkit ("png", "jpg", "bmp", "ppm").
 QByteArray pictureFile(QSize size, const char* format, const QColor& colour);
 

@@ -7,8 +7,6 @@
 namespace
 {
 
-enum Key { Select = 0x1004, Down = 0x1015, GoUp = 0x1032 };
-
 void relist(const PanelFixture& panel)
 {
     panel->setDir(panel->curPath, panel->curIndex);

@@ -11,8 +11,6 @@
 namespace
 {
 
-enum Key { Select = 0x1004, Enter = 0x1005, Up = 0x1013, Down = 0x1015, GoUp = 0x1032 };
-
 } // namespace
 
 class tst_Navigation : public QObject

@@ -8,8 +8,6 @@
 namespace
 {
 
-enum Key { Up = 0x1013, Down = 0x1015, PageUp = 0x1016, PageDown = 0x1017 };
-
 /// The page as a user counts it: the rows in view but for the list's last row, less one.
 int page(const PanelFixture& panel)
 {

@@ -21,7 +21,6 @@ namespace
 {
 
 constexpr int PictureNumber = 2;
-constexpr qint64 MostMemory = 64 * 1024 * 1024;
 
 void writePicture(const PanelFixture& panel, const QString& name, const QColor& colour = Qt::red,
                   QSize size = {64, 48})

@@ -12,8 +12,6 @@
 namespace
 {
 
-constexpr qint64 MostMemory = 64 * 1024 * 1024;
-
 bool near(QRgb left, QRgb right)
 {
     return std::abs(qRed(left) - qRed(right)) < 24 && std::abs(qGreen(left) - qGreen(right)) < 24 &&

@@ -211,6 +211,11 @@ QString CommandLog::progress(const QString& title, const QString& icon)
     return line("progress", {title, icon});
 }
 
+QString CommandLog::busy()
+{
+    return progress(QStringLiteral("Processing.."), QStringLiteral("open_with"));
+}
+
 QString CommandLog::cleared()
 {
     return QStringLiteral("cleared");

@@ -55,6 +55,8 @@ public:
     static QString dialog(const QString& title, const QString& prompt, const QString& icon,
                           const QString& start);
     static QString progress(const QString& title, const QString& icon);
+    /// What is shown while a program is started.
+    static QString busy();
     /// The box of messages and questions was taken away by the command.
     static QString cleared();
     static QString shell(const QByteArray& command);

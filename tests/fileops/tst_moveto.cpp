@@ -22,7 +22,7 @@ QStringList sureQuestion(const QString& name, const QString& folder)
     return {Log::question(LANG_MOVE_SURE, name + " to " + folder, "warning")};
 }
 
-QString refusal()
+QString moveRefusal()
 {
     return Log::message(LANG_ERROR, LANG_DON_TRY_MOVE, "error");
 }
@@ -173,7 +173,7 @@ private slots:
         expected.append(replaceQuestion("x"));
         if (isFolder)
             expected.append(removal(fixture_->right("x")));
-        expected += {removalError(), refusal()};
+        expected += {removalError(), moveRefusal()};
         QCOMPARE(log(), expected + fixture_->bothListed());
         QVERIFY(QFile::exists(fixture_->left("x")) && QFile::exists(fixture_->right("x")));
         // It stays for the user to read.
@@ -257,7 +257,7 @@ private slots:
         fixture_->start();
         fixture_->toClipboard(Fixture::Move, "f", 2);
         fixture_->paste();
-        QCOMPARE(log(), QStringList(refusal()) + fixture_->bothListed());
+        QCOMPARE(log(), QStringList(moveRefusal()) + fixture_->bothListed());
         QVERIFY(QFile::exists(fixture_->left("f/in")));
         QVERIFY(!fixture_->window()->copyMenu->isItemEnabled(Fixture::Paste));
         fixture_->dismissError(LANG_DON_TRY_MOVE);
@@ -488,7 +488,7 @@ private slots:
         }
         const QStringList lines = log();
         QCOMPARE(lines.first(), sureQuestion("x", fixture_->right()).first());
-        QVERIFY(lines.contains(refusal()));
+        QVERIFY(lines.contains(moveRefusal()));
         QCOMPARE(fixture_->log().unused(), 0);
         QCOMPARE(fixture_->files().read("left/x"), QByteArray("x"));
         QVERIFY(!QFile::exists(fixture_->right()));
@@ -503,7 +503,7 @@ private slots:
         fixture_->toClipboard(Fixture::Move, "a name that no one has", FM::AboutPage);
         fixture_->log().expect({yes});
         fixture_->window()->slot_MoveTo();
-        QCOMPARE(log(), sureQuestion("a name that no one has", "") + QStringList(refusal()) +
+        QCOMPARE(log(), sureQuestion("a name that no one has", "") + QStringList(moveRefusal()) +
                             fixture_->bothListed());
         QVERIFY(QFile::exists(fixture_->left("a name that no one has")));
     }

@@ -23,7 +23,7 @@ QString copyCommand(const QString& path, const QString& folder)
     return Log::shell("cp -R \"" + path.toUtf8() + "\" \"" + folder.toUtf8() + '"');
 }
 
-QString refusal()
+QString pasteRefusal()
 {
     return Log::message(LANG_ERROR, LANG_DON_TRY_COPY, "error");
 }
@@ -152,7 +152,7 @@ private slots:
         QStringList expected{replaceQuestion("x")};
         if (isFolder)
             expected.append(removal(fixture_->right("x")));
-        expected += {removalError(), refusal()};
+        expected += {removalError(), pasteRefusal()};
         QCOMPARE(log(), expected + fixture_->bothListed());
         QCOMPARE(QFileInfo(fixture_->right("x")).isDir(), isFolder);
         fixture_->dismissError(LANG_DON_TRY_COPY);
@@ -211,7 +211,7 @@ private slots:
             QVERIFY(QFile::remove(fixture_->left("x")));
             yes();
         }});
-        QCOMPARE(log(), QStringList(replaceQuestion("x")) + QStringList(refusal()) +
+        QCOMPARE(log(), QStringList(replaceQuestion("x")) + QStringList(pasteRefusal()) +
                             fixture_->bothListed());
         QVERIFY(QFile::exists(fixture_->right("x")));
         fixture_->dismissMessage();
@@ -266,7 +266,7 @@ private slots:
         fixture_->start();
         fixture_->toClipboard(Fixture::Copy, "f", 2);
         fixture_->paste();
-        QCOMPARE(log(), QStringList(refusal()) + fixture_->bothListed());
+        QCOMPARE(log(), QStringList(pasteRefusal()) + fixture_->bothListed());
         QCOMPARE(fixture_->program().rows(2), (QStringList{"..", "in"}));
         QVERIFY(!fixture_->window()->copyMenu->isItemEnabled(Fixture::Paste));
         fixture_->dismissError(LANG_DON_TRY_COPY);
@@ -420,7 +420,7 @@ private slots:
         window->modKeyHeld = builtIn;
         window->slot_CopyTo();
         window->modKeyHeld = false;
-        QCOMPARE(log().first(), refusal());
+        QCOMPARE(log().first(), pasteRefusal());
         QCOMPARE(fixture_->files().read("left/x"), QByteArray("x"));
         QCOMPARE(QFile::exists(fixture_->right()), file);
         if (file)
@@ -437,7 +437,7 @@ private slots:
             yes();
         }});
         const QStringList lines = log();
-        QVERIFY(lines.contains(refusal()));
+        QVERIFY(lines.contains(pasteRefusal()));
         QVERIFY(!lines.contains(copyCommand(fixture_->left("x"), fixture_->right())));
         QVERIFY(!QFile::exists(fixture_->right()));
     }
@@ -450,7 +450,7 @@ private slots:
         fixture_->toClipboard(Fixture::Copy, "a name that no one has", FM::AboutPage);
         const ZOptionsMenu* menu = window->copyMenu;
         fixture_->window()->slot_CopyTo();
-        QCOMPARE(log(), QStringList(refusal()) + fixture_->bothListed());
+        QCOMPARE(log(), QStringList(pasteRefusal()) + fixture_->bothListed());
         QCOMPARE(window->copyMenu, menu);
         QVERIFY(!menu->isItemEnabled(Fixture::Paste));
         QCOMPARE(window->softKey->optMenu(ZSoftKey::Left), window->optionsMenu);

@@ -24,11 +24,6 @@ const QString List = QStringLiteral("plugins/LyraPlayer/TempList.m3u");
 const QString Player = QStringLiteral("plugins/LyraPlayer/LyraPlayer");
 const QString Noted = QStringLiteral("plugins/LyraPlayer/noted");
 
-QString busy()
-{
-    return Log::progress(QStringLiteral("Processing.."), QStringLiteral("open_with"));
-}
-
 QByteArray playerFolder()
 {
     return (work_folder + "/plugins/LyraPlayer/").toUtf8();
@@ -173,7 +168,7 @@ private slots:
         fixture_->log().setShell(systemShell);
         play();
         const QString album = fixture_->left("album");
-        QCOMPARE(taken(), (QStringList{busy(), listFolder(album), playList()}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), listFolder(album), playList()}));
         QCOMPARE(list(), (QStringList{album + "/1.mp3", album + "/2.mp3", album + "/b/0.mp3", ""}));
         QTRY_VERIFY(work().exists(Noted));
         QCOMPARE(work().read(Noted),
@@ -233,7 +228,7 @@ private slots:
         QCOMPARE(lines.takeFirst(), Log::listed(fixture_->left()));
         const QString album = fixture_->left("album");
         QCOMPARE(lines,
-                 (QStringList{busy(), addFolder(album), addFile(fixture_->left("b.mp3")),
+                 (QStringList{Log::busy(), addFolder(album), addFile(fixture_->left("b.mp3")),
                               addFile(fixture_->left("z.txt")), addFile(QString()), playList()}));
         QCOMPARE(list(), (QStringList{album + "/1.mp3", album + "/2.mp3", fixture_->left("b.mp3"),
                                       fixture_->left("z.txt"), "", ""}));

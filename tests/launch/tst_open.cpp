@@ -22,11 +22,6 @@ namespace
 using Log = CommandLog;
 using PhoneKey::Code;
 
-QString busy()
-{
-    return Log::progress(QStringLiteral("Processing.."), QStringLiteral("open_with"));
-}
-
 QString error(const QString& text)
 {
     return Log::message(LANG_ERROR, text, QStringLiteral("error"));
@@ -72,7 +67,7 @@ private slots:
         pressKey(Code::Return);
         const QString file = fixture_->folder(page) + "/a.pic";
         QCOMPARE(taken(),
-                 (QStringList{busy(), folderLine("Viewer", file), pathLine("Viewer", file)}));
+                 (QStringList{Log::busy(), folderLine("Viewer", file), pathLine("Viewer", file)}));
         QVERIFY(!textView->isUp());
     }
 
@@ -114,7 +109,7 @@ private slots:
               {"001 09 PIC", "001 03 PIC", "001 09 OTHER"}, {"a.pic"});
         pick("a.pic");
         const QString file = fixture_->left("a.pic");
-        QCOMPARE(taken(), (QStringList{busy(), folderLine("/bin/nine -x", file),
+        QCOMPARE(taken(), (QStringList{Log::busy(), folderLine("/bin/nine -x", file),
                                        pathLine("/bin/nine -x", file), folderLine("Three", file),
                                        pathLine("Three", file), folderLine("other", file),
                                        pathLine("other", file)}));
@@ -131,17 +126,17 @@ private slots:
     {
         start({"01 1", "01 0 ", "01 1    "}, {"001 01 PIC", "001 01"}, {"a.pic", "a."});
         pick("a.pic");
-        QCOMPARE(taken(), QStringList(busy()));
+        QCOMPARE(taken(), QStringList(Log::busy()));
         pick("a.");
-        QCOMPARE(taken(),
-                 (QStringList{busy(), error("Don`t known how to open " + fixture_->left("a."))}));
+        QCOMPARE(taken(), (QStringList{Log::busy(),
+                                       error("Don`t known how to open " + fixture_->left("a."))}));
     }
 
     void entryOfANumberThatNoPluginHasCountsAsHandled()
     {
         start({"01 0 One"}, {"001 55 PIC"}, {"a.pic"});
         pick("a.pic");
-        QCOMPARE(taken(), QStringList(busy()));
+        QCOMPARE(taken(), QStringList(Log::busy()));
         QVERIFY(processView->isUp() && !textView->isUp());
     }
 
@@ -151,7 +146,7 @@ private slots:
         pick("a.pic");
         const QString file = fixture_->left("a.pic");
         QCOMPARE(taken(),
-                 (QStringList{busy(), folderLine("Seven", file), pathLine("Seven", file)}));
+                 (QStringList{Log::busy(), folderLine("Seven", file), pathLine("Seven", file)}));
     }
 
     void unknownExtensionIsAnError_data()
@@ -169,8 +164,8 @@ private slots:
         QFETCH(QString, name);
         start({"01 0 One"}, {"001 01 PIC"}, {name});
         pick(name);
-        QCOMPARE(taken(),
-                 (QStringList{busy(), error("Don`t known how to open " + fixture_->left(name))}));
+        QCOMPARE(taken(), (QStringList{Log::busy(),
+                                       error("Don`t known how to open " + fixture_->left(name))}));
         QVERIFY2(!processView->isUp(), "the busy box was not taken away");
         fixture_->dismissMessage();
     }
@@ -186,8 +181,8 @@ private slots:
     {
         start({"01 0 One"}, {"001 01 unknown", "001 01 UNKNOWN", "001 01 README"}, {"README"});
         pick("README");
-        QCOMPARE(taken(), (QStringList{busy(), error("Don`t known how to open " +
-                                                     fixture_->left("README"))}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), error("Don`t known how to open " +
+                                                          fixture_->left("README"))}));
     }
 
     void whatIsNoRegularFileIsNotExecutable_data()
@@ -210,7 +205,7 @@ private slots:
             fixture_->files().makeFolder("left/a.pic");
         fixture_->log().take();
         fixture_->window()->slot_ClickFile(true);
-        QCOMPARE(taken(), (QStringList{busy(), error(file + " not executable")}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), error(file + " not executable")}));
         QVERIFY(!processView->isUp());
         fixture_->dismissMessage();
     }
@@ -221,7 +216,7 @@ private slots:
         fixture_->goTo(3);
         fixture_->log().take();
         fixture_->window()->slot_ClickFile(true);
-        QCOMPARE(taken(), (QStringList{busy(), error(" not executable")}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), error(" not executable")}));
     }
 
     void oddNamesReachTheShellAsTheyAre_data() { addOddNames(); }
@@ -237,7 +232,8 @@ private slots:
         relist();
         pick(odd);
         const QString file = fixture_->left(odd);
-        QCOMPARE(taken(), (QStringList{busy(), folderLine("One", file), pathLine("One", file)}));
+        QCOMPARE(taken(),
+                 (QStringList{Log::busy(), folderLine("One", file), pathLine("One", file)}));
     }
 
     void chosenPluginIsStartedInItsOwnWay_data()
@@ -258,8 +254,8 @@ private slots:
         fixture_->highlight("a.xyz");
         const QString file = fixture_->left("a.xyz");
         chooseOpenWith(item);
-        QCOMPARE(taken(), (QStringList{busy(), item == 0 ? folderLine("Viewer", file)
-                                                         : pathLine(command, file)}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), item == 0 ? folderLine("Viewer", file)
+                                                              : pathLine(command, file)}));
         QCOMPARE(fixture_->window()->openWithMenu->getActiveItemId(), item == 0 ? 0 : 2);
         QVERIFY(!textView->isUp());
         QVERIFY(ticksLeft() <= 25);
@@ -270,7 +266,7 @@ private slots:
         start({"05 1 view"}, {}, {"a", "b"}, 2);
         fixture_->highlight("b");
         chooseOpenWith(0);
-        QCOMPARE(taken(), (QStringList{busy(), pathLine("view", fixture_->right("b"))}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), pathLine("view", fixture_->right("b"))}));
     }
 
     void pluginWhoseExecutableIsMissingIsAnError()
@@ -278,7 +274,7 @@ private slots:
         start({"01 0 Viewer"}, {}, {"a"});
         fixture_->highlight("a");
         chooseOpenWith(0);
-        QCOMPARE(taken(), (QStringList{busy(), error("Can not find Viewer")}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), error("Can not find Viewer")}));
         QVERIFY2(processView->isUp(), "the busy box goes by itself, later");
         QVERIFY(ticksLeft() <= 25);
         fixture_->dismissMessage();
@@ -289,7 +285,8 @@ private slots:
         start({"05 1 view"}, {}, {"sub/a"});
         fixture_->highlight("sub");
         chooseOpenWith(0);
-        QCOMPARE(taken(), (QStringList{busy(), error(fixture_->left("sub") + " not executable")}));
+        QCOMPARE(taken(),
+                 (QStringList{Log::busy(), error(fixture_->left("sub") + " not executable")}));
         QVERIFY(processView->isUp());
         QVERIFY(ticksLeft() <= 25);
     }
@@ -311,8 +308,8 @@ private slots:
         fixture_->highlight("a");
         holdKey(Code::Modifier);
         pressKey('0' + digit);
-        QCOMPARE(taken(), (QStringList{busy(), pathLine("view" + QByteArray::number(digit),
-                                                        fixture_->left("a"))}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), pathLine("view" + QByteArray::number(digit),
+                                                             fixture_->left("a"))}));
         QCOMPARE(fixture_->window()->pendingPlugin, 0);
         QVERIFY(fixture_->window()->modKeyHeld);
         releaseKey(Code::Modifier);
@@ -330,7 +327,7 @@ private slots:
               std::pair('9', error("Can not find plugin 9")), std::pair('1', pathLine("one", file)),
               std::pair('1', pathLine("one", file))}) {
             pressKey(digit);
-            QCOMPARE(taken(), (QStringList{busy(), opened}));
+            QCOMPARE(taken(), (QStringList{Log::busy(), opened}));
             QCOMPARE(fixture_->window()->pendingPlugin, 0);
             waitOut();
         }
@@ -450,8 +447,9 @@ private slots:
         holdKey(Code::Modifier);
         pressKey('0' + digit);
         releaseKey(Code::Modifier);
-        QCOMPARE(taken(),
-                 (QStringList{busy(), error(QStringLiteral("Can not find plugin %1").arg(digit))}));
+        QCOMPARE(
+            taken(),
+            (QStringList{Log::busy(), error(QStringLiteral("Can not find plugin %1").arg(digit))}));
         QVERIFY(ticksLeft() <= 25);
         fixture_->dismissMessage();
     }
@@ -462,7 +460,7 @@ private slots:
         fixture_->highlight("a");
         fixture_->log().take();
         fixture_->window()->slot_OpenWith();
-        QCOMPARE(taken(), (QStringList{busy(), error("Can not find plugin 0")}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), error("Can not find plugin 0")}));
     }
 
     void numberOfAnEntryThatIsNotShownStartsNothing()
@@ -473,7 +471,7 @@ private slots:
             fixture_->window()->pendingPlugin = digit;
             fixture_->log().take();
             fixture_->window()->slot_OpenWith();
-            QCOMPARE(taken(), QStringList(busy()));
+            QCOMPARE(taken(), QStringList(Log::busy()));
         }
         QVERIFY(!textView->isUp());
     }
@@ -488,12 +486,12 @@ private slots:
         processView->init();
         fixture_->log().take();
         fixture_->window()->slot_OpenWith();
-        QCOMPARE(taken(), (QStringList{busy(), pathLine("two", file)}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), pathLine("two", file)}));
         QCOMPARE(fixture_->window()->pendingPlugin, 0);
         processView->init();
         fixture_->log().take();
         chooseOpenWith(0);
-        QCOMPARE(taken(), (QStringList{busy(), pathLine("one", file)}));
+        QCOMPARE(taken(), (QStringList{Log::busy(), pathLine("one", file)}));
     }
 
     void pluginGetsTheOptionAndTheFile()

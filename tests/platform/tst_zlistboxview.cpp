@@ -1,5 +1,7 @@
 #include "platform/zlistbox.h"
 #include "tests/platform/listfixture.h"
+#include "tests/support/keys.h"
+#include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
 
 #include <QSignalSpy>
@@ -9,29 +11,17 @@
 namespace
 {
 
-QPixmap coloured(QColor colour, QSize size = {16, 16})
-{
-    QPixmap pixmap(size);
-    pixmap.fill(colour);
-    return pixmap;
-}
-
-QWindow* window()
-{
-    return ZScreen::instance()->window()->windowHandle();
-}
-
 void tap(QPoint point)
 {
-    QTest::mouseClick(window(), Qt::LeftButton, Qt::NoModifier, point);
+    QTest::mouseClick(screenWindow(), Qt::LeftButton, Qt::NoModifier, point);
 }
 
 void drag(QPoint from, QPoint to)
 {
-    QTest::mousePress(window(), Qt::LeftButton, Qt::NoModifier, from);
+    QTest::mousePress(screenWindow(), Qt::LeftButton, Qt::NoModifier, from);
     for (int step = 1; step <= 10; ++step)
-        QTest::mouseMove(window(), from + (to - from) * step / 10);
-    QTest::mouseRelease(window(), Qt::LeftButton, Qt::NoModifier, to);
+        QTest::mouseMove(screenWindow(), from + (to - from) * step / 10);
+    QTest::mouseRelease(screenWindow(), Qt::LeftButton, Qt::NoModifier, to);
 }
 
 QImage pictureOf(const ListFixture& list)

@@ -20,16 +20,6 @@ constexpr int Return = PhoneKey::Return;
 constexpr int SoftLeft = PhoneKey::SoftLeft;
 constexpr int SoftRight = PhoneKey::SoftRight;
 
-QWindow* window()
-{
-    return ZScreen::instance()->window()->windowHandle();
-}
-
-void tap(QPoint point)
-{
-    QTest::mouseClick(window(), Qt::LeftButton, Qt::NoModifier, point);
-}
-
 /// The middle of the n-th row in view, in pixels of the screen.
 QPoint rowPoint(const ZOptionsMenu& menu, int row)
 {
@@ -158,7 +148,7 @@ private slots:
         empty->show();
         QCOMPARE(empty->currentPosition(), -1);
         pressKeys({Up, Down, Return, Right, SoftLeft});
-        tap(rowPoint(*empty, 0));
+        tapScreen(rowPoint(*empty, 0));
         QCOMPARE(empty->getActiveItemId(), -1);
         QVERIFY(empty->isVisible());
         ZScreen::instance()->grab();
@@ -262,12 +252,12 @@ private slots:
         QVERIFY(shown < 40);
         pressKey(Up);
         QCOMPARE(menu->currentPosition(), 39);
-        tap(rowPoint(*menu, 0));
+        tapScreen(rowPoint(*menu, 0));
         QCOMPARE(menu->getActiveItemId(), 40 - shown);
         menu->show();
         pressKeys(QList<int>(shown, Down));
         QCOMPARE(menu->currentPosition(), shown);
-        tap(rowPoint(*menu, 0));
+        tapScreen(rowPoint(*menu, 0));
         QCOMPARE(menu->getActiveItemId(), 1);
     }
 
@@ -280,23 +270,23 @@ private slots:
         QApplication::sendEvent(menu.get(), &turn);
         QCOMPARE(menu->currentPosition(), 0);
         const QPoint from = rowPoint(*menu, 6);
-        QTest::mousePress(window(), Qt::LeftButton, Qt::NoModifier, from);
+        QTest::mousePress(screenWindow(), Qt::LeftButton, Qt::NoModifier, from);
         for (int step = 1; step <= 3; ++step)
-            QTest::mouseMove(window(), from - QPoint(0, step * ZSkinService::MenuRowHeight));
-        QTest::mouseRelease(window(), Qt::LeftButton, Qt::NoModifier, rowPoint(*menu, 3));
+            QTest::mouseMove(screenWindow(), from - QPoint(0, step * ZSkinService::MenuRowHeight));
+        QTest::mouseRelease(screenWindow(), Qt::LeftButton, Qt::NoModifier, rowPoint(*menu, 3));
         QVERIFY(menu->isVisible());
         QCOMPARE(menu->getActiveItemId(), -1);
-        tap(rowPoint(*menu, 0));
+        tapScreen(rowPoint(*menu, 0));
         QCOMPARE(menu->getActiveItemId(), 4);
     }
 
     void tapChooses()
     {
         menu_->show();
-        tap(rowPoint(*menu_, 3));
+        tapScreen(rowPoint(*menu_, 3));
         QVERIFY(menu_->isVisible());
         QCOMPARE(menu_->getActiveItemId(), -1);
-        tap(rowPoint(*menu_, 4));
+        tapScreen(rowPoint(*menu_, 4));
         QVERIFY(!menu_->isVisible());
         QCOMPARE(menu_->getActiveItemId(), 3);
     }
@@ -304,9 +294,9 @@ private slots:
     void tapOpensASubmenuAndChoosesInIt()
     {
         menu_->show();
-        tap(rowPoint(*menu_, 1));
+        tapScreen(rowPoint(*menu_, 1));
         QVERIFY(submenu_->isVisible());
-        tap(rowPoint(*submenu_, 2));
+        tapScreen(rowPoint(*submenu_, 2));
         QCOMPARE(submenu_->getActiveItemId(), 2);
         QVERIFY(!menu_->isVisible());
     }
@@ -315,7 +305,7 @@ private slots:
     {
         menu_->show();
         pressKeys({Down, Right});
-        tap({230, 10});
+        tapScreen({230, 10});
         QVERIFY(!submenu_->isVisible());
         QVERIFY(!menu_->isVisible());
         QCOMPARE(menu_->getActiveItemId(), -1);

@@ -48,22 +48,11 @@ private:
 constexpr QRect Whole(0, 0, 240, 320);
 constexpr QRect Middle(60, 100, 120, 80);
 
-QWindow* window()
-{
-    return ZScreen::instance()->window()->windowHandle();
-}
-
 /// The display without a screen never takes the focus from a window that is hidden, so the toolkit
 /// does not notice that the window has it when it is shown again.
 void activateWindow()
 {
     takeForActive(ZScreen::instance()->window());
-}
-
-/// Where a user's finger goes: to the window, wherever the toolkit takes it from there.
-void tap(QPoint point)
-{
-    QTest::mouseClick(window(), Qt::LeftButton, Qt::NoModifier, point);
 }
 
 } // namespace
@@ -164,15 +153,15 @@ private slots:
         Panel main(ZScreen::Layer::Main, Whole, Qt::green);
         Panel box(ZScreen::Layer::Box, Middle, Qt::red);
         main.show();
-        tap({10, 300});
+        tapScreen({10, 300});
         QCOMPARE(main.presses, 1);
         box.show();
         QSignalSpy outside(ZScreen::instance(), &ZScreen::pressedOutside);
-        tap({10, 300});
+        tapScreen({10, 300});
         QCOMPARE(main.presses, 1);
         QCOMPARE(main.releases, 1);
         QCOMPARE(outside.count(), 1);
-        tap({100, 150});
+        tapScreen({100, 150});
         QCOMPARE(box.presses, 1);
         QCOMPARE(outside.count(), 1);
     }
@@ -182,7 +171,7 @@ private slots:
         Panel box(ZScreen::Layer::Box, Middle, Qt::red);
         box.show();
         QSignalSpy outside(ZScreen::instance(), &ZScreen::pressedOutside);
-        tap({5, 5});
+        tapScreen({5, 5});
         QCOMPARE(outside.count(), 1);
         QCOMPARE(box.presses, 0);
     }
@@ -209,13 +198,13 @@ private slots:
         main.show();
         box.show();
         activateWindow();
-        QTest::keyClick(window(), Qt::Key_5);
+        QTest::keyClick(screenWindow(), Qt::Key_5);
         QCOMPARE(box.keys, QList<int>{Qt::Key_5});
         QKeyEvent misled(QEvent::KeyPress, Qt::Key_7, Qt::NoModifier, "7");
         QApplication::sendEvent(&main, &misled);
         QVERIFY(main.keys.isEmpty());
         box.hide();
-        QTest::keyClick(window(), Qt::Key_6);
+        QTest::keyClick(screenWindow(), Qt::Key_6);
         QCOMPARE(main.keys, QList<int>{Qt::Key_6});
     }
 
@@ -312,9 +301,9 @@ private slots:
     {
         Panel main(ZScreen::Layer::Main, Whole, Qt::green);
         main.show();
-        QVERIFY(QTest::qWaitForWindowExposed(window()));
+        QVERIFY(QTest::qWaitForWindowExposed(screenWindow()));
         QSignalSpy requested(ZScreen::instance(), &ZScreen::closeRequested);
-        window()->close();
+        screenWindow()->close();
         QTRY_COMPARE(requested.count(), 1);
         QVERIFY(ZScreen::instance()->window()->isVisible());
         QVERIFY(main.isVisible());
@@ -329,11 +318,11 @@ private slots:
         box->show();
         const auto asked =
             connect(ZScreen::instance(), &ZScreen::pressedOutside, [&box] { box.reset(); });
-        tap({5, 300});
+        tapScreen({5, 300});
         disconnect(asked);
         QCOMPARE(main.presses, 0);
         QCOMPARE(ZScreen::instance()->active(), &main);
-        tap({5, 300});
+        tapScreen({5, 300});
         QCOMPARE(main.presses, 1);
     }
 };

@@ -9,7 +9,7 @@
 namespace
 {
 
-std::unique_ptr<ZOptionsMenu> makeMenu()
+std::unique_ptr<ZOptionsMenu> menuOfOne()
 {
     auto menu = std::make_unique<ZOptionsMenu>(QRect(), nullptr, nullptr, Qt::WindowFlags(),
                                                ZSkinService::clsOptionsMenu);
@@ -70,7 +70,7 @@ private slots:
     void keysThatDoNotExistChangeNothing()
     {
         QFETCH(int, key);
-        const auto menu = makeMenu();
+        const auto menu = menuOfOne();
         bar_->setText(key, "x");
         bar_->setOptMenu(key, menu.get());
         QCOMPARE(bar_->text(key), QString());
@@ -82,7 +82,7 @@ private slots:
 
     void keyOpensItsMenu()
     {
-        const auto menu = makeMenu();
+        const auto menu = menuOfOne();
         QVERIFY(!bar_->activate(ZSoftKey::Left));
         bar_->setOptMenu(ZSoftKey::Left, menu.get());
         QCOMPARE(bar_->optMenu(ZSoftKey::Left), menu.get());
@@ -97,7 +97,7 @@ private slots:
 
     void menuThatIsGoneIsForgotten()
     {
-        bar_->setOptMenu(ZSoftKey::Left, makeMenu().get());
+        bar_->setOptMenu(ZSoftKey::Left, menuOfOne().get());
         QCOMPARE(bar_->optMenu(ZSoftKey::Left), nullptr);
         QVERIFY(!bar_->activate(ZSoftKey::Left));
     }
@@ -116,7 +116,7 @@ private slots:
     {
         QFETCH(int, key);
         QFETCH(int, x);
-        const auto menu = makeMenu();
+        const auto menu = menuOfOne();
         bar_->setOptMenu(key, menu.get());
         QWindow* window = ZScreen::instance()->window()->windowHandle();
         QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, {239 - x, 310});

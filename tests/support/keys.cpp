@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QTest>
+#include <QWindow>
 
 namespace
 {
@@ -58,6 +59,16 @@ void repeatKey(int phoneCode)
 {
     send(QEvent::KeyRelease, phoneCode, true);
     send(QEvent::KeyPress, phoneCode, true);
+}
+
+QWindow* screenWindow()
+{
+    return ZScreen::instance()->window()->windowHandle();
+}
+
+void tapScreen(QPoint point)
+{
+    QTest::mouseClick(screenWindow(), Qt::LeftButton, Qt::NoModifier, point);
 }
 
 void requestClose()

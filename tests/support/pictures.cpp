@@ -53,9 +53,9 @@ QRect boundsOf(const QImage& picture, const QColor& colour)
                        [rgb = colour.rgb()](QRgb pixel) { return pixel == rgb; });
 }
 
-QPixmap coloured(const QColor& colour)
+QPixmap coloured(const QColor& colour, QSize size)
 {
-    QPixmap pixmap(16, 16);
+    QPixmap pixmap(size);
     pixmap.fill(colour);
     return pixmap;
 }

@@ -10,8 +10,8 @@ QRect inkBounds(const QImage& picture, const QRect& area, const QColor& ground);
 bool isPlain(const QImage& picture, const QRect& area, const QColor& colour);
 /// The smallest rectangle around the pixels of one colour.
 QRect boundsOf(const QImage& picture, const QColor& colour);
-/// A square of one colour, as large as the icons of rows.
-QPixmap coloured(const QColor& colour);
+/// A picture of one colour, as large as the icons of rows unless said otherwise.
+QPixmap coloured(const QColor& colour, QSize size = {16, 16});
 /// A picture of one colour as the bytes of a PNG file.
 QByteArray plainPng(int width, int height, const QColor& colour);
 /// Whether two rectangles have all edges within `slack` pixels of each other.

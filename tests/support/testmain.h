@@ -33,8 +33,13 @@ int runTest(int argc, char** argv)
     return result;
 }
 
+/// Makes a test object known to the main() that tests have unless they bring their own. It runs the
+/// one whose name, in any case of letters, is the first argument, or the only one there is.
+struct TestRegistration {
+    using Run = int (*)(int argc, char** argv);
+
+    TestRegistration(const char* name, Run run);
+};
+
 #define QUARN_TEST_MAIN(TestObject)                                                                \
-    int main(int argc, char** argv)                                                                \
-    {                                                                                              \
-        return runTest<TestObject>(argc, argv);                                                    \
-    }
+    static const TestRegistration registered_##TestObject(#TestObject, runTest<TestObject>);
