@@ -169,9 +169,13 @@ class Display:
 class Watched:
     """What can be seen of a program from outside. `process` is what it was started as."""
 
+    def pid(self):
+        return self.process.pid
+
     def threads(self):
         """What the system says of each of its threads."""
-        for task in pathlib.Path("/proc", str(self.process.pid), "task").iterdir():
+        tasks = pathlib.Path("/proc", str(self.pid()), "task")
+        for task in tasks.iterdir() if tasks.exists() else ():
             with contextlib.suppress(FileNotFoundError, ProcessLookupError):  # it has just ended
                 yield (task / "status").read_text()
 
@@ -434,13 +438,16 @@ class Program(Watched):
         return self.display.client.picture(*place)
 
     def wait_stable(self, deadline=DEADLINE):
-        """The picture as soon as two pictures that follow one another are equal."""
-        last = None
+        """The picture as soon as two pictures that follow one another are equal, and the program has
+        slept meanwhile: with keys that it has not looked at yet it would not."""
+        last, slept = None, None
 
         def settled():
-            nonlocal last
+            nonlocal last, slept
             before, last = last, self.screenshot()
-            return last is not None and before is not None and last.tobytes() == before.tobytes()
+            slept_before, slept = slept, None if self.is_busy() else self.wake_ups()
+            return (last is not None and before is not None and last.tobytes() == before.tobytes()
+                    and slept is not None and slept == slept_before)
 
         wait_until(settled, "a picture that stays the same", deadline)
         return last

@@ -36,7 +36,7 @@ def draw_picture(path, size, turned=False):
     picture.transpose(Image.Transpose.ROTATE_90).save(path, exif=orientation, quality=95)
 
 
-class Plugin:
+class Plugin(quarn.Watched):
     """The window of a plugin that a file manager has started."""
 
     renewed_names = set()
