@@ -42,6 +42,7 @@ Player::Player(MpvEngine::Settings settings, QObject* parent)
         info_ = track;
         direction_ = 1;
         setState(pauseWanted_ ? Paused : Playing);
+        seekWanted();
     });
     connect(&engine_, &MpvEngine::pausedChanged, this, [this](bool paused) {
         if (state_ == Playing || state_ == Paused)
@@ -103,6 +104,7 @@ void Player::open(int track)
     info_ = {};
     position_ = 0;
     pauseWanted_ = false;
+    partWanted_.reset();
     openTimer_.start(0);
     setState(Opening);
     if (before != track)
@@ -129,6 +131,7 @@ void Player::stop()
     engine_.stop();
     info_ = {};
     position_ = 0;
+    partWanted_.reset();
     setState(Stopped);
 }
 
@@ -168,6 +171,7 @@ void Player::engineFailed(const QString& reason)
 {
     openTimer_.stop();
     position_ = 0;
+    partWanted_.reset();
     message_ = reason;
     setState(Stopped);
 }
@@ -214,9 +218,18 @@ void Player::changeVolume(int steps)
 
 void Player::seek(double part)
 {
-    if ((state_ != Playing && state_ != Paused) || info_.length <= 0)
+    if (state_ == Stopped)
         return;
-    position_ = std::clamp(part, 0.0, 1.0) * info_.length;
+    partWanted_ = std::clamp(part, 0.0, 1.0);
+    seekWanted();
+}
+
+/// As soon as the track is open and its length known.
+void Player::seekWanted()
+{
+    if (!partWanted_ || state_ == Opening || info_.length <= 0)
+        return;
+    position_ = *std::exchange(partWanted_, std::nullopt) * info_.length;
     engine_.seek(position_);
     emit changed();
 }
@@ -234,6 +247,7 @@ void Player::positionIs(double seconds, double length)
     if (length > 0)
         info_.length = length;
     emit changed();
+    seekWanted();
     if (watched_ && state_ == Playing) {
         // When the next second is full.
         constexpr int Second = 1000;

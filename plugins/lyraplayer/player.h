@@ -7,6 +7,8 @@
 #include <QString>
 #include <QTimer>
 
+#include <optional>
+
 /// Plays a list of tracks one after the other. A track that cannot be played is skipped, with a
 /// message; at the end of the list it stops.
 class Player : public QObject
@@ -56,7 +58,7 @@ public slots:
     void next();
     void previous();
     void changeVolume(int steps);
-    /// To a part of the track, from 0 to 1.
+    /// To a part of the track, from 0 to 1; of one that is being opened, as soon as it is open.
     void seek(double part);
 
 signals:
@@ -77,6 +79,7 @@ private:
     void trackIsOver();
     void engineFailed(const QString& reason);
     void positionIs(double seconds, double length);
+    void seekWanted();
     void updatePolling();
 
     MpvEngine engine_;
@@ -84,7 +87,8 @@ private:
     State state_ = Stopped;
     int current_ = -1;
     int direction_ = 1;
-    bool pauseWanted_ = false; ///< a pause was asked for while the track was being opened
+    bool pauseWanted_ = false;         ///< a pause was asked for while the track was being opened
+    std::optional<double> partWanted_; ///< asked for, but not sought yet
     TrackInfo info_;
     double position_ = 0;
     int volume_ = 100;

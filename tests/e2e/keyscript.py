@@ -154,7 +154,7 @@ def compare(program, name, box):
     actual, apart = REFERENCE / f"{name}.actual.png", REFERENCE / f"{name}.difference.png"
     try:
         quarn.wait_until(alike, lambda: f"the screen to look like {path}: {seen[2]} pixels differ, "
-                         f"see {actual.name} and {apart.name}", deadline=20)
+                         f"see {actual.name} and {apart.name}")
     except quarn.Failure:
         if seen[0] is not None:
             seen[0].save(actual)

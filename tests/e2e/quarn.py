@@ -170,7 +170,8 @@ class Watched:
     """What can be seen of a program from outside. `process` is what it was started as."""
 
     def pid(self):
-        return self.process.pid
+        """The process; None if it was not started from here."""
+        return self.process.pid if self.process else None
 
     def threads(self):
         """What the system says of each of its threads."""
@@ -337,6 +338,8 @@ class Program(Watched):
             except subprocess.TimeoutExpired:
                 self.kill()
                 self.process.wait()
+        with contextlib.suppress(Failure):  # what it has started may be about to end
+            wait_until(lambda: not self.relatives())
         left = self.relatives()
         for pid in left:
             with contextlib.suppress(ProcessLookupError):

@@ -4,10 +4,14 @@
 import contextlib
 import os
 
+import keyscript
 import operations
 import quarn
 import tst_bluetooth
 import twins
+
+# Where the list of devices has it: left, top, width, height.
+NAME_OF_THE_FILE = (0, 20, quarn.WIDTH, 18)
 
 
 class TestOpening(twins.Case):
@@ -100,6 +104,7 @@ class TestSharing(quarn.Case):
             if user.is_told():
                 self.assertIsNone(services.transfer())
                 return None
+            keyscript.compare(sender, "bluetooth_devices", NAME_OF_THE_FILE)
             sender.key("select")
             got = quarn.wait_until(lambda: services.transfer() or user.is_told(),
                                    "the transfer, or a message")

@@ -32,6 +32,7 @@ private slots:
     void aPauseWhileATrackIsOpenedHolds();
     void aChosenTrackPlaysAlthoughPaused();
     void thePositionIsSoughtInParts();
+    void aTrackThatIsBeingOpenedBeginsWhereItWasSoughtTo();
     void thePositionFollowsWhileWatched();
     void theVolumeStaysInBounds();
     void theVolumeOutlivesMpv();
@@ -319,6 +320,26 @@ void tst_Player::thePositionIsSoughtInParts()
     QCOMPARE(f.player.position(), 60.0);
     f.player.seek(-7);
     QCOMPARE(f.player.position(), 0.0);
+}
+
+void tst_Player::aTrackThatIsBeingOpenedBeginsWhereItWasSoughtTo()
+{
+    Fixture f({long_, other_});
+    QSignalSpy position(&f.player.engine(), &MpvEngine::position);
+    f.player.play(0);
+    f.player.seek(0.5);
+    f.player.toggle();
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
+    QCOMPARE(std::lround(f.player.position()), 30);
+    f.player.setWatched(true);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !position.isEmpty() && std::lround(position.last().at(0).toDouble()) == 30, Patience);
+
+    f.player.play(0);
+    f.player.seek(0.5);
+    f.player.play(1);
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
+    QVERIFY(f.player.position() < 15);
 }
 
 void tst_Player::thePositionFollowsWhileWatched()
