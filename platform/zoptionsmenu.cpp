@@ -1,14 +1,12 @@
 #include "platform/zoptionsmenu.h"
 
 #include "platform/keymap.h"
-#include "platform/shownname.h"
-#include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
+#include "platform/zsoftkey.h"
 
 #include <QMetaMethod>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -16,23 +14,17 @@
 namespace
 {
 
-constexpr int RowHeight = ZSkinService::MenuRowHeight;
-constexpr int Border = 1;
-constexpr int TextLeft = 6;
-constexpr int IconLeft = 6;
-constexpr int ArrowRoom = 18;
-constexpr int SmallestWidth = 110;
-constexpr int LargestWidth = 224;
-constexpr int SubmenuShift = 14;
 constexpr int FontSize = 14;
-/// Widths are sums of rounded ones; without this a text that fits is cut.
-constexpr int RoundingSlack = 2;
 
-int leadingTabs(const QString& text)
+struct SoftKeyTexts {
+    QString select = QStringLiteral("Select");
+    QString back = QStringLiteral("Back");
+};
+
+SoftKeyTexts& softKeyTexts()
 {
-    const auto other = std::find_if(text.begin(), text.end(),
-                                    [](QChar character) { return character != QLatin1Char('\t'); });
-    return int(other - text.begin());
+    static SoftKeyTexts texts;
+    return texts;
 }
 
 /// A slot as the meta object knows it, from "slot_Copy()" or from what the SLOT macro makes of it.
@@ -44,15 +36,12 @@ QByteArray slotSignature(const char* slot)
     return QMetaObject::normalizedSignature(signature.constData());
 }
 
-void drawArrow(QPainter& painter, QPointF centre, QPointF towards)
-{
-    const QPointF side(towards.y(), towards.x());
-    const QPointF points[3] = {centre + towards, centre - towards + side * 2,
-                               centre - towards - side * 2};
-    painter.drawPolygon(points, 3);
-}
-
 } // namespace
+
+void ZOptionsMenu::setSoftKeyTexts(const QString& select, const QString& back)
+{
+    softKeyTexts() = {select, back};
+}
 
 ZOptionsMenu::ZOptionsMenu(const QRect& rect, QWidget* parent, const char* name,
                            Qt::WindowFlags flags, unsigned widgetClass)
@@ -100,6 +89,7 @@ void ZOptionsMenu::setItemEnabled(int id, bool enabled)
 {
     if (Item* item = itemOf(id)) {
         item->enabled = enabled;
+        tellSoftKeys();
         update();
     }
 }
@@ -199,33 +189,9 @@ const ZOptionsMenu::Item* ZOptionsMenu::itemOf(int id) const
     return found == items_.end() ? nullptr : &*found;
 }
 
-QRect ZOptionsMenu::room() const
+bool ZOptionsMenu::canChoose(int position) const
 {
-    const QRect screen(0, 0, ZScreen::Width, ZScreen::Height - ZSkinService::SoftKeyHeight);
-    if (limit_.isNull())
-        return screen;
-    if (limit_.isValid())
-        return limit_.intersected(QRect(0, 0, ZScreen::Width, ZScreen::Height));
-    return QRect(limit_.topLeft(), screen.bottomRight());
-}
-
-int ZOptionsMenu::contentWidth() const
-{
-    const QFontMetrics metrics(font());
-    int widest = SmallestWidth;
-    for (const Item& item : items_) {
-        const int tabs = leadingTabs(item.text);
-        widest =
-            std::max(widest, TextLeft + tabs * ZSkinService::MenuTabWidth + ArrowRoom +
-                                 RoundingSlack + metrics.horizontalAdvance(item.text.mid(tabs)));
-    }
-    return std::min({widest + 2 * Border, LargestWidth, room().width()});
-}
-
-int ZOptionsMenu::visibleRows() const
-{
-    const int fitting = (room().height() - 2 * Border) / RowHeight;
-    return std::clamp(count(), 1, std::max(fitting, 1));
+    return position >= 0 && position < count() && items_.at(position).enabled;
 }
 
 void ZOptionsMenu::showEvent(QShowEvent* /*event*/)
@@ -233,35 +199,16 @@ void ZOptionsMenu::showEvent(QShowEvent* /*event*/)
     current_ = items_.isEmpty() ? -1 : 0;
     first_ = 0;
     finger_.cancel();
-    const QRect area = room();
-    const QSize size(contentWidth(), visibleRows() * RowHeight + 2 * Border);
-    QPoint corner(area.left(), area.bottom() + 1 - size.height());
-    if (limit_.isNull() && opener_) {
-        const int row = opener_->y() + opener_->rowRect(opener_->current_).top();
-        corner = QPoint(std::min(opener_->x() + SubmenuShift, ZScreen::Width - size.width()),
-                        std::clamp(row, 0, corner.y()));
-    } else if (!limit_.isNull()) {
-        corner = area.topLeft();
-    }
-    setGeometry(QRect(corner, size));
+    setGeometry(placeFor(contentSize()));
+    tellSoftKeys();
 }
 
 void ZOptionsMenu::hideEvent(QHideEvent* /*event*/)
 {
+    // It shows its digits and arrows again.
+    if (opener_)
+        opener_->update();
     opener_ = nullptr;
-}
-
-QRect ZOptionsMenu::rowRect(int position) const
-{
-    return {Border, Border + (position - first_) * RowHeight, width() - 2 * Border, RowHeight};
-}
-
-int ZOptionsMenu::positionAt(QPoint point) const
-{
-    if (!rect().contains(point))
-        return -1;
-    const int position = first_ + std::max(point.y() - Border, 0) / RowHeight;
-    return position < std::min(count(), first_ + visibleRows()) ? position : -1;
 }
 
 void ZOptionsMenu::moveTo(int position)
@@ -271,6 +218,7 @@ void ZOptionsMenu::moveTo(int position)
         scrollTo(current_);
     else if (current_ >= first_ + visibleRows())
         scrollTo(current_ - visibleRows() + 1);
+    tellSoftKeys();
     update();
 }
 
@@ -284,11 +232,34 @@ void ZOptionsMenu::openSubmenu(ZOptionsMenu* submenu)
 {
     submenu->opener_ = this;
     submenu->show();
+    update();
+}
+
+void ZOptionsMenu::tellSoftKeys()
+{
+    const SoftKeyTexts& texts = softKeyTexts();
+    const auto tapped = [this](int key) {
+        if (key == ZSoftKey::Left)
+            choose(current_);
+        else
+            hide();
+    };
+    ZScreen::instance()->setSoftKeys(
+        this, {{canChoose(current_) ? texts.select : QString(), texts.back}, tapped});
+}
+
+void ZOptionsMenu::chooseByDigit(int digit)
+{
+    const int position = digit - 1;
+    if (!canChoose(position))
+        return;
+    moveTo(position);
+    choose(position);
 }
 
 void ZOptionsMenu::choose(int position)
 {
-    if (position < 0 || position >= count() || !items_.at(position).enabled)
+    if (!canChoose(position))
         return;
     if (ZOptionsMenu* submenu = items_.at(position).submenu) {
         openSubmenu(submenu);
@@ -325,6 +296,8 @@ void ZOptionsMenu::keyPressEvent(QKeyEvent* event)
         const Item& item = items_.at(current_);
         if (item.enabled && item.submenu)
             openSubmenu(item.submenu);
+    } else if (code >= '1' && code < '1' + DigitCount) {
+        chooseByDigit(code - '0');
     } else if (code == PhoneKey::Left || code == PhoneKey::SoftRight) {
         hide();
     }
@@ -342,7 +315,8 @@ void ZOptionsMenu::mousePressEvent(QMouseEvent* event)
 void ZOptionsMenu::mouseMoveEvent(QMouseEvent* event)
 {
     event->accept();
-    if (const auto first = finger_.move(event->position().toPoint().y(), RowHeight))
+    if (const auto first =
+            finger_.move(event->position().toPoint().y(), ZSkinService::MenuRowHeight))
         scrollTo(*first);
 }
 
@@ -357,57 +331,4 @@ void ZOptionsMenu::wheelEvent(QWheelEvent* event)
 {
     event->accept();
     scrollTo(first_ + (event->angleDelta().y() < 0 ? 1 : -1));
-}
-
-void ZOptionsMenu::paintEvent(QPaintEvent* /*event*/)
-{
-    const auto& look = ZSkinService::look(widgetClass_);
-    QPainter painter(this);
-    painter.fillRect(rect(), look.border);
-    painter.fillRect(rect().adjusted(Border, Border, -Border, -Border), look.background);
-    const int end = std::min(count(), first_ + visibleRows());
-    for (int position = first_; position < end; ++position)
-        paintRow(painter, position);
-    paintScrollMarks(painter);
-}
-
-void ZOptionsMenu::paintRow(QPainter& painter, int position) const
-{
-    const auto& look = ZSkinService::look(widgetClass_);
-    const Item& item = items_.at(position);
-    const QRect area = rowRect(position);
-    const bool current = position == current_;
-    if (current)
-        painter.fillRect(area, item.enabled ? look.highlight : look.disabledText.lighter(130));
-    const QPixmap icon = item.icon.pixmap();
-    const QSize iconSize = pixmapSize(icon);
-    painter.setOpacity(item.enabled ? 1 : 0.4);
-    painter.drawPixmap(area.left() + IconLeft, area.top() + (area.height() - iconSize.height()) / 2,
-                       icon);
-    painter.setOpacity(1);
-    painter.setPen(!item.enabled ? (current ? look.border : look.disabledText)
-                                 : (current ? look.highlightText : look.text));
-    const int tabs = leadingTabs(item.text);
-    const QRect textArea =
-        area.adjusted(TextLeft + tabs * ZSkinService::MenuTabWidth, 0, -ArrowRoom, 0);
-    painter.drawText(textArea, Qt::AlignVCenter | Qt::TextSingleLine,
-                     painter.fontMetrics().elidedText(withMarks(item.text.mid(tabs)),
-                                                      Qt::ElideRight, textArea.width()));
-    if (item.submenu) {
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setBrush(painter.pen().color());
-        drawArrow(painter, QPointF(area.right() - 8, area.center().y() + 0.5), QPointF(2, 0));
-    }
-}
-
-void ZOptionsMenu::paintScrollMarks(QPainter& painter) const
-{
-    if (count() <= visibleRows())
-        return;
-    const auto& look = ZSkinService::look(widgetClass_);
-    const int track = height() - 2 * Border;
-    const int thumb = std::max(track * visibleRows() / count(), 12);
-    const int top = (track - thumb) * first_ / (count() - visibleRows());
-    painter.fillRect(width() - Border - ZSkinService::ScrollBarWidth, Border + top,
-                     ZSkinService::ScrollBarWidth, thumb, look.border);
 }

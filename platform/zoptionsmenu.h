@@ -10,9 +10,12 @@
 /// A menu of items with texts, icons and submenus, opened by show() as a box of the screen.
 ///
 /// Up and Down move (going round, disabled items included), Return or the left soft key chooses or
-/// opens a submenu, Right opens one, Left or the right soft key goes back. A tap chooses, a tap
+/// opens a submenu, Right opens one, Left or the right soft key goes back. "1" to "9" choose one of
+/// the first nine items at once; the digit stands at its right while it would. A tap chooses, a tap
 /// beside the menu closes it and its openers. Choosing closes all of them, then runs the slots
 /// that the item is connected to; these may change, disconnect and delete any menu.
+///
+/// A submenu leaves the icons of the menu that opened it in view and hides the rest beside it.
 ///
 /// A menu whose parent is given is deleted with it; otherwise it is the screen's.
 class ZOptionsMenu : public QWidget
@@ -20,6 +23,10 @@ class ZOptionsMenu : public QWidget
     Q_OBJECT
 
 public:
+    /// What the soft-key bar says from now on while a menu is open. Over an item that cannot be
+    /// chosen it has nothing to say at the left.
+    static void setSoftKeyTexts(const QString& select, const QString& back);
+
     /// An empty `rect` leaves the place to the menu: at the lower left, above the soft-key bar.
     ZOptionsMenu(const QRect& rect, QWidget* parent, const char* name, Qt::WindowFlags flags,
                  unsigned widgetClass);
@@ -69,6 +76,9 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
+    /// So many items have a digit that chooses them.
+    static constexpr int DigitCount = 9;
+
     struct Connection {
         QPointer<QObject> receiver;
         QByteArray slot;
@@ -86,15 +96,25 @@ private:
     Item* itemOf(int id);
     const Item* itemOf(int id) const;
     QRect room() const;
-    int contentWidth() const;
+    QRect placeFor(QSize content) const;
+    QRect placeBeside(QSize content) const;
+    QSize contentSize() const;
+    int roomAtRight() const;
+    bool scrolls() const { return count() > visibleRows(); }
+    bool hasSubmenus() const;
+    bool isSubmenuOpen() const;
+    bool canChoose(int position) const;
     int visibleRows() const;
     QRect rowRect(int position) const;
     int positionAt(QPoint point) const;
     void moveTo(int position);
     void scrollTo(int first);
     void choose(int position);
+    void chooseByDigit(int digit);
     void openSubmenu(ZOptionsMenu* submenu);
+    void tellSoftKeys();
     void paintRow(QPainter& painter, int position) const;
+    void paintRowEnd(QPainter& painter, int position) const;
     void paintScrollMarks(QPainter& painter) const;
 
     QRect limit_;

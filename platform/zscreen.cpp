@@ -1,7 +1,10 @@
 #include "platform/zscreen.h"
 
+#include "platform/zskinservice.h"
+
 #include <QApplication>
 #include <QCloseEvent>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <QScreen>
@@ -119,13 +122,13 @@ double fittingScale(int& argc, char** argv)
 
 ZScreen::MainInputPause::MainInputPause() : screen_(instance())
 {
-    ++screen_->mainInputPauses_;
+    screen_->pauseMainInput(1);
 }
 
 ZScreen::MainInputPause::~MainInputPause()
 {
     if (screen_)
-        --screen_->mainInputPauses_;
+        screen_->pauseMainInput(-1);
 }
 
 void ZScreen::setScaleVariable(const char* name)
@@ -187,9 +190,34 @@ ZScreen::~ZScreen()
 
 void ZScreen::place(QWidget* widget, Layer layer)
 {
-    placed_.append({widget, layer, nullptr});
+    placed_.append({widget, layer, nullptr, {}});
     widget->installEventFilter(this);
     connect(widget, &QObject::destroyed, this, [this](QObject* gone) { widgetGone(gone); });
+}
+
+void ZScreen::setSoftKeys(const QWidget* widget, const SoftKeys& keys)
+{
+    Entry* entry = entryOf(widget);
+    if (entry == nullptr)
+        return;
+    entry->softKeys = keys;
+    if (widget == active())
+        emit softKeysChanged();
+}
+
+ZScreen::SoftKeys ZScreen::softKeys() const
+{
+    const QWidget* top = active();
+    const auto entry = std::find_if(placed_.begin(), placed_.end(), [top](const Entry& each) {
+        return top != nullptr && each.widget == top;
+    });
+    return entry == placed_.end() ? SoftKeys() : entry->softKeys;
+}
+
+void ZScreen::pauseMainInput(int change)
+{
+    mainInputPauses_ += change;
+    emit softKeysChanged();
 }
 
 QWidget* ZScreen::active() const
@@ -241,16 +269,19 @@ bool ZScreen::eventFilter(QObject* watched, QEvent* event)
         // The toolkit's own menus would be windows beside the screen.
         return widget == this || isAncestorOf(widget);
     case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
         if (widget != this && !blocksInput(widget))
             return false;
-        emit pressedOutside();
+        if (!tapSoftKey(
+                widget->mapTo(this, static_cast<QMouseEvent*>(event)->position().toPoint())))
+            emit pressedOutside();
         return true;
     default:
         return isPointerEvent(event->type()) && blocksInput(widget);
     }
 }
 
-bool ZScreen::blocksInput(QWidget* receiver) const
+bool ZScreen::blocksInput(const QWidget* receiver) const
 {
     if (receiver == this || !isAncestorOf(receiver))
         return false;
@@ -259,6 +290,19 @@ bool ZScreen::blocksInput(QWidget* receiver) const
     const auto entry = std::find_if(placed_.begin(), placed_.end(),
                                     [this](const Entry& each) { return each.widget == active(); });
     return mainInputPauses_ > 0 && entry != placed_.end() && entry->layer == Layer::Main;
+}
+
+/// A bar below the active widget is inert, but what stands there is the active one's.
+bool ZScreen::tapSoftKey(QPoint point)
+{
+    if (!rect().contains(point) || point.y() < Height - ZSkinService::SoftKeyHeight)
+        return false;
+    const size_t key = point.x() < Width / 2 ? 0 : 1;
+    const SoftKeys keys = softKeys();
+    if (keys.tapped == nullptr || keys.texts.at(key).isEmpty())
+        return false;
+    keys.tapped(int(key));
+    return true;
 }
 
 void ZScreen::widgetShown(QWidget* widget)
@@ -277,9 +321,10 @@ void ZScreen::widgetShown(QWidget* widget)
         });
         stack_.insert(firstBox, widget);
     }
-    restack();
+    raiseFrom(widget);
     updateWindow();
     giveFocus();
+    emit softKeysChanged();
 }
 
 void ZScreen::widgetHidden(QWidget* widget)
@@ -288,6 +333,7 @@ void ZScreen::widgetHidden(QWidget* widget)
         return;
     updateWindow();
     giveFocus();
+    emit softKeysChanged();
 }
 
 void ZScreen::widgetGone(QObject* widget)
@@ -296,6 +342,7 @@ void ZScreen::widgetGone(QObject* widget)
     if (stack_.removeIf([widget](QWidget* other) { return other == widget; }) > 0) {
         updateWindow();
         giveFocus();
+        emit softKeysChanged();
     }
 }
 
@@ -310,10 +357,12 @@ void ZScreen::updateWindow()
     }
 }
 
-void ZScreen::restack()
+/// Puts a widget and those above it in their order. Those below are not touched: raising one would
+/// paint all of it again.
+void ZScreen::raiseFrom(QWidget* widget)
 {
-    for (QWidget* widget : std::as_const(stack_))
-        widget->raise();
+    for (qsizetype i = stack_.indexOf(widget); i < stack_.size(); ++i)
+        stack_.at(i)->raise();
 }
 
 void ZScreen::giveFocus()

@@ -4,6 +4,9 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <array>
+#include <functional>
+
 /// The phone's display: 240 x 320 pixels at any density, the only thing with a window of its own.
 ///
 /// Whatever a program treats as a top-level widget is a child of the screen at screen coordinates:
@@ -41,6 +44,13 @@ public:
         QPointer<ZScreen> screen_;
     };
 
+    /// What the two soft keys do in a box or menu (0 left, 1 right): what the soft-key bar below it
+    /// says meanwhile, and what a tap there runs. A side without a text does nothing.
+    struct SoftKeys {
+        std::array<QString, 2> texts;
+        std::function<void(int key)> tapped;
+    };
+
     /// Names the environment variable that sets the scale; before the application object is made.
     static void setScaleVariable(const char* name);
     /// Settles the scale for the application about to be made: the variable's value (a number from
@@ -50,20 +60,27 @@ public:
 
     /// Makes a child one of the stack's. Call it once, before the child is first shown.
     void place(QWidget* widget, Layer layer);
+    /// Sets what the soft keys do while `widget`, which has been placed, has the keys. Without this
+    /// the bars below it are empty then.
+    void setSoftKeys(const QWidget* widget, const SoftKeys& keys);
+    /// What they do in the active widget, as it was set.
+    SoftKeys softKeys() const;
     /// The widget that has keys and pointer; nullptr while nothing is shown.
     QWidget* active() const;
     /// Whether `widget` is the topmost one or inside it.
     bool isActive(const QWidget* widget) const;
     /// Whether keys and pointer reach `widget` now.
-    bool takesInput(QWidget* widget) const { return !blocksInput(widget); }
+    bool takesInput(const QWidget* widget) const { return !blocksInput(widget); }
     /// Brings the window to the front and asks for the keyboard. Nothing while nothing is shown.
     void raiseWindow();
 
 signals:
     /// The window manager or the user asks to close the window. It stays open.
     void closeRequested();
-    /// A press that hit nothing of the topmost widget.
+    /// A press that hit nothing of the topmost widget, nor a soft key of its own.
     void pressedOutside();
+    /// Another widget has the keys, or the soft keys do something else in it.
+    void softKeysChanged();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -73,19 +90,22 @@ private:
         QPointer<QWidget> widget;
         Layer layer;
         QPointer<QWidget> focus; ///< what had, or is to get, the focus inside it
+        SoftKeys softKeys;
     };
 
     explicit ZScreen(QWidget* frame);
     ~ZScreen() override;
     Entry* entryOf(const QWidget* widget);
+    void pauseMainInput(int change);
+    bool tapSoftKey(QPoint point);
     void widgetShown(QWidget* widget);
     void widgetHidden(QWidget* widget);
     void widgetGone(QObject* widget);
     void updateWindow();
-    void restack();
+    void raiseFrom(QWidget* widget);
     void giveFocus();
     void focusMoved(QWidget* now);
-    bool blocksInput(QWidget* receiver) const;
+    bool blocksInput(const QWidget* receiver) const;
 
     QList<Entry> placed_;
     QList<QWidget*> stack_;

@@ -9,6 +9,9 @@ class ZOptionsMenu;
 
 /// The bar at the bottom of a main widget that says what the two soft keys do, each with an
 /// optional menu. A tap on a side works like its key.
+///
+/// While its widget gets no keys the bar says what the soft keys do in the one that does
+/// (ZScreen::setSoftKeys()), which may be nothing. Texts that do not fit beside each other are cut.
 class ZSoftKey : public QWidget
 {
     Q_OBJECT
@@ -24,6 +27,8 @@ public:
     /// The text over a key (0 left, 1 right). `priority` was for keys that shared a place.
     void setText(int key, const QString& text, int priority = 0);
     QString text(int key) const;
+    /// What stands over a key now: its text, or that of what has the keys instead.
+    QString shownText(int key) const;
     /// The menu that a key opens; nullptr for none. Not owned.
     void setOptMenu(int key, ZOptionsMenu* menu);
     ZOptionsMenu* optMenu(int key) const;
@@ -45,5 +50,11 @@ private:
         QString text;
         QPointer<ZOptionsMenu> menu;
     };
+    using Texts = std::array<QString, 2>;
+
+    Texts wantedTexts() const;
+    void refresh();
+
     std::array<Side, 2> sides_;
+    Texts shown_;
 };

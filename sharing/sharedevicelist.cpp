@@ -73,16 +73,15 @@ ShareDeviceList::ShareDeviceList(const QString& file, const QFont& font)
     list_ = new ZListBox(QStringLiteral("%M"), this, 0, ZSkinService::clsListBox);
     list_->setItemFont(2, sized(font, ListFont), false);
     list_->setItemFont(2, sized(font, ListFont), true);
-    auto* keys = new ZSoftKey(QString(), this, this);
-    keys->setText(ZSoftKey::Left, texts.send);
-    keys->setText(ZSoftKey::Right, texts.cancel);
+    keys_ = new ZSoftKey(QString(), this, this);
+    keys_->setText(ZSoftKey::Right, texts.cancel);
     contentLayout()->addWidget(name);
     contentLayout()->addWidget(status_);
     contentLayout()->addWidget(list_, 1);
-    contentLayout()->addWidget(keys);
+    contentLayout()->addWidget(keys_);
     setFocusProxy(list_);
     connect(list_, &ZListBox::selected, this, &ShareDeviceList::choose);
-    connect(keys, &ZSoftKey::pressed, this, &ShareDeviceList::softKey);
+    connect(keys_, &ZSoftKey::pressed, this, &ShareDeviceList::softKey);
     setDevices({}, true);
 }
 
@@ -92,6 +91,8 @@ void ShareDeviceList::setDevices(const QList<BluetoothDevice>& devices, bool sea
     status_->setText(elided(*status_, searching           ? texts.searching
                                       : devices.isEmpty() ? texts.noDevices
                                                           : texts.devices));
+    // Without a device to send to the key does nothing.
+    keys_->setText(ZSoftKey::Left, devices.isEmpty() ? QString() : texts.send);
     if (devices == devices_)
         return;
     const int current = list_->currentItem();

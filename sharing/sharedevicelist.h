@@ -5,6 +5,7 @@
 
 class QLabel;
 class ZListBox;
+class ZSoftKey;
 
 /// The screen on which a device is chosen: a list that is given anew while a search goes on.
 /// Return, the left soft key or a second tap chooses the highlighted device, the right soft key
@@ -39,4 +40,5 @@ private:
     QList<BluetoothDevice> devices_;
     QLabel* status_;
     ZListBox* list_;
+    ZSoftKey* keys_;
 };

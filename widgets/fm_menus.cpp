@@ -83,6 +83,7 @@ void FM::createSoftKeys()
 {
     softKey = new ZSoftKey(QString(), this, this);
     softKey->setText(ZSoftKey::Left, LANG_OPTIONS, 0);
+    ZOptionsMenu::setSoftKeyTexts(LANG_SELECT, LANG_BACK);
 }
 
 void FM::createSoftKeysFtab()

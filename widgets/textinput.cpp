@@ -17,6 +17,10 @@
 #include <QScrollBar>
 #include <QUrl>
 
+#include <algorithm>
+#include <array>
+#include <utility>
+
 namespace
 {
 
@@ -158,6 +162,7 @@ void TextInput::layOut(const QString& page)
     label->setText(page + keyBarHtml);
     const int height = pageHeight();
     label->setFixedHeight(height);
+    tellSoftKeys(std::min(height, LargestHeight));
     if (height >= LargestHeight) {
         view_->setFixedHeight(LargestHeight);
         view_->move(Left, TopOfLargest);
@@ -168,6 +173,14 @@ void TextInput::layOut(const QString& page)
     view_->setFixedHeight(height);
     view_->move(Left, top);
     menu->setLimitRect(QRect(QPoint(Left, top), QSize()));
+}
+
+/// The soft-key bar below says what the page's own says, unless the page reaches into it.
+void TextInput::tellSoftKeys(int height)
+{
+    barAnswers_ = (ZScreen::Height - height) / 2 >= ZSkinService::SoftKeyHeight;
+    ZScreen::instance()->setSoftKeys(
+        this, {barAnswers_ ? std::array{yesText, noText} : std::array<QString, 2>(), {}});
 }
 
 void TextInput::finish(bool confirmed)
@@ -203,12 +216,25 @@ void TextInput::keyPressEvent(QKeyEvent* event)
         hide();
 }
 
+void TextInput::mousePressEvent(QMouseEvent* event)
+{
+    event->accept();
+    pressed_ = true;
+}
+
 void TextInput::mouseReleaseEvent(QMouseEvent* event)
 {
     event->accept();
+    // The press may have been for the menu.
+    if (!std::exchange(pressed_, false))
+        return;
     const QPoint point = event->position().toPoint() - view_->pos();
-    if (view_->rect().contains(point) && point.y() >= view_->height() - AnswerHeight)
-        finish(point.x() < PageWidth / 2);
+    const bool onPage =
+        view_->rect().contains(point) && point.y() >= view_->height() - AnswerHeight;
+    const bool onBar =
+        barAnswers_ && event->position().y() >= ZScreen::Height - ZSkinService::SoftKeyHeight;
+    if (onPage || onBar)
+        finish(event->position().x() < ZScreen::Width / 2.0);
 }
 
 void TextInput::Copy()

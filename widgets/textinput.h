@@ -41,12 +41,14 @@ public slots:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
     QString titleHtml(const QString& title, const QString& icon) const;
     void layOut(const QString& page);
     int pageHeight() const;
+    void tellSoftKeys(int height);
     void finish(bool confirmed);
 
     QScrollArea* view_;
@@ -57,4 +59,6 @@ private:
     QString progDir;
     bool running = false;
     bool accepted = false;
+    bool barAnswers_ = false; ///< the soft-key bar below is in view
+    bool pressed_ = false;    ///< a finger is down that was put down here
 };

@@ -73,6 +73,7 @@ void PlayerWindow::connectPlayer()
 {
     connect(nowPlaying_, &NowPlaying::listWanted, this, [this] { showList(true); });
     connect(list_, &ZListBox::selected, this, &PlayerWindow::playRow);
+    connect(list_, &ZListBox::highlighted, this, &PlayerWindow::showState);
     connect(&player_, &Player::changed, this, &PlayerWindow::showState);
     connect(&player_, &Player::currentChanged, this, &PlayerWindow::follow);
     connect(&player_, &Player::listEnded, this, [this] { showList(true); });
@@ -122,9 +123,10 @@ bool PlayerWindow::showsList() const
 
 void PlayerWindow::showState()
 {
-    const QString left = player_.count() == 0  ? QString()
-                         : player_.isPlaying() ? QStringLiteral("Pause")
-                                               : QStringLiteral("Play");
+    const bool pauses = player_.isPlaying() && !isOnAnotherTrack();
+    const QString left = player_.count() == 0 ? QString()
+                         : pauses             ? QStringLiteral("Pause")
+                                              : QStringLiteral("Play");
     setSoftKeyTexts(left, showsList() ? QStringLiteral("Back") : QStringLiteral("Exit"));
     message_->setText(player_.message());
 }
@@ -135,9 +137,17 @@ void PlayerWindow::playRow(int row)
     showList(false);
 }
 
+bool PlayerWindow::isOnAnotherTrack() const
+{
+    return showsList() && list_->currentItem() != player_.current();
+}
+
 void PlayerWindow::leftSoftKey()
 {
-    player_.toggle();
+    if (isOnAnotherTrack())
+        playRow(list_->currentItem());
+    else
+        player_.toggle();
 }
 
 void PlayerWindow::rightSoftKey()

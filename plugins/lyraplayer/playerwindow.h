@@ -41,6 +41,8 @@ private:
     void addPages();
     void connectPlayer();
     void playRow(int row);
+    /// Whether the highlight of the list is on another track than the one that plays.
+    bool isOnAnotherTrack() const;
     /// Moves the mark in the list, and the highlight unless the user has it elsewhere.
     void follow(int track, int before);
     void showState();

@@ -24,6 +24,8 @@ inline const KnownText KnownTexts[] = {
     {"PASTE", &LANG_PASTE, "Paste"},
     {"PASTE_AS", &LANG_PASTE_AS, "Paste as.."},
     {"OPTIONS", &LANG_OPTIONS, "Options"},
+    {"SELECT", &LANG_SELECT, "Select"},
+    {"BACK", &LANG_BACK, "Back"},
     {"CANCEL", &LANG_CANCEL, "Cancel"},
     {"YES", &LANG_YES, "Yes"},
     {"NO", &LANG_NO, "No"},

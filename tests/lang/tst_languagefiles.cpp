@@ -154,12 +154,13 @@ void tst_LanguageFiles::labelsFitTheirPlaces()
         return needed <= width ? QString()
                                : QString("%1: %2 of %3").arg(text).arg(needed).arg(width);
     };
-    // The soft key's label takes half of the screen.
-    QCOMPARE(fits(LANG_OPTIONS, programFont(14, 25), ZScreen::Width / 2), QString());
-    // A menu's text begins behind three tabs and leaves the right edge to the submenu's arrow.
-    constexpr int Arrow = 18;
+    // A soft key's label takes half of the screen, but for the edge and half of the gap.
+    for (const QString& text : {LANG_OPTIONS, LANG_SELECT, LANG_BACK, LANG_YES, LANG_NO})
+        QCOMPARE(fits(text, programFont(14, 25), ZScreen::Width / 2 - 11), QString());
+    // A menu's text begins behind three tabs and leaves the right edge to digit and arrow.
+    constexpr int DigitAndArrow = 30;
     constexpr int MenuWidth =
-        ZScreen::Width - 2 * 8 - 3 * ZSkinService::MenuTabWidth - ZSkinService::RowMargin - Arrow;
+        ZScreen::Width - 2 * 7 - 3 * ZSkinService::MenuTabWidth - DigitAndArrow;
     for (const QString& text : {LANG_OPEN_WITH, LANG_DELETE, LANG_COPY_MENU, LANG_RENAME,
                                 LANG_MKDIR, LANG_BOOKMARK, LANG_ADD_BOOKMARK, LANG_BT,
                                 LANG_PROPERTIES, LANG_COPY, LANG_MOVE, LANG_PASTE, LANG_PASTE_AS})

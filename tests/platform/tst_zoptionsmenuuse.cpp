@@ -63,7 +63,8 @@ private slots:
         QTest::newRow("right on a plain item") << QList<int>{Right} << 0;
         QTest::newRow("choosing a disabled one")
             << QList<int>{Up, Up, Return, SoftLeft, Right} << 3;
-        QTest::newRow("keys that mean nothing") << QList<int>{'5', '#', PhoneKey::Modifier} << 0;
+        QTest::newRow("keys that mean nothing")
+            << QList<int>{'0', '#', '*', PhoneKey::Modifier} << 0;
     }
 
     void keysMoveTheHighlightRound()

@@ -299,10 +299,15 @@ private slots:
     void emptyListChoosesNothing()
     {
         QVERIFY(fixture_->share());
+        QCOMPARE(deviceList()->keys()->shownText(ZSoftKey::Left), QString());
+        QCOMPARE(deviceList()->keys()->shownText(ZSoftKey::Right), QString("Cancel"));
         for (const int key : {PhoneKey::Return, PhoneKey::SoftLeft, PhoneKey::Down})
             pressKey(key);
         QVERIFY(deviceList() != nullptr);
         QVERIFY(shareBox() == nullptr);
+        // With the first device there is something to send to.
+        fixture_->addDevice("11:22:33:44:55:01", "One");
+        QTRY_COMPARE(deviceList()->keys()->shownText(ZSoftKey::Left), QString("Send"));
     }
 
     void backEndsTheSearch_data()

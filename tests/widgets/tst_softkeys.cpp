@@ -12,11 +12,13 @@
 #include "tests/support/pictures.h"
 #include "tests/support/program.h"
 #include "tests/support/testmain.h"
+#include "widgets/kwidget.h"
 #include "widgets/menuitems.h"
 
 #include <QFile>
 #include <QImage>
 #include <QMetaMethod>
+#include <QTimer>
 
 namespace
 {
@@ -75,6 +77,13 @@ void checkItems(FM* window, ZOptionsMenu* menu, const QList<Item>& items)
         if (QTest::currentTestFailed())
             return qWarning("item %d", items.at(i).id);
     }
+}
+
+/// What stands over the two soft keys.
+QString shownInBar()
+{
+    return quarn->softKey->shownText(ZSoftKey::Left) + '|' +
+           quarn->softKey->shownText(ZSoftKey::Right);
 }
 
 qsizetype menuCount()
@@ -157,6 +166,7 @@ private slots:
     {
         program_->workFolder().write("lang/test.lang", "[Language]\nVER=102\nOPTIONS=Wahl\n"
                                                        "DELETE=Weg\nPASTE=Rein\n"
+                                                       "SELECT=Nimm\nBACK=Rück\n"
                                                        "ADD_BOOKMARK=Merken\n");
         lang = "test";
         const FM* window = program_->start();
@@ -164,6 +174,67 @@ private slots:
         QCOMPARE(window->optionsMenu->textAt(1), QStringLiteral("\t\t\tWeg"));
         QCOMPARE(window->copyMenu->textAt(2), QStringLiteral("\t\t\tRein"));
         QCOMPARE(window->bookmarkMenu->textAt(0), QStringLiteral("\t\t\tMerken"));
+        pressKey(PhoneKey::SoftLeft);
+        QCOMPARE(shownInBar(), QStringLiteral("Nimm|Rück"));
+    }
+
+    void barSaysWhatTheSoftKeysDoNow()
+    {
+        FM* window = program_->start();
+        QCOMPARE(shownInBar(), QStringLiteral("Options|"));
+        pressKey(PhoneKey::SoftLeft);
+        QCOMPARE(shownInBar(), QStringLiteral("Select|Back"));
+        pressKey('1');
+        // Without a plugin there is nothing to select in it.
+        QCOMPARE(top(), window->openWithMenu);
+        QCOMPARE(shownInBar(), QStringLiteral("|Back"));
+        pressKeys({PhoneKey::SoftRight, '3'});
+        QCOMPARE(shownInBar(), QStringLiteral("Select|Back"));
+        pressKey(PhoneKey::Up);
+        QCOMPARE(shownInBar(), QStringLiteral("|Back"));
+        pressKeys({PhoneKey::Left, PhoneKey::Left});
+        QCOMPARE(shownInBar(), QStringLiteral("Options|"));
+        pressKey(PhoneKey::Left);
+        QCOMPARE(shownInBar(), QStringLiteral("|"));
+    }
+
+    void barIsEmptyWhileABoxHasItsAnswersInside_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::newRow("message") << int(kWidget::Message);
+        QTest::newRow("question") << int(kWidget::Question);
+        QTest::newRow("plain") << int(kWidget::Plain);
+    }
+
+    void barIsEmptyWhileABoxHasItsAnswersInside()
+    {
+        QFETCH(int, mode);
+        program_->start();
+        QString seen;
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, &watch, [&seen] {
+            if (textView->isVisible() && seen.isEmpty()) {
+                seen = shownInBar();
+                pressKey(PhoneKey::SoftRight);
+            }
+        });
+        watch.start(1);
+        textView->showText("Title", "Text", Qt::AlignHCenter, QString(), mode);
+        QTRY_COMPARE(seen, QStringLiteral("|"));
+        textView->init();
+        QCOMPARE(shownInBar(), QStringLiteral("Options|"));
+    }
+
+    void copyingTakesSevenKeys()
+    {
+        program_->files().write("a.txt", "text");
+        program_->files().makeFolder("to");
+        path_tab2 = program_->files().path("to");
+        FM* window = program_->start();
+        program_->highlight(1, "a.txt");
+        pressKeys({PhoneKey::SoftLeft, '3', '1', PhoneKey::Right, PhoneKey::SoftLeft, '3', '3'});
+        QCOMPARE(top(), window);
+        QCOMPARE(program_->files().read("to/a.txt"), QByteArray("text"));
     }
 
     void withoutTablesOnlyTheAddItemIsThere()
@@ -380,8 +451,10 @@ private slots:
     void keysMeantForTheWindowDoNothingToItWhileAMenuIsOpen()
     {
         const FM* window = program_->start();
-        pressKeys({PhoneKey::SoftLeft, '*', '#', '0', PhoneKey::Hide, PhoneKey::Modifier, '3'});
+        pressKeys({PhoneKey::SoftLeft, '*', '#', '0', PhoneKey::Hide, PhoneKey::Modifier, '9'});
         QCOMPARE(top(), window->optionsMenu);
+        pressKeys({PhoneKey::Modifier, '3'});
+        QCOMPARE(top(), window->copyMenu);
         QVERIFY(window->isVisible());
         QVERIFY(!full_scr);
         QVERIFY(!window->getActiveMultiStat());

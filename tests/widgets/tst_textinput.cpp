@@ -1,4 +1,6 @@
+#include "platform/zsoftkey.h"
 #include "tests/support/debuglines.h"
+#include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
 #include "tests/widgets/textinputtest.h"
 
@@ -397,6 +399,64 @@ private slots:
         }
     }
 
+    void barBelowSaysAndDoesWhatTheKeysDo()
+    {
+        const auto main = showMainWidget();
+        ZSoftKey bar(QString(), main.get(), main.get());
+        bar.setText(ZSoftKey::Left, "Options");
+        bar.setGeometry(0, 300, 240, 20);
+        bar.show();
+        const auto texts = [&bar] { return bar.shownText(0) + '|' + bar.shownText(1); };
+        for (const bool yes : {true, false}) {
+            QString seen;
+            QString overMenu;
+            QCOMPARE(openAnd([&] {
+                         seen = texts();
+                         pressKey(Code::Modifier);
+                         overMenu = texts();
+                         pressKey(Code::SoftRight);
+                         seen += texts();
+                         click({yes ? 20 : 220, 310});
+                     }),
+                     yes ? 1 : 0);
+            QCOMPARE(seen, QString("Yes|NoYes|No"));
+            QCOMPARE(overMenu, QString("Select|Back"));
+            QCOMPARE(texts(), QString("Options|"));
+        }
+    }
+
+    void barThatThePageReachesIntoIsEmpty()
+    {
+        const auto main = showMainWidget();
+        ZSoftKey bar(QString(), main.get(), main.get());
+        bar.setText(ZSoftKey::Left, "Options");
+        QString seen;
+        bool stillOpen = false;
+        openAnd(
+            [&] {
+                seen = bar.shownText(0) + '|' + bar.shownText(1);
+                click({20, 318});
+                stillOpen = dialog_->isRunning();
+            },
+            "T", QString("many words ").repeated(80));
+        QCOMPARE(seen, QString("|"));
+        QVERIFY(stillOpen);
+    }
+
+    void tapForTheMenuDoesNotAnswer()
+    {
+        int still = 0;
+        openAnd([&] {
+            for (const QPoint point :
+                 {QPoint(220, 310), view()->geometry().bottomLeft() + QPoint(190, -5)}) {
+                pressKey(Code::Modifier);
+                click(point);
+                still += findMenu()->isHidden() && dialog_->isRunning() ? 1 : 0;
+            }
+        });
+        QCOMPARE(still, 2);
+    }
+
     void clickElsewhereDoesNotAnswer()
     {
         dialog_->inputText = "a";
@@ -404,7 +464,7 @@ private slots:
         openAnd([this, &stillOpen] {
             click(view()->geometry().topLeft() + QPoint(30, 5));
             click({2, 2});
-            click({120, 318});
+            click({120, 299});
             click(edit()->mapTo(ZScreen::instance(), edit()->rect().center()));
             stillOpen = dialog_->isRunning() && dialog_->isVisible();
             pressKey(Code::SoftRight);

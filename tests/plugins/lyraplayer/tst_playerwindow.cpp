@@ -31,6 +31,7 @@ private slots:
     void arrowsChangeTheVolume();
     void digitsSeek();
     void returnLeadsToTheListAndPlaysTheChosenTrack();
+    void theLeftSoftKeyIsForTheHighlightedTrackOfTheList();
     void theListIsLeftWithTheRightSoftKey();
     void theHighlightFollowsTheTrackUnlessItWasMoved();
     void theMarkIsOnTheTrackThatPlays();
@@ -189,6 +190,28 @@ void tst_PlayerWindow::returnLeadsToTheListAndPlaysTheChosenTrack()
     pressKey(PhoneKey::Return);
     QTRY_VERIFY_WITH_TIMEOUT(f.plays(2), Patience);
     QVERIFY(!f.window->showsList());
+}
+
+void tst_PlayerWindow::theLeftSoftKeyIsForTheHighlightedTrackOfTheList()
+{
+    Fixture f(three_);
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(0), Patience);
+    f.window->showList(true);
+    QCOMPARE(f.softKey(ZSoftKey::Left), QString("Pause"));
+    pressKey(PhoneKey::Down);
+    QCOMPARE(f.softKey(ZSoftKey::Left), QString("Play"));
+    pressKey(PhoneKey::SoftLeft);
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
+    QVERIFY(!f.window->showsList());
+    QCOMPARE(f.softKey(ZSoftKey::Left), QString("Pause"));
+    f.window->showList(true);
+    pressKey(PhoneKey::SoftLeft);
+    QTRY_COMPARE_WITH_TIMEOUT(f.player.state(), Player::Paused, Patience);
+    QVERIFY(f.window->showsList());
+    QCOMPARE(f.softKey(ZSoftKey::Left), QString("Play"));
+    pressKey(PhoneKey::SoftLeft);
+    QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
+    QCOMPARE(f.softKey(ZSoftKey::Left), QString("Pause"));
 }
 
 void tst_PlayerWindow::theListIsLeftWithTheRightSoftKey()
