@@ -1,5 +1,7 @@
 #include "platform/zscreen.h"
 
+#include "platform/keymap.h"
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QPainter>
@@ -235,6 +237,8 @@ bool ZScreen::eventFilter(QObject* watched, QEvent* event)
             widgetHidden(widget);
         return false;
     case QEvent::KeyPress:
+        KeyMap::instance().notice(*static_cast<QKeyEvent*>(event));
+        return blocksInput(widget);
     case QEvent::ShortcutOverride:
         return blocksInput(widget);
     case QEvent::ContextMenu:
