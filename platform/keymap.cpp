@@ -4,6 +4,8 @@
 
 #include <QKeySequence>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace
@@ -13,6 +15,48 @@ namespace
 constexpr int SpecialKey = 0x01000000;
 constexpr int PhoneSpecialKey = 0x1000;
 constexpr int NoCode = 0;
+
+/// The symbols of a keypad's own digits, "*" and "#" in this order. The toolkit has no keys for
+/// them.
+constexpr quint32 FirstKeypadSymbol = 0x10081200;
+constexpr char KeypadCharacters[] = "0123456789*#";
+
+/// Keys of the toolkit that phones have and keyboards have not.
+constexpr int KeypadOnlyKeys[] = {
+    Qt::Key_Select,
+    Qt::Key_Yes,
+    Qt::Key_No,
+    Qt::Key_Context1,
+    Qt::Key_Context2,
+    Qt::Key_Context3,
+    Qt::Key_Context4,
+    Qt::Key_Call,
+    Qt::Key_Hangup,
+    Qt::Key_Flip,
+    Qt::Key_ToggleCallHangup,
+    Qt::Key_VoiceDial,
+    Qt::Key_LastNumberRedial,
+};
+
+/// The character of a keypad's own key; NoCode for any other key.
+int keypadCharacter(const QKeyEvent& event)
+{
+    const quint32 place = event.nativeVirtualKey() - FirstKeypadSymbol;
+    return place < sizeof KeypadCharacters - 1 ? KeypadCharacters[place] : NoCode;
+}
+
+bool isLetter(const QKeyEvent& event)
+{
+    return event.text().size() == 1 && event.text().at(0).isLetter();
+}
+
+/// The two values that a switch in a text has; nothing for another text.
+std::optional<bool> parseSwitch(const QString& text)
+{
+    if (text == QLatin1String("1"))
+        return true;
+    return text == QLatin1String("0") ? std::optional<bool>(false) : std::nullopt;
+}
 
 std::optional<int> parseNumber(const QString& text)
 {
@@ -112,6 +156,8 @@ bool KeyMap::parseLine(const QString& line)
     if (equals < 1)
         return false;
     const QString name = line.left(equals).trimmed();
+    if (name.compare(QLatin1String("Keypad"), Qt::CaseInsensitive) == 0)
+        return parseKeypad(line.mid(equals + 1).trimmed());
     const auto code = parseCode(line.mid(equals + 1).trimmed());
     if (!code)
         return false;
@@ -127,6 +173,34 @@ bool KeyMap::parseLine(const QString& line)
     return key.has_value();
 }
 
+bool KeyMap::parseKeypad(const QString& value)
+{
+    const auto wanted = parseSwitch(value);
+    keypadIsSet_ = wanted.value_or(false);
+    return wanted.has_value();
+}
+
+void KeyMap::loadKeypadVariable(const char* name)
+{
+    if (!qEnvironmentVariableIsSet(name))
+        return;
+    const auto wanted = parseSwitch(qEnvironmentVariable(name));
+    if (!wanted)
+        qWarning("%s: neither 0 nor 1: %s", name, qgetenv(name).left(80).constData());
+    keypadIsSet_ = keypadIsSet_ || wanted.value_or(false);
+}
+
+void KeyMap::notice(const QKeyEvent& event)
+{
+    const bool isOfKeypad = keypadCharacter(event) != NoCode ||
+                            std::find(std::begin(KeypadOnlyKeys), std::end(KeypadOnlyKeys),
+                                      event.key()) != std::end(KeypadOnlyKeys);
+    if (isOfKeypad)
+        keypadIsSeen_ = true;
+    else if (isLetter(event))
+        keypadIsSeen_ = false;
+}
+
 int KeyMap::code(const QKeyEvent& event) const
 {
     if (!byScanCode_.isEmpty()) {
@@ -134,6 +208,8 @@ int KeyMap::code(const QKeyEvent& event) const
         if (scanned != byScanCode_.constEnd())
             return *scanned;
     }
+    if (const int character = keypadCharacter(event); character != NoCode)
+        return character;
     const auto mapped = byKey_.constFind(event.key());
     if (mapped != byKey_.constEnd())
         return *mapped;

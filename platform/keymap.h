@@ -19,6 +19,7 @@ enum Code : int {
     Modifier = 0x1030,
     Hide = 0x1031,
     FolderUp = 0x1032,
+    Clear = FolderUp, ///< what the same key is to a field
     SoftLeft = 0x1038,
     SoftRight = 0x103A,
     Music = 0x1049,
@@ -41,8 +42,10 @@ bool isSelect(int code);
 ///
 /// A line of the file reads "KEY = CODE": KEY is the toolkit's name of the key ("F5", "Media Play",
 /// "Home", "A"), its number ("0x01000034") or "scan:N" with the keyboard's own scan code; CODE is a
-/// phone's code ("0x1031"), a single character, or "none" for a key that shall do nothing. Blank
-/// lines and those beginning with ";" or "#" followed by a blank are skipped.
+/// phone's code ("0x1031"), a single character, or "none" for a key that shall do nothing. The line
+/// "Keypad = 1" says that the device has a keypad, on whose digits letters are typed; "Keypad = 0"
+/// leaves it to be found out. Blank lines and those beginning with ";" or "#" followed by a blank
+/// are skipped.
 class KeyMap
 {
 public:
@@ -57,9 +60,22 @@ public:
     void load(const QString& file);
     int code(const QKeyEvent& event) const;
 
+    /// Whether letters are typed with the keys of a keypad: so the file or the environment says, or
+    /// what was pressed last that tells a keypad from a keyboard.
+    bool hasKeypad() const { return keypadIsSet_ || keypadIsSeen_; }
+    /// Has the environment variable `name` say it: 1, or 0 as if it were not set. Anything else is
+    /// named on stderr and counts as 0.
+    void loadKeypadVariable(const char* name);
+    /// Learns from a key that only keypads have that there is one, and from a letter that there is
+    /// a keyboard.
+    void notice(const QKeyEvent& event);
+
 private:
     bool parseLine(const QString& line);
+    bool parseKeypad(const QString& value);
 
     QHash<int, int> byKey_;
     QHash<quint32, int> byScanCode_;
+    bool keypadIsSet_ = false;
+    bool keypadIsSeen_ = false;
 };

@@ -1,10 +1,15 @@
 #include "platform/zmultilineedit.h"
 
+#include "platform/keymap.h"
+#include "platform/zkeypadinput.h"
+
 #include <QClipboard>
 #include <QFocusEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 namespace
 {
@@ -38,11 +43,28 @@ QString withoutStandIns(QString text)
     return text;
 }
 
+/// Where the extension of a name begins, with its dot; the name's end if it has none. What follows
+/// a dot in a sentence or a number of a version is rarely short and without blanks.
+qsizetype extensionStart(const QString& name)
+{
+    constexpr qsizetype LongestExtension = 8;
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString extension = name.mid(dot + 1);
+    const bool isOne = dot > 0 && !extension.isEmpty() && extension.size() <= LongestExtension &&
+                       std::none_of(extension.begin(), extension.end(), [](QChar character) {
+                           return character.isSpace() || character == QLatin1Char('/');
+                       });
+    if (!isOne)
+        return name.size();
+    const QLatin1String archive(".tar");
+    return name.left(dot).endsWith(archive) && dot > archive.size() ? dot - archive.size() : dot;
+}
+
 } // namespace
 
 ZMultiLineEdit::ZMultiLineEdit(QWidget* parent, [[maybe_unused]] bool wrap,
                                [[maybe_unused]] int lines, const char* name)
-    : QLineEdit(parent)
+    : QLineEdit(parent), keypad_(new ZKeypadInput(this))
 {
     setObjectName(QLatin1String(name));
     setContextMenuPolicy(Qt::NoContextMenu);
@@ -50,12 +72,14 @@ ZMultiLineEdit::ZMultiLineEdit(QWidget* parent, [[maybe_unused]] bool wrap,
 
 void ZMultiLineEdit::setText(const QString& text)
 {
+    keypad_->begin();
     QLineEdit::setText(withStandIns(text));
 }
 
 QString ZMultiLineEdit::text() const
 {
-    return withoutStandIns(QLineEdit::text());
+    QString whole = QLineEdit::text();
+    return withoutStandIns(whole.insert(cursorPosition(), keypad_->openLetter()));
 }
 
 void ZMultiLineEdit::copy() const
@@ -73,6 +97,7 @@ void ZMultiLineEdit::cut()
 
 void ZMultiLineEdit::paste()
 {
+    keypad_->settle();
     QString text = QGuiApplication::clipboard()->text();
     static const QRegularExpression lastBreaks(QStringLiteral("[\\r\\n]+$"));
     static const QRegularExpression lineBreak(QStringLiteral("\\r\\n|\\r|\\n"));
@@ -85,7 +110,11 @@ void ZMultiLineEdit::paste()
 void ZMultiLineEdit::keyPressEvent(QKeyEvent* event)
 {
     event->accept();
-    if (event->matches(QKeySequence::Paste))
+    const bool isPlainLeft =
+        PhoneKey::code(*event) == PhoneKey::Left && (event->modifiers() & ~Qt::KeypadModifier) == 0;
+    if (isPlainLeft && hasSelectedText() && selectedText() == QLineEdit::text())
+        setCursorPosition(int(extensionStart(QLineEdit::text())));
+    else if (event->matches(QKeySequence::Paste))
         paste();
     else if (event->matches(QKeySequence::Copy))
         copy();
@@ -93,6 +122,16 @@ void ZMultiLineEdit::keyPressEvent(QKeyEvent* event)
         cut();
     else
         QLineEdit::keyPressEvent(event);
+}
+
+/// When something above it goes, the toolkit moves the focus as the Tab key does, which would
+/// select all of the text.
+void ZMultiLineEdit::focusInEvent(QFocusEvent* event)
+{
+    const bool isByTab =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    QFocusEvent other(QEvent::FocusIn, isByTab ? Qt::OtherFocusReason : event->reason());
+    QLineEdit::focusInEvent(&other);
 }
 
 /// The selection stays while a menu has the focus, whose items are about it; the toolkit keeps it

@@ -2,8 +2,13 @@
 
 #include <QLineEdit>
 
+class ZKeypadInput;
+
 /// The framework's entry field, here always of one line. Keys that mean nothing to it (soft keys,
 /// function keys, Up, Down and Return) are left to its parent.
+///
+/// On a device with a keypad its digits write letters. While all of a name is selected, Left puts
+/// the cursor before the extension, or behind a name without one.
 class ZMultiLineEdit : public QLineEdit
 {
     Q_OBJECT
@@ -15,7 +20,10 @@ public:
     /// The text, whatever it consists of. A byte-order mark, which has no picture, is held and
     /// shown as a mark of its own; so are halves of pairs of surrogates.
     void setText(const QString& text);
+    /// A letter that a further press may still change is a part of it.
     QString text() const;
+    /// What types with the keys of a keypad. It is the field's.
+    ZKeypadInput& keypad() { return *keypad_; }
 
 public slots:
     /// Puts the selection on the clipboard.
@@ -27,5 +35,9 @@ public slots:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+
+private:
+    ZKeypadInput* keypad_;
 };

@@ -16,14 +16,9 @@ namespace
 
 constexpr int FontSize = 14;
 
-struct SoftKeyTexts {
-    QString select = QStringLiteral("Select");
-    QString back = QStringLiteral("Back");
-};
-
-SoftKeyTexts& softKeyTexts()
+std::array<QString, 2>& menuKeys()
 {
-    static SoftKeyTexts texts;
+    static std::array<QString, 2> texts{QStringLiteral("Select"), QStringLiteral("Back")};
     return texts;
 }
 
@@ -40,7 +35,12 @@ QByteArray slotSignature(const char* slot)
 
 void ZOptionsMenu::setSoftKeyTexts(const QString& select, const QString& back)
 {
-    softKeyTexts() = {select, back};
+    menuKeys() = {select, back};
+}
+
+std::array<QString, 2> ZOptionsMenu::softKeyTexts()
+{
+    return menuKeys();
 }
 
 ZOptionsMenu::ZOptionsMenu(const QRect& rect, QWidget* parent, const char* name,
@@ -237,15 +237,16 @@ void ZOptionsMenu::openSubmenu(ZOptionsMenu* submenu)
 
 void ZOptionsMenu::tellSoftKeys()
 {
-    const SoftKeyTexts& texts = softKeyTexts();
+    std::array<QString, 2> texts = softKeyTexts();
+    if (!canChoose(current_))
+        texts[0].clear();
     const auto tapped = [this](int key) {
         if (key == ZSoftKey::Left)
             choose(current_);
         else
             hide();
     };
-    ZScreen::instance()->setSoftKeys(
-        this, {{canChoose(current_) ? texts.select : QString(), texts.back}, tapped});
+    ZScreen::instance()->setSoftKeys(this, {texts, tapped});
 }
 
 void ZOptionsMenu::chooseByDigit(int digit)

@@ -7,6 +7,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <array>
+
 /// A menu of items with texts, icons and submenus, opened by show() as a box of the screen.
 ///
 /// Up and Down move (going round, disabled items included), Return or the left soft key chooses or
@@ -26,6 +28,8 @@ public:
     /// What the soft-key bar says from now on while a menu is open. Over an item that cannot be
     /// chosen it has nothing to say at the left.
     static void setSoftKeyTexts(const QString& select, const QString& back);
+    /// What was set, for whatever else is chosen from like a menu.
+    static std::array<QString, 2> softKeyTexts();
 
     /// An empty `rect` leaves the place to the menu: at the lower left, above the soft-key bar.
     ZOptionsMenu(const QRect& rect, QWidget* parent, const char* name, Qt::WindowFlags flags,

@@ -1,5 +1,6 @@
 #include "platform/zscreen.h"
 
+#include "platform/keymap.h"
 #include "platform/zskinservice.h"
 
 #include <QApplication>
@@ -263,6 +264,8 @@ bool ZScreen::eventFilter(QObject* watched, QEvent* event)
             widgetHidden(widget);
         return false;
     case QEvent::KeyPress:
+        KeyMap::instance().notice(*static_cast<QKeyEvent*>(event));
+        return blocksInput(widget);
     case QEvent::ShortcutOverride:
         return blocksInput(widget);
     case QEvent::ContextMenu:

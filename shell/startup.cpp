@@ -3,6 +3,7 @@
 #include "files/programnames.h"
 #include "launch/shellcommand.h"
 #include "platform/keymap.h"
+#include "platform/keypadletters.h"
 #include "platform/qcopchannel.h"
 #include "platform/qdiskfont.h"
 #include "platform/zskinservice.h"
@@ -60,6 +61,8 @@ int startQuarn(int argc, char** argv)
     const QString programDir = u->getProgramDir();
     readConfig(programDir);
     KeyMap::instance().load(programDir + QStringLiteral("keymap.cfg"));
+    KeyMap::instance().loadKeypadVariable("QUARN_KEYPAD");
+    KeypadLetters::setLanguage(lang);
     registerFont(25);
     registerFont(87);
     for (const QDiskFont& record : ZFontManager::diskFonts())

@@ -415,9 +415,11 @@ private slots:
         WaitingCommand waiting(command);
         const FM* window = waiting.fixture().window();
         const int page = window->activePage();
+        // To a field the key that leads a folder up is the clear key.
+        const int up = waiting.isDialog() ? PhoneKey::PageUp : PhoneKey::FolderUp;
         waiting.run([&] {
-            for (const int code : {int(PhoneKey::Hide), int(PhoneKey::FolderUp),
-                                   int(PhoneKey::PageDown), int(PhoneKey::Music)})
+            for (const int code :
+                 {int(PhoneKey::Hide), up, int(PhoneKey::PageDown), int(PhoneKey::Music)})
                 pressKey(code);
             QVERIFY(waiting.isAsking());
             QVERIFY(window->isVisible());

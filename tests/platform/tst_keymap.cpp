@@ -148,6 +148,131 @@ private slots:
         QVERIFY(lines.mentions(QString::fromUtf8(line)));
     }
 
+    void fileSaysWhetherThereIsAKeypad_data()
+    {
+        QTest::addColumn<QByteArray>("lines");
+        QTest::addColumn<bool>("hasKeypad");
+        QTest::newRow("nothing") << QByteArray() << false;
+        QTest::newRow("yes") << QByteArray("Keypad = 1") << true;
+        QTest::newRow("no") << QByteArray("Keypad = 0") << false;
+        QTest::newRow("narrow and small") << QByteArray("keypad=1") << true;
+        QTest::newRow("the last counts") << QByteArray("Keypad = 1\nKeypad = 0") << false;
+        QTest::newRow("comment") << QByteArray("; Keypad = 1") << false;
+    }
+
+    void fileSaysWhetherThereIsAKeypad()
+    {
+        QFETCH(QByteArray, lines);
+        const DebugLines named;
+        KeyMap map;
+        folder_.write("keymap.cfg", lines);
+        map.load(folder_.path("keymap.cfg"));
+        QTEST(map.hasKeypad(), "hasKeypad");
+        QCOMPARE(named.all(), QStringList());
+    }
+
+    void keypadWithNonsenseIsNamedAndNone_data()
+    {
+        QTest::addColumn<QByteArray>("value");
+        for (const char* value : {"", "2", "-1", "yes", "1 1", "01", "0x1", "none", "\xff"})
+            QTest::newRow(value) << QByteArray(value);
+    }
+
+    void keypadWithNonsenseIsNamedAndNone()
+    {
+        QFETCH(QByteArray, value);
+        const DebugLines named;
+        KeyMap map;
+        folder_.write("keymap.cfg", "Keypad = 1\nKeypad = " + value + "\nF6 = 1\n");
+        map.load(folder_.path("keymap.cfg"));
+        QVERIFY(!map.hasKeypad());
+        QCOMPARE(codeOf(map, Qt::Key_F6), int('1'));
+        QCOMPARE(named.all().size(), 1);
+        QVERIFY2(named.mentions("keymap.cfg:2"), qPrintable(named.all().first()));
+
+        qputenv("KEYPAD_OF_TEST", value);
+        map.loadKeypadVariable("KEYPAD_OF_TEST");
+        qunsetenv("KEYPAD_OF_TEST");
+        QVERIFY(!map.hasKeypad());
+        QCOMPARE(named.all().size(), 2);
+        QVERIFY2(named.all().last().startsWith("KEYPAD_OF_TEST: "), qPrintable(named.all().last()));
+    }
+
+    void environmentSaysThatThereIsAKeypadAndNeverThatThereIsNone()
+    {
+        const DebugLines named;
+        KeyMap map;
+        map.loadKeypadVariable("KEYPAD_OF_TEST");
+        QVERIFY(!map.hasKeypad());
+        qputenv("KEYPAD_OF_TEST", "1");
+        map.loadKeypadVariable("KEYPAD_OF_TEST");
+        QVERIFY(map.hasKeypad());
+        qputenv("KEYPAD_OF_TEST", "0");
+        map.loadKeypadVariable("KEYPAD_OF_TEST");
+        QVERIFY(map.hasKeypad());
+        qunsetenv("KEYPAD_OF_TEST");
+        QCOMPARE(named.all(), QStringList());
+    }
+
+    void keypadIsFoundOutFromItsKeys_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<quint32>("symbol");
+        QTest::addColumn<bool>("tells");
+        const auto row = [](const char* name, int key, quint32 symbol, bool tells) {
+            QTest::newRow(name) << key << symbol << tells;
+        };
+        row("select", Qt::Key_Select, 0, true);
+        row("call", Qt::Key_Call, 0, true);
+        row("last soft key", Qt::Key_Context4, 0, true);
+        row("a keypad's own 0", Qt::Key_unknown, 0x10081200, true);
+        row("a keypad's own #", 0, 0x1008120b, true);
+        row("symbol before them", Qt::Key_unknown, 0x100811ff, false);
+        row("symbol behind them", Qt::Key_unknown, 0x1008120c, false);
+        // Keyboards have these too.
+        row("2", Qt::Key_2, 0, false);
+        row("menu", Qt::Key_Menu, 0, false);
+        row("return", Qt::Key_Return, 0, false);
+        row("F26", Qt::Key_F26, 0, false);
+        row("media play", Qt::Key_MediaPlay, 0, false);
+    }
+
+    void keypadIsFoundOutFromItsKeys()
+    {
+        QFETCH(int, key);
+        QFETCH(quint32, symbol);
+        KeyMap map;
+        map.notice(QKeyEvent(QEvent::KeyPress, key, Qt::NoModifier, 0, symbol, 0));
+        QTEST(map.hasKeypad(), "tells");
+    }
+
+    void letterTellsOfAKeyboardUnlessAKeypadIsSet()
+    {
+        const QKeyEvent select(QEvent::KeyPress, Qt::Key_Select, Qt::NoModifier);
+        const QKeyEvent letter(QEvent::KeyPress, Qt::Key_X, Qt::NoModifier, "x");
+        const QKeyEvent digit(QEvent::KeyPress, Qt::Key_5, Qt::NoModifier, "5");
+        KeyMap map;
+        map.notice(select);
+        map.notice(digit);
+        QVERIFY(map.hasKeypad());
+        map.notice(letter);
+        QVERIFY(!map.hasKeypad());
+        folder_.write("keymap.cfg", "Keypad = 1\n");
+        map.load(folder_.path("keymap.cfg"));
+        map.notice(letter);
+        QVERIFY(map.hasKeypad());
+    }
+
+    void keypadsOwnKeysGiveTheirCharacters()
+    {
+        const KeyMap map;
+        QString codes;
+        for (quint32 symbol = 0x10081200; symbol <= 0x1008120b; ++symbol)
+            codes += QChar(map.code(
+                QKeyEvent(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, 0, symbol, 0)));
+        QCOMPARE(codes, QStringLiteral("0123456789*#"));
+    }
+
     void whatIsNoFileChangesNothing_data()
     {
         QTest::addColumn<QString>("name");

@@ -58,7 +58,6 @@ private slots:
         QTest::newRow("right soft key") << int(PhoneKey::SoftRight);
         QTest::newRow("modifier") << int(PhoneKey::Modifier);
         QTest::newRow("hide") << int(PhoneKey::Hide);
-        QTest::newRow("folder up") << int(PhoneKey::FolderUp);
         QTest::newRow("up") << int(PhoneKey::Up);
         QTest::newRow("down") << int(PhoneKey::Down);
         QTest::newRow("return") << int(PhoneKey::Return);
@@ -82,6 +81,71 @@ private slots:
             pressKey(code);
         QCOMPARE(holder_->codes, QList<int>());
         QCOMPARE(edit_->text(), QStringLiteral("ab1*"));
+    }
+
+    void leftPutsTheCursorBeforeTheExtensionOfASelectedName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("position");
+        const auto row = [](const char* name, int position) {
+            QTest::newRow(name) << name << position;
+        };
+        row("notes.txt", 5);
+        row("a.b.txt", 3);
+        row("archive.tar.gz", 7);
+        row(".tar.gz", 4);
+        row("x.c", 1);
+        row("Dr. Who", 7);
+        row("folder", 6);
+        row(".hidden", 7);
+        row("ends.", 5);
+        row("long.extension", 14);
+        row("one/two.d/name", 14);
+        row("..", 2);
+    }
+
+    void leftPutsTheCursorBeforeTheExtensionOfASelectedName()
+    {
+        QFETCH(QString, name);
+        edit_->setText(name);
+        edit_->selectAll();
+        pressKey(PhoneKey::Left);
+        QTEST(edit_->cursorPosition(), "position");
+        QVERIFY(!edit_->hasSelectedText());
+        QCOMPARE(edit_->text(), name);
+    }
+
+    void leftBeforeTheExtensionCountsOddCharacters()
+    {
+        const QString stem = QChar(0xdc80) + QString(QChar(0xfeff)) + "\n";
+        edit_->setText(stem + ".txt");
+        edit_->selectAll();
+        pressKey(PhoneKey::Left);
+        QCOMPARE(edit_->cursorPosition(), int(stem.size()));
+    }
+
+    void leftMovesAsEverOtherwise()
+    {
+        edit_->setText("notes.txt");
+        pressKey(PhoneKey::Left);
+        QCOMPARE(edit_->cursorPosition(), 8);
+        edit_->setSelection(2, 3);
+        pressKey(PhoneKey::Left);
+        QCOMPARE(edit_->cursorPosition(), 4);
+        edit_->selectAll();
+        QTest::keyClick(edit_, Qt::Key_Left, Qt::ShiftModifier);
+        QCOMPARE(edit_->selectedText(), QStringLiteral("notes.tx"));
+    }
+
+    void focusThatComesByTabSelectsNothing()
+    {
+        for (const auto reason : {Qt::TabFocusReason, Qt::BacktabFocusReason}) {
+            edit_->setCursorPosition(2);
+            QFocusEvent event(QEvent::FocusIn, reason);
+            QApplication::sendEvent(edit_, &event);
+            QVERIFY(!edit_->hasSelectedText());
+            QCOMPARE(edit_->cursorPosition(), 2);
+        }
     }
 
     void textIsPastedInThePlaceOfTheSelection()

@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QTest>
+#include <QWindow>
 
 #include <memory>
 
@@ -51,6 +52,21 @@ protected:
     {
         const auto menus = ZScreen::instance()->findChildren<ZOptionsMenu*>();
         return menus.size() == 1 ? menus.first() : nullptr;
+    }
+
+    /// As the file of keys says it.
+    void setKeypad(bool isThere)
+    {
+        folder_->write("keymap.cfg", isThere ? "Keypad = 1\n" : "Keypad = 0\n");
+        KeyMap::instance().load(folder_->path("keymap.cfg"));
+    }
+
+    /// Clicks where a user sees it, whatever lies there.
+    static void click(QPoint screenPoint)
+    {
+        QWidget* window = ZScreen::instance()->window();
+        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {},
+                          ZScreen::instance()->mapTo(window, screenPoint));
     }
 
     static void type(const QString& text) { QTest::keyClicks(keyReceiver(), text); }

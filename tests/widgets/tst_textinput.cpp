@@ -6,7 +6,6 @@
 
 #include <QClipboard>
 #include <QPointer>
-#include <QWindow>
 
 namespace
 {
@@ -21,14 +20,6 @@ void setClipboard(const QString& text)
 QString clipboard()
 {
     return QGuiApplication::clipboard()->text();
-}
-
-/// Clicks where a user sees it, whatever lies there.
-void click(QPoint screenPoint)
-{
-    QWidget* window = ZScreen::instance()->window();
-    QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {},
-                      ZScreen::instance()->mapTo(window, screenPoint));
 }
 
 } // namespace
@@ -175,7 +166,6 @@ private slots:
         QTest::newRow("return") << int(Code::Return);
         QTest::newRow("enter") << int(Code::Enter);
         QTest::newRow("hide") << int(Code::Hide);
-        QTest::newRow("folder up") << int(Code::FolderUp);
         QTest::newRow("music") << int(Code::Music);
     }
 
