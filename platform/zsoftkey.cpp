@@ -13,7 +13,7 @@
 namespace
 {
 
-constexpr int FontSize = 14;
+constexpr int BarFontSize = 14;
 constexpr int Margin = 6;
 /// What at least is between the two texts.
 constexpr int Gap = 10;
@@ -107,7 +107,7 @@ void ZSoftKey::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     painter.fillRect(rect(), look.background);
     QFont barFont = font();
-    barFont.setPixelSize(FontSize);
+    barFont.setPixelSize(BarFontSize);
     painter.setFont(barFont);
     painter.setPen(look.text);
     shown_ = wantedTexts();
