@@ -14,11 +14,6 @@ namespace
 
 const char* const KindPictures[] = {"folder", "folder_link", "file", "file_link", "device"};
 
-bool isFolder(const FolderEntry& entry)
-{
-    return entry.kind == EntryKind::Folder || entry.kind == EntryKind::FolderLink;
-}
-
 } // namespace
 
 // Days begin when a quarter of an hour of the local clock does, so within one the date is the same,
@@ -64,6 +59,19 @@ bool EntryRows::isDetailed(int number)
     return entry.hasInfo;
 }
 
+bool EntryRows::isAnyDetailed(int rows)
+{
+    // Where the last one tells nothing, mostly none does, since the folder lets nobody search it,
+    // or is gone; asking each of a big folder would take long.
+    for (int number = rows - 1; number >= 0; --number) {
+        if (isDetailed(number))
+            return true;
+        if (number == rows - 1 && !scan_.isSearchable())
+            return false;
+    }
+    return false;
+}
+
 QSize EntryRows::iconSize(int rows)
 {
     std::array<bool, 5> seen{};
@@ -91,7 +99,7 @@ ZListBoxItem* EntryRows::makeRow(ZListBox* box, int number)
 QString EntryRows::detail(const FolderEntry& entry)
 {
     const QString date = dates_.of(entry.modified);
-    if (entry.kind == EntryKind::Other || isFolder(entry))
+    if (entry.kind == EntryKind::Other || entry.isFolder())
         return date;
     // Sizes are 32-bit numbers, as the phone's were.
     return sizeText(quint32(entry.size)) + QStringLiteral("\t\t\t") + date;

@@ -39,6 +39,8 @@ public:
     QString name(int number);
     /// Whether the row has a second text, for which its entry must tell size and time.
     bool isDetailed(int number);
+    /// Whether one of the first `rows` has.
+    bool isAnyDetailed(int rows);
     /// The width and height that the icons of the kinds among the first `rows` need.
     QSize iconSize(int rows);
     ZListBoxItem* makeRow(ZListBox* box, int number);

@@ -5,6 +5,7 @@
 #include "browser/thumbnail.h"
 #include "files/entry.h"
 #include "files/entrytexts.h"
+#include "files/paths.h"
 #include "platform/keymap.h"
 #include "platform/zpixmap.h"
 
@@ -155,7 +156,8 @@ void FileBrowserFtab::LoadPreview()
         return;
     previewIdle = false;
     const int row = previewIndex;
-    if (fullInfo == 1 && item(row) != nullptr) {
+    // By its name alone: asking for a row would make it.
+    if (fullInfo == 1 && row < count()) {
         const QString extension = get_Mime(entryName(row));
         const bool picture =
             std::any_of(mimes.begin(), mimes.end(), [&extension](const mime_struct& mime) {
@@ -190,7 +192,7 @@ bool FileBrowserFtab::makedir(const QString& parent, const QString& name)
 
 QString FileBrowserFtab::getProgramDir(const QString& path)
 {
-    return path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
+    return folderPart(path);
 }
 
 void FileBrowserFtab::loadPic(QPixmap& pixmap, const QString& path)

@@ -62,11 +62,8 @@ void FileBrowserFtab::addEntries(const QFont& ownFont)
     if (rows == 0)
         return;
     // Fonts hold for the whole list, so the last row decides; any row gives all of them two lines.
-    int detailed = rows - 1;
-    applyFonts(ownFont, entries_->isDetailed(detailed) ? DetailFontSize : PlainFontSize);
-    while (detailed >= 0 && !entries_->isDetailed(detailed))
-        --detailed;
-    appendLater(rows, detailed >= 0 ? 2 : 1, entries_->iconSize(rows),
+    applyFonts(ownFont, entries_->isDetailed(rows - 1) ? DetailFontSize : PlainFontSize);
+    appendLater(rows, entries_->isAnyDetailed(rows) ? 2 : 1, entries_->iconSize(rows),
                 [this](int number) { return entries_->makeRow(this, number); });
 }
 

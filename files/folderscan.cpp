@@ -86,8 +86,7 @@ void FolderScan::add(int folder, const char* name, unsigned char type, bool with
     entry.nameOffset = quint32(names_.size());
     entry.nameLength = quint16(std::strlen(name));
     names_.append(name, entry.nameLength);
-    const bool isFolder = entry.kind == EntryKind::Folder || entry.kind == EntryKind::FolderLink;
-    (isFolder ? folders_ : others_).push_back(entry);
+    (entry.isFolder() ? folders_ : others_).push_back(entry);
 }
 
 void FolderScan::sort(std::vector<FolderEntry>& entries) const
@@ -131,4 +130,9 @@ void FolderScan::readInfo(FolderEntry& entry) const
     struct statx info = {};
     if (stat(AT_FDCWD, path.constData(), 0, info))
         keepInfo(entry, info);
+}
+
+bool FolderScan::isSearchable() const
+{
+    return ::faccessat(AT_FDCWD, (path_ + '/').constData(), X_OK, AT_EACCESS) == 0;
 }

@@ -23,6 +23,9 @@ struct FolderEntry {
     bool hasInfo = false; ///< size and time are known
     qint64 size = 0;      ///< bytes; of what a link leads to
     qint64 modified = 0;  ///< seconds since 1970; of what a link leads to
+
+    /// Links to folders included.
+    bool isFolder() const { return kind == EntryKind::Folder || kind == EntryKind::FolderLink; }
 };
 
 /// A folder's entries, hidden ones included, "." and ".." not: first folders and links to them,
@@ -48,6 +51,8 @@ public:
     /// Asks for the size and time of an entry of this scan, unless they are known. They stay
     /// unknown if the entry is gone or may not be asked about.
     void readInfo(FolderEntry& entry) const;
+    /// Whether the folder is there and its entries may be asked about.
+    bool isSearchable() const;
 
 private:
     void add(int folder, const char* name, unsigned char type, bool withInfo);

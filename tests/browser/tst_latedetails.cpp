@@ -21,6 +21,7 @@ constexpr int Many = 200;
 
 int questions = 0;        ///< for attributes, since the last reset
 bool kindsAreTold = true; ///< by the folder itself
+QByteArray closedFolder;  ///< whose entries tell nothing; ends with "/". None if it is empty
 
 } // namespace
 
@@ -30,7 +31,20 @@ extern "C" {
 int statx(int folder, const char* path, int flags, unsigned mask, struct statx* info)
 {
     ++questions;
+    if (!closedFolder.isEmpty() && QByteArrayView(path).startsWith(closedFolder)) {
+        errno = EACCES;
+        return -1;
+    }
     return int(syscall(SYS_statx, folder, path, flags, mask, info));
+}
+
+int faccessat(int folder, const char* path, int mode, int flags)
+{
+    if (!closedFolder.isEmpty() && closedFolder == path && (mode & X_OK) != 0) {
+        errno = EACCES;
+        return -1;
+    }
+    return int(syscall(SYS_faccessat2, folder, path, mode, flags));
 }
 
 dirent* readdir(DIR* folder)
@@ -69,6 +83,7 @@ private slots:
     void init()
     {
         kindsAreTold = true;
+        closedFolder.clear();
         questions = 0;
     }
 
@@ -94,6 +109,34 @@ private slots:
         const int before = questions;
         panel->grab();
         QCOMPARE(questions, before);
+    }
+
+    void lookingForPicturesAsksForNoOtherRows()
+    {
+        const PanelFixture panel(true);
+        fill(panel.files());
+        panel.associate(QStringLiteral("JPG"), PictureIcon);
+        panel.files().write(QStringLiteral("file100.jpg"));
+        panel->setDir(panel.files().path(), 0);
+        panel->grab();
+        const int before = questions;
+        panel.previewTimer()->setInterval(0);
+        QTRY_VERIFY(!panel.previewTimer()->isActive());
+        // Those about the picture and its file.
+        QVERIFY(questions - before < Many / 10);
+    }
+
+    void entriesOfAFolderThatMayNotBeSearchedAreNotAllAsked()
+    {
+        const PanelFixture panel(true);
+        fill(panel.files());
+        closedFolder = panel.files().path().toUtf8() + '/';
+        questions = 0;
+        panel->setDir(panel.files().path(), 0);
+        QCOMPARE(panel->count(), Many + 1);
+        QVERIFY(questions <= 2);
+        panel->grab();
+        QCOMPARE(panel->item(Many)->subItemCount(1), 1);
     }
 
     void compactListAsksForNothing()
