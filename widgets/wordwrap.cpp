@@ -34,7 +34,8 @@ private:
             ++behind;
         }
         width_ += advance_(character);
-        if (character == U' ') {
+        // A line is not broken before its first word.
+        if (character == U' ' && position > start_) {
             space_ = position;
             widthToSpace_ = width_;
         }

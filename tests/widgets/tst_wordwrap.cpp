@@ -57,6 +57,10 @@ private slots:
             << "aa bbbb cc" << QStringList{"aa", "bbbb", "cc"};
         QTest::newRow("long word behind a short one")
             << "ab cdefghijk" << QStringList{"ab", "cdefgh", "ijk"};
+        QTest::newRow("space at the beginning does not count")
+            << " bbbbbbbb" << QStringList{" bbbbb", "bbb"};
+        QTest::newRow("space behind a broken word does not count")
+            << "abcdef ghijklmn" << QStringList{"abcdef", " ghijk", "lmn"};
         QTest::newRow("space of the line before does not count")
             << "aaa bbbbbbbb" << QStringList{"aaa", "bbbbbb", "bb"};
     }
