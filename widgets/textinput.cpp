@@ -1,5 +1,7 @@
 #include "widgets/textinput.h"
 
+#include "files/paths.h"
+#include "files/regularfile.h"
 #include "platform/keymap.h"
 #include "platform/shownname.h"
 #include "platform/zapplication.h"
@@ -29,8 +31,8 @@ constexpr int FieldWidth = 215;
 constexpr int LargestHeight = 300;
 constexpr int Left = 10;
 constexpr int TopOfLargest = 10;
-constexpr int CopyItem = 2;
-constexpr int PasteItem = 4;
+constexpr int CopyText = 2;
+constexpr int PasteText = 4;
 /// How much of the page's foot answers to a finger.
 constexpr int AnswerHeight = 28;
 
@@ -40,10 +42,15 @@ QString keyCell(const QString& text)
            QStringLiteral("</font></td>");
 }
 
-/// A path as it can stand in a page without quotes, where a blank would end it.
-QString unquoted(const QString& path)
+/// What stands for a picture in a page, without quotes, where a blank would end it. The toolkit
+/// reads only files whose paths are text; others are put into the page.
+QString imageSource(const QString& path)
 {
-    return QString::fromLatin1(QUrl::toPercentEncoding(path, "/"));
+    if (path.isValidUtf16())
+        return QString::fromLatin1(QUrl::toPercentEncoding(path, "/"));
+    constexpr qsizetype LargestIcon = 1024 * 1024;
+    const QByteArray picture = readRegular(path, LargestIcon).value_or(QByteArray());
+    return QStringLiteral("data:image/png;base64,") + QString::fromLatin1(picture.toBase64());
 }
 
 QString blackTable()
@@ -109,20 +116,20 @@ void TextInput::Init()
     menu->setFont(font());
     connect(this, &QObject::destroyed, menu, &QObject::deleteLater);
     auto icon = ZPicture::fromFile(progDir + QStringLiteral("res/img/copy.png"));
-    menu->insertItem(copyText, nullptr, icon, true, CopyItem, CopyItem);
+    menu->insertItem(copyText, nullptr, icon, true, CopyText, CopyText);
     icon.cover(ZPicture::fromFile(progDir + QStringLiteral("res/img/paste.png")));
-    menu->insertItem(pasteText, nullptr, icon, true, PasteItem, PasteItem);
-    menu->connectItem(CopyItem, this, "Copy()");
-    menu->connectItem(PasteItem, this, "Paste()");
+    menu->insertItem(pasteText, nullptr, icon, true, PasteText, PasteText);
+    menu->connectItem(CopyText, this, "Copy()");
+    menu->connectItem(PasteText, this, "Paste()");
     keyBarHtml = QStringLiteral("<br><br><br>") + blackTable() + keyCell(yesText) +
                  keyCell(noText) + QStringLiteral("</tr></table>");
 }
 
 QString TextInput::titleHtml(const QString& title, const QString& icon) const
 {
-    const QString image = icon.isEmpty()
-                              ? QString()
-                              : QStringLiteral("<img src=%1 ><br>").arg(unquoted(progDir + icon));
+    const QString image =
+        icon.isEmpty() ? QString()
+                       : QStringLiteral("<img src=%1 ><br>").arg(imageSource(progDir + icon));
     return blackTable() + QStringLiteral("<td align=\"center\" >") + image +
            QStringLiteral("<font size=\"4\" color=\"#eeeeee\"><b>") + title.toHtmlEscaped() +
            QStringLiteral("</b></font></td></tr></table>");
@@ -249,5 +256,5 @@ void TextInput::Paste()
 
 QString TextInput::getProgramDir(const QString& path)
 {
-    return path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
+    return folderPart(path);
 }

@@ -1,3 +1,4 @@
+#include "files/names.h"
 #include "tests/support/testmain.h"
 #include "tests/widgets/textinputtest.h"
 
@@ -121,6 +122,18 @@ private slots:
         folder_->write(name + "/icon.png", plainPng(20, 10, Qt::blue));
         dialog_.reset();
         makeDialog(folder_->path(name) + '/');
+        look("Rename", "New name:", "icon.png");
+        QCOMPARE(boundsOf(picture_, Qt::blue).size(), QSize(20, 10));
+    }
+
+    void iconOfAFolderWhoseNameIsNoTextIsItsOwn()
+    {
+        const QString odd = decodeName("odd\xFF");
+        folder_->write(odd + "/icon.png", plainPng(20, 10, Qt::blue));
+        // What the name would be taken for.
+        folder_->write(QString("odd\uFFFD/icon.png"), plainPng(20, 10, Qt::red));
+        dialog_.reset();
+        makeDialog(folder_->path(odd) + '/');
         look("Rename", "New name:", "icon.png");
         QCOMPARE(boundsOf(picture_, Qt::blue).size(), QSize(20, 10));
     }
