@@ -12,5 +12,7 @@ inline constexpr QLatin1String Program("Quarn");
 inline constexpr char Channel[] = "Quarn";
 /// The family as which the program's own font is registered.
 inline constexpr QLatin1String Font("ZarnikFont");
+/// The plugin that plays music, and its channel.
+inline constexpr char Player[] = "LyraPlayer";
 
 } // namespace ProgramNames

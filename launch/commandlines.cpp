@@ -1,13 +1,14 @@
 #include "launch/commandlines.h"
 
 #include "assoc/plugintable.h"
+#include "files/programnames.h"
 
 #include <optional>
 
 namespace
 {
 
-const QLatin1String Player("LyraPlayer");
+const QLatin1String Player(ProgramNames::Player);
 
 ShellBytes executable(const QString& workFolder, const QString& name)
 {

@@ -4,6 +4,7 @@
 
 #include "assoc/plugintable.h"
 #include "files/entry.h"
+#include "files/programnames.h"
 #include "launch/busynotice.h"
 #include "launch/commandlines.h"
 #include "launch/shellcommand.h"
@@ -16,7 +17,6 @@
 namespace
 {
 
-const char Channel[] = "LyraPlayer";
 // Ticks of the busy box after the player was started.
 constexpr int PlayerLingerTicks = 15;
 
@@ -38,13 +38,20 @@ void playMarked(const QStringList& entries)
     const QString list = CommandLine::playlist(work_folder);
     if (entryExists(list))
         removeFile(list);
+    QString leftOut;
     // One pass more than there are entries: the list ends with an empty line.
     for (qsizetype i = 0; i <= entries.size(); ++i) {
         const QString entry = entries.value(i);
-        runShellInByteOrder(EntryInfo(entry).isFolder() ? CommandLine::addFolder(work_folder, entry)
-                                                        : CommandLine::addFile(work_folder, entry));
+        const ShellBytes line = EntryInfo(entry).isFolder()
+                                    ? CommandLine::addFolder(work_folder, entry)
+                                    : CommandLine::addFile(work_folder, entry);
+        if (!line)
+            leftOut = entry;
+        runShellInByteOrder(line);
     }
     startOnList();
+    if (!leftOut.isEmpty())
+        showError(QStringLiteral("Don`t known how to open ") + leftOut);
 }
 
 void playFolder(const QString& folder)
@@ -60,8 +67,8 @@ void playFolder(const QString& folder)
 
 void FM::LyraPlayer()
 {
-    if (QCopChannel::isRegistered(Channel)) {
-        QCopChannel::send(Channel, "show");
+    if (QCopChannel::isRegistered(ProgramNames::Player)) {
+        QCopChannel::send(ProgramNames::Player, "show");
         return;
     }
     const QString current = getActiveFileName();
@@ -76,7 +83,7 @@ void FM::LyraPlayer()
 
 bool FM::playerInstalled()
 {
-    if (pluginIsInstalled(work_folder, QString::fromLatin1(Channel)))
+    if (pluginIsInstalled(work_folder, QString::fromLatin1(ProgramNames::Player)))
         return true;
     showError(QStringLiteral("Please install LyraPlayer"));
     return false;
@@ -90,8 +97,8 @@ void FM::playMusic()
 
 void FM::sendToPlayer(const char* message)
 {
-    if (playerInstalled() && QCopChannel::isRegistered(Channel))
-        QCopChannel::send(Channel, message);
+    if (playerInstalled() && QCopChannel::isRegistered(ProgramNames::Player))
+        QCopChannel::send(ProgramNames::Player, message);
 }
 
 void FM::previousTrack()
@@ -109,8 +116,8 @@ void FM::showPlayer()
     modKeyHeld = false;
     if (!playerInstalled())
         return;
-    if (QCopChannel::isRegistered(Channel)) {
-        QCopChannel::send(Channel, "show");
+    if (QCopChannel::isRegistered(ProgramNames::Player)) {
+        QCopChannel::send(ProgramNames::Player, "show");
         return;
     }
     showBusy();
