@@ -37,8 +37,9 @@ void keepLinesOn(QLoggingCategory* category)
 
 int main(int argc, char** argv)
 {
-    // A copy that gets too large for a limit of the user fails; it does not end the program.
-    std::signal(SIGXFSZ, SIG_IGN);
+    // A copy that gets too large for a limit of the user fails; it does not end the program. Were
+    // the signal ignored, programs that are started would ignore it, too.
+    std::signal(SIGXFSZ, [](int) {});
     qInstallMessageHandler(writeLine);
     followRules = QLoggingCategory::installFilter(nullptr);
     QLoggingCategory::installFilter(keepLinesOn);

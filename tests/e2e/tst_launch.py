@@ -63,6 +63,15 @@ class TestChildren(LaunchCase):
         self.assertNotIn("QT_ENABLE_HIGHDPI_SCALING", names)
         self.assertNotIn("QT_XCB_NO_MITSHM", names)
 
+    def test_ignoreNoSignals(self):
+        program = self.opener(NOTE.format("grep SigIgn /proc/self/status"))
+        self.open_picture(program)
+        ignored = int(self.wait_for(program.home / "noted").split()[1], 16)
+        names = {each.name for each in signal.Signals
+                 if each < signal.SIGRTMIN and ignored & (1 << (each - 1))}
+        # The shell ignores these two for what it starts in the background.
+        self.assertEqual(names - {"SIGINT", "SIGQUIT"}, set())
+
     def test_getTheUsersLocale(self):
         names = ("LANG", "LC_ALL", "LC_CTYPE", "LC_COLLATE")
         for given in ({"LANG": "C"}, {"LANG": None}, {"LC_ALL": "C"}, {"LANG": "xx_YY.UTF-8"},
