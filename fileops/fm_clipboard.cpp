@@ -48,11 +48,6 @@ bool isStill(const QString& path, const std::optional<EntryId>& asked)
 
 } // namespace
 
-QStringList FM::getActiveEntries()
-{
-    return getActiveMultiStat() ? getActiveFileNames() : QStringList{getActiveFileName()};
-}
-
 void FM::slot_Copy()
 {
     armPaste("slot_CopyTo()", "slot_MoveTo()");

@@ -185,6 +185,11 @@ QStringList FM::getActiveFileNames()
     return names;
 }
 
+QStringList FM::getActiveEntries()
+{
+    return getActiveMultiStat() ? getActiveFileNames() : QStringList{getActiveFileName()};
+}
+
 bool FM::getActiveMultiStat() const
 {
     const FileBrowserFtab* active = activePanel();

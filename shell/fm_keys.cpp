@@ -37,7 +37,7 @@ void FM::keyPressEvent(QKeyEvent* event)
     const int code = PhoneKey::code(*event);
     if (modKeyHeld) {
         if (code >= '1' && code <= '9')
-            openWithDigit(code - '0');
+            return openWithDigit(code - '0');
         for (const KeyAction& action : ModifiedKeys) {
             if (action.code == code)
                 return (this->*action.run)();

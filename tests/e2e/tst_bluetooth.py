@@ -105,6 +105,7 @@ class TestSending(quarn.Case):
                           DBUS_SESSION_BUS_ADDRESS=self.services.address)
         self.sender.key("down")
         self.before = self.sender.wait_stable()
+        self.threads = len(list(self.sender.threads()))
 
     def look(self, name, box=()):
         if RENEW and name not in keyscript.Script.renewed_names:
@@ -131,6 +132,7 @@ class TestSending(quarn.Case):
         self.assertEqual(self.services.session()["Destination"], "11:22:33:44:55:66")
         self.services.update_transfer(Status="active", Transferred=dbus.UInt64(40000))
         self.look("bluetooth_progress")
+        self.assertEqual(len(list(self.sender.threads())), self.threads)
         self.services.update_transfer(Status="complete", Transferred=dbus.UInt64(100000))
         self.look("bluetooth_sent")
         self.sender.key("softright")
