@@ -88,7 +88,7 @@ ZKeypadInput::ZKeypadInput(QLineEdit* field)
 void ZKeypadInput::setTimes(int letterTime, int holdTime)
 {
     letterTimer_->setInterval(letterTime);
-    holdTimer_->setInterval(holdTime);
+    holdTime_ = holdTime;
 }
 
 void ZKeypadInput::begin()
@@ -112,8 +112,7 @@ bool ZKeypadInput::eventFilter(QObject* /*watched*/, QEvent* event)
         event->accept();
         return true;
     case QEvent::KeyRelease:
-        if (!static_cast<QKeyEvent*>(event)->isAutoRepeat())
-            holdTimer_->stop();
+        takeRelease(*static_cast<QKeyEvent*>(event));
         return false;
     case QEvent::Hide:
         if (sheet_)
@@ -133,19 +132,47 @@ bool ZKeypadInput::eventFilter(QObject* /*watched*/, QEvent* event)
     }
 }
 
+void ZKeypadInput::takeRelease(const QKeyEvent& event)
+{
+    if (event.isAutoRepeat())
+        return;
+    releasedAt_ = event.timestamp();
+    releasedKey_ = event.nativeScanCode();
+    heldLeft_ = holdTimer_->isActive() ? holdTimer_->remainingTime() : -1;
+    holdTimer_->stop();
+}
+
+/// Whether a press is a repetition of a held key. The toolkit tells so where it finds release and
+/// press together; when it is late for the one, it takes both for true, of one time.
+bool ZKeypadInput::isRepetition(const QKeyEvent& event) const
+{
+    return event.isAutoRepeat() ||
+           (event.timestamp() != 0 && event.timestamp() == releasedAt_ &&
+            event.nativeScanCode() != 0 && event.nativeScanCode() == releasedKey_);
+}
+
+/// A key that was not released after all goes on being held.
+void ZKeypadInput::goOnHolding()
+{
+    if (const int left = std::exchange(heldLeft_, -1); left >= 0)
+        holdTimer_->start(left);
+}
+
 bool ZKeypadInput::takeKey(const QKeyEvent& event)
 {
     const int code = PhoneKey::code(event);
     // Keys like Shift alone are on the way to another one.
     if (code == 0 && event.text().isEmpty())
         return false;
-    if (!event.isAutoRepeat())
+    if (isRepetition(event))
+        goOnHolding();
+    else
         holdTimer_->stop();
     const bool hasKeypad = KeyMap::instance().hasKeypad();
     if ((event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) == 0) {
         // A keyboard repeats its Backspace, which never empties the field.
         if (code == PhoneKey::Clear && (hasKeypad || event.key() != Qt::Key_Backspace)) {
-            if (!event.isAutoRepeat())
+            if (!isRepetition(event))
                 takeClear();
             return true;
         }
@@ -166,7 +193,7 @@ bool ZKeypadInput::takeKeypadKey(const QKeyEvent& event, int code)
     if (!isDigitCode(code) && code != '*' && code != '#')
         return false;
     // What a key does when it is held is the matter of a timer, on devices that repeat none too.
-    if (event.isAutoRepeat())
+    if (isRepetition(event))
         return true;
     if (isDigitCode(code)) {
         takeDigit(event, code - '0');
@@ -197,7 +224,7 @@ void ZKeypadInput::takeDigit(const QKeyEvent& event, int digit)
     pressedAt_ = event.timestamp();
     letterTimer_->start();
     held_ = digit;
-    holdTimer_->start();
+    holdTimer_->start(holdTime_);
 }
 
 /// Whether a press gives the next letter of its key in the place of the last one.
@@ -228,7 +255,7 @@ void ZKeypadInput::takeClear()
     if (!isOpen)
         field_->backspace();
     held_ = HeldClear;
-    holdTimer_->start();
+    holdTimer_->start(holdTime_);
 }
 
 /// Puts `open`, which may still change, or `settled` into the place of the open letter, or of the

@@ -49,6 +49,9 @@ public:
 private:
     static constexpr int HeldClear = -1;
 
+    void takeRelease(const QKeyEvent& event);
+    bool isRepetition(const QKeyEvent& event) const;
+    void goOnHolding();
     bool takeKey(const QKeyEvent& event);
     bool takeKeypadKey(const QKeyEvent& event, int code);
     void takeDigit(const QKeyEvent& event, int digit);
@@ -71,5 +74,9 @@ private:
     QString settledText_; ///< the text with the letter that ended by time; null if none did
     int settledAt_ = 0;   ///< the cursor behind that letter
     quint64 pressedAt_ = 0;
+    quint64 releasedAt_ = 0;
+    quint32 releasedKey_ = 0; ///< its scan code
+    int holdTime_ = 0;
+    int heldLeft_ = -1;    ///< how long a key that was released had to be held on; -1 if it was not
     int held_ = HeldClear; ///< what the hold timer is about: the clear key or a digit
 };

@@ -199,6 +199,52 @@ private slots:
         }
     }
 
+    // What reaches a program that is late: not marked as repetitions, but of one time.
+    void releaseAndPressOfOneTimeAreARepetition_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("held");
+        QTest::newRow("digit") << int('7') << "textp"
+                               << "text7";
+        QTest::newRow("clear") << int(Code::Clear) << "tex"
+                               << "";
+    }
+
+    void releaseAndPressOfOneTimeAreARepetition()
+    {
+        QFETCH(int, key);
+        QFETCH(QString, first);
+        QFETCH(QString, held);
+        field_->setText("text");
+        sendFromDevice(QEvent::KeyPress, key, 1000);
+        for (const quint64 time : {1500, 1530, 1560}) {
+            sendFromDevice(QEvent::KeyRelease, key, time);
+            sendFromDevice(QEvent::KeyPress, key, time);
+        }
+        QCOMPARE(field_->text(), first);
+        keypad().setTimes(Never, 100);
+        field_->setText("text");
+        sendFromDevice(QEvent::KeyPress, key, 2000);
+        sendFromDevice(QEvent::KeyRelease, key, 2030);
+        sendFromDevice(QEvent::KeyPress, key, 2030);
+        QTRY_COMPARE(field_->text(), held);
+        sendFromDevice(QEvent::KeyRelease, key, 2900);
+        sendFromDevice(QEvent::KeyPress, key, 2900);
+        QCOMPARE(field_->text(), held);
+    }
+
+    void pressOfAnotherTimeOrKeyIsNoRepetition()
+    {
+        sendFromDevice(QEvent::KeyPress, '2', 1000);
+        sendFromDevice(QEvent::KeyRelease, '2', 1050);
+        sendFromDevice(QEvent::KeyPress, '2', 1100);
+        sendFromDevice(QEvent::KeyRelease, '2', 1150);
+        QCOMPARE(field_->text(), QStringLiteral("b"));
+        sendFromDevice(QEvent::KeyPress, '3', 1150);
+        QCOMPARE(field_->text(), QStringLiteral("bd"));
+    }
+
     void namesOfBytesKeepThem()
     {
         const QString odd = QChar(0xdc80) + QString("ab") + QChar(0xfeff) + QChar(0xdcff);
@@ -266,6 +312,16 @@ private slots:
     }
 
 private:
+    /// A key as a device sends it, with a time in milliseconds and a scan code.
+    static void sendFromDevice(QEvent::Type type, int key, quint64 time)
+    {
+        const bool isClear = key == Code::Clear;
+        QKeyEvent event(type, isClear ? Qt::Key_F3 : Qt::Key(key), Qt::NoModifier, quint32(key), 0,
+                        0, isClear ? QString() : QString(QChar(key)));
+        event.setTimestamp(time);
+        QApplication::sendEvent(keyReceiver(), &event);
+    }
+
     /// The lowest line of a picture of the field, its frame aside, that has something of the text.
     static int lowestInk(const QImage& picture)
     {

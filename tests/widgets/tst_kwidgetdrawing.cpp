@@ -5,6 +5,7 @@
 #include "tests/support/testmain.h"
 #include "tests/widgets/boxtesting.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QRandomGenerator>
 
@@ -46,6 +47,26 @@ QRect textInk(const QImage& picture, const QRect& line)
 {
     return inkBounds(picture, line.adjusted(-4, 0, 4, 0), Qt::white);
 }
+
+/// What of a box is painted from now on.
+class PaintedArea : public QObject
+{
+public:
+    explicit PaintedArea(kWidget& box) { box.installEventFilter(this); }
+
+    const QRegion& area() const { return area_; }
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            area_ += static_cast<QPaintEvent*>(event)->region();
+        return false;
+    }
+
+private:
+    QRegion area_;
+};
 
 } // namespace
 
@@ -451,6 +472,18 @@ private slots:
                 QCOMPARE(pictureOf(*box_), pictureOf(fresh));
             }
         }
+    }
+
+    void changedLineIsPaintedAlone()
+    {
+        const QString head = "/folder/of/the/file<hr>to<hr>";
+        box_->showText("Title", head + "Completed: 9%", 4, "icon.png", kWidget::Plain);
+        box_->paintNow();
+        PaintedArea painted(*box_);
+        box_->showText("Title", head + "Completed: 10%", 4, "icon.png", kWidget::Plain);
+        box_->paintNow();
+        QVERIFY(!painted.area().isEmpty());
+        QVERIFY(painted.area().boundingRect().height() < 2 * pitchOf(textFont()));
     }
 
     void anyChangeOfALineLooksLikeANewOne()
