@@ -124,6 +124,8 @@ void FM::createPanels()
         panels_[i] = new FileBrowserFtab(full_inf, QStringLiteral("%I%M"), this, 0,
                                          ZSkinService::clsListBox);
         panels_[i]->setDir(starts[i], 0);
+        if (extras.find)
+            panels_[i]->enableFinding([this] { return modKeyHeld; });
     }
     addTab(panels_[0], "res/img/1.png");
     addTab(panels_[1], "res/img/2.png");
