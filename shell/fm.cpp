@@ -14,6 +14,7 @@
 #include "platform/zsoftkey.h"
 #include "shell/qdaemonapp.h"
 #include "shell/settings.h"
+#include "shell/statusline.h"
 #include "shell/util.h"
 #include "widgets/kwidget.h"
 #include "widgets/textinput.h"
@@ -148,6 +149,8 @@ void FM::connectSignals()
     connect(panels_[0], &FileBrowserFtab::isFilePicked, this, &FM::slot_ClickFile);
     connect(a, &ZApplication::signalRaise, this, &QWidget::show);
     connect(ZScreen::instance(), &ZScreen::closeRequested, this, &FM::slotCloseRequested);
+    if (extras.status)
+        new StatusLine(this);
 }
 
 FileBrowserFtab* FM::panel(int page) const
