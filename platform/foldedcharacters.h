@@ -15,6 +15,9 @@
 class FoldedCharacters
 {
 public:
+    /// The characters that names are mostly made of: what is up to two bytes in UTF-8.
+    static constexpr char32_t CommonCharacters = 0x800;
+
     /// What a character does to the words around it.
     enum class Kind : quint8 {
         Letter,    ///< a letter or digit: part of a word
@@ -50,8 +53,6 @@ private:
     quint16 digitsOf(char32_t character, const QString& folded) const;
 
     QHash<char16_t, quint16> digits_;
-    /// The characters that names are mostly made of: what is two bytes in UTF-8.
-    static constexpr char32_t CommonCharacters = 0x800;
     std::vector<Folded> common_;
     std::vector<bool> isKnown_; ///< of these
     QHash<char32_t, Folded> others_;

@@ -5,6 +5,7 @@
 #include <QByteArrayView>
 #include <QStringList>
 
+#include <array>
 #include <functional>
 
 /// Finds names by the keys that one presses for their first letters: letters, and digits from 1 to
@@ -44,8 +45,10 @@ public:
 
 private:
     bool isSameAgain() const;
-    qsizetype matchAtStart(QByteArrayView text, size_t keys);
-    Found matchOfWord(QByteArrayView name, size_t keys);
+    quint8 glanceAt(char32_t character);
+    quint8 learnGlance(char32_t character);
+    qsizetype matchAtStart(QByteArrayView text, qsizetype keys);
+    Found matchOfWord(QByteArrayView name, qsizetype keys);
     bool fits(char16_t unit, char16_t key) const;
 
     FoldedCharacters characters_;
@@ -53,4 +56,6 @@ private:
     QString keys_;             ///< all of them, folded
     qsizetype firstPress_ = 0; ///< how much of keys_ the first one is
     bool same_ = true;         ///< all presses are alike
+    /// What a search asks of each character of a hundred thousand names; filled as it goes.
+    std::array<quint8, FoldedCharacters::CommonCharacters> glances_{};
 };

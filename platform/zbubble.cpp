@@ -18,7 +18,6 @@ constexpr int SignGap = 6;
 constexpr int Corner = 2;
 /// What a text may be wider than its advance in whole pixels.
 constexpr int Rounding = 2;
-const QColor EdgeColour(0x76, 0x7b, 0x85);
 const QColor WarningColour(0xff, 0xb4, 0x54);
 
 QFont fontOf(const QWidget& widget, int size)
@@ -80,7 +79,7 @@ void ZBubble::paintEvent(QPaintEvent* /*event*/)
     const ZSkinService::Look& look = ZSkinService::look(ZSkinService::clsSoftKey);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(EdgeColour);
+    painter.setPen(look.disabledText);
     painter.setBrush(look.background);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Corner, Corner);
     painter.setFont(fontOf(*this, isLetter_ ? LetterFontSize : NoteFontSize));

@@ -24,16 +24,17 @@ constexpr int FirstSpecialKey = 0x01000000;
 constexpr int FirstPhoneCode = 0x1000;
 
 /// What a key types; empty if it is no key of a character. One that the key map gives another
-/// character types that.
+/// character types that, one that the toolkit has no number for what the display says.
 QString characterOf(const QKeyEvent& event, int code)
 {
     constexpr auto Others = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
     if ((event.modifiers() & Others) != 0)
         return {};
-    const bool isItself = code == event.key() && code < FirstSpecialKey;
-    if (isItself || event.key() == Qt::Key_unknown)
+    if (code == event.key() && code < FirstSpecialKey)
         return event.text();
-    return code > ' ' && code < FirstPhoneCode ? QString(QChar(char16_t(code))) : QString();
+    if (code > ' ' && code < FirstPhoneCode)
+        return QString(QChar(char16_t(code)));
+    return event.key() == Qt::Key_unknown ? event.text() : QString();
 }
 
 char32_t firstOf(const QString& text)
@@ -104,11 +105,12 @@ bool ZListFind::takeKey(const QKeyEvent& event)
     // Keys like Shift alone are on the way to another one.
     if (code == 0 && event.text().isEmpty())
         return false;
-    if (event.isAutoRepeat() && event.key() == heldKey_)
-        return true;
     const QString asked = askedBy(event, code);
-    const bool endsOnly = asked.isEmpty() && isFinding_ && code == PhoneKey::Clear;
-    heldKey_ = !asked.isEmpty() || endsOnly ? event.key() : 0;
+    // Nor are the repeats of a key that was pressed elsewhere, in a menu or to close a message.
+    if (event.isAutoRepeat() && (event.key() == heldKey_ || !asked.isEmpty()))
+        return true;
+    const bool endsOnly = code == PhoneKey::Clear && (isFinding_ || goesOn(event));
+    heldKey_ = !asked.isEmpty() || endsOnly ? event.key() : NoKey;
     if (!asked.isEmpty()) {
         find(event, asked);
         return true;

@@ -46,6 +46,8 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    static constexpr int NoKey = -1;
+
     bool takeKey(const QKeyEvent& event);
     QString askedBy(const QKeyEvent& event, int code) const;
     bool goesOn(const QKeyEvent& event) const;

@@ -22,7 +22,6 @@ constexpr int Gap = 10;
 constexpr int StatusGap = 8;
 /// With less room a name tells nothing.
 constexpr int SmallestName = 30;
-const QColor StatusColour(0xb8, 0xbd, 0xc6);
 
 bool isKey(int key)
 {
@@ -184,7 +183,7 @@ void ZSoftKey::paintStatus(QPainter& painter) const
 {
     constexpr int Align = Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine;
     painter.setFont(fontOf(StatusFontSize));
-    painter.setPen(StatusColour);
+    painter.setPen(ZSkinService::look(ZSkinService::clsSoftKey).secondaryText);
     QRect room = inner();
     painter.drawText(room, Align, shown_.status.text);
     const int behind = painter.fontMetrics().horizontalAdvance(shown_.status.text);

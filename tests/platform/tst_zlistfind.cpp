@@ -121,9 +121,16 @@ private slots:
         typeKeyAt('o', 1050);
         QCOMPARE(list.said(), QString("Do"));
         QTRY_VERIFY(!list.find->isFinding());
+        // The clear key, too.
+        sendFindKey(QEvent::KeyPress, Qt::Key_Backspace, QString(), 1100);
+        QCOMPARE(list.main.keys, QList<int>());
+        sendFindKey(QEvent::KeyPress, Qt::Key_Backspace, QString(), 1110);
+        QCOMPARE(list.main.keys, QList<int>{Code::Clear});
+        typeKeyAt('d', 2000);
+        QTRY_VERIFY(!list.find->isFinding());
         // Another key was between.
         pressKey(Code::Up);
-        typeKeyAt('a', 1060);
+        typeKeyAt('a', 2010);
         QCOMPARE(list.said().toLower(), QString("a"));
     }
 
@@ -219,6 +226,15 @@ private slots:
         QCOMPARE(list.main.keys, QList<int>());
     }
 
+    void keyThatIsHeldFromElsewhereFindsNothing()
+    {
+        const FindList list(someNames());
+        for (const int key : {Qt::Key_3, Qt::Key_D})
+            sendFindKey(QEvent::KeyPress, key, QString(QChar(key)), 0, {}, true);
+        QVERIFY(!list.isBubbleShown());
+        QCOMPARE(list.box->currentItem(), 0);
+    }
+
     void punctuationBeginsNothingButGoesOn()
     {
         const FindList list({"x", "a-b", "a_b", "My Pictures", "-x"});
@@ -245,6 +261,16 @@ private slots:
         // A key that the toolkit has no number for.
         sendFindKey(QEvent::KeyPress, Qt::Key_unknown, QString::fromUtf8("Д"));
         QCOMPARE(list.box->currentItem(), 1);
+    }
+
+    void keypadsOwnDigitsFind()
+    {
+        const FindList list(someNames());
+        for (const quint32 symbol : {0x10081203U, 0x10081206U}) {
+            QKeyEvent event(QEvent::KeyPress, 0, Qt::NoModifier, 0, symbol, 0);
+            QApplication::sendEvent(list.box, &event);
+        }
+        QCOMPARE(list.said(), QString("Do"));
     }
 
     void keyMapDecides()
