@@ -59,8 +59,7 @@ private:
         const bool current = index == owner_->currentPageIndex();
         if (current) {
             painter.fillRect(area, look_.highlight);
-            painter.fillRect(area.left(), 0, area.width(), 2,
-                             ZSkinService::look(ZSkinService::clsListBox).highlight);
+            painter.fillRect(area.left(), 0, area.width(), 2, look_.mark);
         }
         const QSize size = pixmapSize(tab.icon);
         const QFontMetrics metrics(font());
