@@ -167,7 +167,7 @@ private slots:
         setFonts(list, 13);
         list.add(longName(list, 5), -1);
         list.add("short", -1);
-        list.box->setCurrentItem(1);
+        takeForActive(list.box->window());
         list.box->setCurrentItem(0);
         const QImage resting = listPicture(list);
         ZMotion::setEnabled(true);
@@ -208,7 +208,8 @@ private slots:
         list.add(fits ? QString("short") : longName(list, 5), -1);
         if (!focus)
             list.main.setFocus();
-        QTRY_VERIFY(list.box->hasFocus() == focus);
+        takeForActive(list.box->window());
+        QCOMPARE(list.box->hasFocus(), focus);
         list.box->setCurrentItem(0);
         const auto* glide = list.box->findChild<ZGlide*>();
         QVERIFY(!glide->isRunning());
@@ -221,8 +222,9 @@ private slots:
         setFonts(list, 13);
         list.add(longName(list, 5), -1);
         list.box->setCurrentItem(0);
+        takeForActive(list.box->window());
         const auto* glide = list.box->findChild<ZGlide*>();
-        QTRY_VERIFY(glide->isRunning());
+        QVERIFY(glide->isRunning());
         QWidget box(ZScreen::instance());
         box.hide();
         ZScreen::instance()->place(&box, ZScreen::Layer::Box);
