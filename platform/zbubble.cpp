@@ -1,7 +1,7 @@
 #include "platform/zbubble.h"
 
 #include "platform/zlistrowpainter.h"
-#include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 
 #include <QPainter>
 
@@ -18,7 +18,6 @@ constexpr int SignGap = 6;
 constexpr int Corner = 2;
 /// What a text may be wider than its advance in whole pixels.
 constexpr int Rounding = 2;
-const QColor WarningColour(0xff, 0xb4, 0x54);
 
 QFont fontOf(const QWidget& widget, int size)
 {
@@ -76,11 +75,11 @@ void ZBubble::showAt(const QRect& place, const QString& text)
 
 void ZBubble::paintEvent(QPaintEvent* /*event*/)
 {
-    const ZSkinService::Look& look = ZSkinService::look(ZSkinService::clsSoftKey);
+    const ZTheme& theme = ZTheme::current();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(look.disabledText);
-    painter.setBrush(look.background);
+    painter.setPen(theme.outline);
+    painter.setBrush(theme.bar);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Corner, Corner);
     painter.setFont(fontOf(*this, isLetter_ ? LetterFontSize : NoteFontSize));
     QRect room = isLetter_ ? rect() : rect().adjusted(Padding, 0, -Padding, 0);
@@ -88,7 +87,7 @@ void ZBubble::paintEvent(QPaintEvent* /*event*/)
         paintSign(painter, QRect(room.left(), (height() - SignSize) / 2, SignSize, SignSize));
         room.setLeft(room.left() + SignSize + SignGap);
     }
-    painter.setPen(isWarning_ ? WarningColour : look.text);
+    painter.setPen(isWarning_ ? theme.barWarning : theme.barText);
     const QString shown = painter.fontMetrics().elidedText(ZListRowPainter::visibleText(text()),
                                                            Qt::ElideLeft, room.width());
     painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine, shown);
@@ -100,11 +99,11 @@ void ZBubble::paintSign(QPainter& painter, const QRect& area) const
     const QPointF corners[] = {{area.left() + area.width() / 2.0, area.top() + 0.5},
                                {area.right() + 0.5, area.bottom() + 0.5},
                                {area.left() + 0.5, area.bottom() + 0.5}};
-    painter.setPen(QPen(WarningColour, 1, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
-    painter.setBrush(WarningColour);
+    const ZTheme& theme = ZTheme::current();
+    painter.setPen(QPen(theme.barWarning, 1, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
+    painter.setBrush(theme.barWarning);
     painter.drawPolygon(corners, 3);
-    const QColor ground = ZSkinService::look(ZSkinService::clsSoftKey).background;
     const int middle = area.left() + area.width() / 2 - 1;
-    painter.fillRect(middle, area.top() + 4, 2, 5, ground);
-    painter.fillRect(middle, area.top() + 10, 2, 2, ground);
+    painter.fillRect(middle, area.top() + 4, 2, 5, theme.bar);
+    painter.fillRect(middle, area.top() + 10, 2, 2, theme.bar);
 }

@@ -1,3 +1,4 @@
+#include "platform/ztheme.h"
 #include "tests/platform/findfixture.h"
 #include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
@@ -63,7 +64,7 @@ private slots:
         QCOMPARE(list.said(), QString("!w"));
         QVERIFY(list.bubble()->width() > plain.width());
         const QImage picture = const_cast<ZBubble*>(list.bubble())->grab().toImage();
-        QVERIFY(!boundsOf(picture, QColor(0xff, 0xb4, 0x54)).isEmpty());
+        QVERIFY(!boundsOf(picture, ZTheme::current().barWarning).isEmpty());
     }
 
     void pagesThatAreTurnedQuicklyShowTheLetter()
