@@ -7,9 +7,11 @@
 #include "files/entrytexts.h"
 #include "files/paths.h"
 #include "platform/keymap.h"
+#include "platform/zlistfind.h"
 #include "platform/zpixmap.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -123,6 +125,12 @@ void FileBrowserFtab::setFullInf()
     fullInfo = fullInfo == 0 ? 1 : 0;
     if (multiSelect)
         itemFormat = fullInfo == 1 ? QStringLiteral("%I%M170%C") : QStringLiteral("%I%M186%C");
+}
+
+void FileBrowserFtab::enableFinding(std::function<bool()> digitsAreTaken)
+{
+    auto* find = new ZListFind(this, [this](int row) { return entryNameBytes(row); });
+    find->setDigitsAreTaken(std::move(digitsAreTaken));
 }
 
 QStringList FileBrowserFtab::getChkFileList() const

@@ -5,6 +5,7 @@
 #include "browser/filebrowserftab.h"
 #include "files/entry.h"
 #include "files/folderscan.h"
+#include "lang/texts.h"
 #include "platform/zpixmap.h"
 #include "shell/settings.h"
 
@@ -29,6 +30,13 @@ QString FileBrowserFtab::entryName(int row) const
     return number < 0 ? QStringLiteral("..") : entries_->name(number);
 }
 
+/// Empty for the back entry: that is no name.
+QByteArrayView FileBrowserFtab::entryNameBytes(int row) const
+{
+    const int number = row - backEntries();
+    return number < 0 || row >= count() ? QByteArrayView() : entries_->nameBytes(number);
+}
+
 void FileBrowserFtab::setDir(const QString& path, int index)
 {
     // The argument may be a field that this function changes.
@@ -44,11 +52,14 @@ void FileBrowserFtab::setDir(const QString& path, int index)
     const QString canonical = canonicalPath(folder);
     std::optional<FolderScan> scan =
         canonical.isEmpty() ? std::nullopt : FolderScan::read(canonical, false);
-    if (!scan)
+    if (!scan) {
+        sayWhyEmpty(LANG_CANNOT_READ);
         return;
+    }
     curPath = canonical;
     entries_ = std::make_unique<EntryRows>(std::move(*scan), fullInfo, itemFormat);
     addEntries(ownFont);
+    sayWhyEmpty(entries_->count(dirsOnly) == 0 ? LANG_NO_ENTRIES : QString());
     hasBackEntry_ =
         curPath != QLatin1String("/") && curPath != QLatin1String("//") && curPath.size() > 1;
     if (hasBackEntry_)
@@ -65,6 +76,11 @@ void FileBrowserFtab::addEntries(const QFont& ownFont)
     applyFonts(ownFont, entries_->isDetailed(rows - 1) ? DetailFontSize : PlainFontSize);
     appendLater(rows, entries_->isAnyDetailed(rows) ? 2 : 1, entries_->iconSize(rows),
                 [this](int number) { return entries_->makeRow(this, number); });
+}
+
+void FileBrowserFtab::sayWhyEmpty(const QString& text)
+{
+    setEmptyText(extras.status ? text : QString());
 }
 
 void FileBrowserFtab::applyFonts(QFont rowFont, int pixelSize)

@@ -41,10 +41,7 @@ void PluginWindow::setSoftKeyTexts(const QString& left, const QString& right)
 void PluginWindow::showTitle(const QString& name, const QString& detail)
 {
     constexpr int Margins = 16;
-    QFont bold = font();
-    bold.setPixelSize(14);
-    bold.setWeight(QFont::Bold);
-    const QFontMetrics metrics(bold);
+    const QFontMetrics metrics(titleFont(font()));
     const QString end = detail.isEmpty() ? QString() : QStringLiteral("  ") + detail;
     const int room = ZScreen::Width - Margins - metrics.horizontalAdvance(end);
     setMainWidgetTitle(metrics.elidedText(ZListRowPainter::visibleText(name), Qt::ElideMiddle, room,

@@ -43,14 +43,23 @@ def after_the_test_box(program):
     quarn.wait_until(lambda: not program.shows_box(), "the box to go")
 
 
+def after_a_search(program):
+    before = program.wait_stable()
+    program.key("4")
+    program.wait_change(before)
+    program.wait_idle(calm=2)  # longer than a search lasts
+
+
 STATES = (over_a_listing, over_a_menu, over_a_message, over_a_question, when_hidden,
-          after_the_test_box)
+          after_the_test_box, after_a_search)
+# What a state is about.
+EXTRAS = {after_a_search: {"Find": 1, "Status": 1}}
 
 
 class TestIdling(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        programs = {state: cls.started() for state in STATES}
+        programs = {state: cls.started(state) for state in STATES}
         for state, program in programs.items():
             program.wait_ready()
             state(program)
@@ -64,10 +73,10 @@ class TestIdling(unittest.TestCase):
         cls.woken[over_a_listing] = programs[over_a_listing].wake_ups() - before[over_a_listing]
 
     @classmethod
-    def started(cls):
+    def started(cls, state):
         display = quarn.Display()
         cls.addClassCleanup(display.stop)
-        program = quarn.Program(display)
+        program = quarn.Program(display, extras=EXTRAS.get(state))
         cls.addClassCleanup(program.stop)
         for number in range(5):
             quarn.make_file(program.home / f"{number}.txt", b"x")
@@ -93,6 +102,9 @@ class TestIdling(unittest.TestCase):
 
     def test_nothingWakesTheProgramAfterTheTestBox(self):
         self.check_idle(after_the_test_box)
+
+    def test_nothingWakesTheProgramAfterASearch(self):
+        self.check_idle(after_a_search)
 
 
 if __name__ == "__main__":

@@ -27,6 +27,8 @@ private slots:
     void isOfTheExpectedVersion();
     void givesEveryTextItself_data() { addFiles(); }
     void givesEveryTextItself();
+    void hasThePlacesForNumbersOfTheEnglishTexts_data() { addFiles(); }
+    void hasThePlacesForNumbersOfTheEnglishTexts();
     void englishFileSaysWhatTheProgramSaysWithoutIt();
     void everyCharacterIsInTheProgramsFont_data() { addFiles(); }
     void everyCharacterIsInTheProgramsFont();
@@ -124,6 +126,16 @@ void tst_LanguageFiles::givesEveryTextItself()
         const QString text = config.readEntry("Language", known.key, QString());
         QVERIFY2(!text.trimmed().isEmpty(), known.key);
     }
+}
+
+void tst_LanguageFiles::hasThePlacesForNumbersOfTheEnglishTexts()
+{
+    QFETCH(QString, file);
+    loadTexts(pathOf(file));
+    for (const KnownText& known : KnownTexts)
+        QVERIFY2(known.text->count('%') == QString(known.english).count('%') &&
+                     known.text->count("%1") == QString(known.english).count("%1"),
+                 known.key);
 }
 
 void tst_LanguageFiles::englishFileSaysWhatTheProgramSaysWithoutIt()
