@@ -1,5 +1,7 @@
 #include "plugins/lyraplayer/mpvengine.h"
 
+#include "plugins/support/plugintexts.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -59,8 +61,7 @@ MpvEngine::MpvEngine(Settings settings, QObject* parent)
 {
     answerTimer_.setSingleShot(true);
     answerTimer_.setInterval(settings_.answerTimeoutMs);
-    connect(&answerTimer_, &QTimer::timeout, this,
-            [this] { fail(QStringLiteral("mpv does not answer.")); });
+    connect(&answerTimer_, &QTimer::timeout, this, [this] { fail(pluginTexts().mpvNoAnswer); });
 }
 
 MpvEngine::~MpvEngine()
@@ -97,7 +98,7 @@ bool MpvEngine::start()
 {
     int ends[2] = {-1, -1};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-        fail(QStringLiteral("No connection to mpv can be made."));
+        fail(pluginTexts().mpvNoConnection);
         return false;
     }
     socket_ = new QLocalSocket(this);
@@ -130,11 +131,10 @@ void MpvEngine::startProcess(int descriptor)
         process_, &QProcess::errorOccurred, this,
         [failOnce](QProcess::ProcessError error) {
             if (error == QProcess::FailedToStart)
-                failOnce(QStringLiteral("mpv, which plays the music, cannot be started. "
-                                        "Is it installed?"));
+                failOnce(pluginTexts().mpvNotStarted);
         },
         Qt::QueuedConnection);
-    const auto over = [failOnce] { failOnce(QStringLiteral("mpv has ended unexpectedly.")); };
+    const auto over = [failOnce] { failOnce(pluginTexts().mpvEnded); };
     connect(process_, &QProcess::finished, this, over, Qt::QueuedConnection);
     // One that could not be started has no connection either; that is told otherwise.
     const auto left = [this, over] {
@@ -201,7 +201,7 @@ void MpvEngine::load(const QByteArray& track)
              const qint64 entry =
                  data.toObject().value(QLatin1String("playlist_entry_id")).toInteger(-1);
              if (entry < 0)
-                 fail(QStringLiteral("This mpv is too old."));
+                 fail(pluginTexts().mpvTooOld);
              else if (load == loads_)
                  firstEntry_ = entry_ = entry;
          });
@@ -259,7 +259,7 @@ void MpvEngine::readLines()
             take(line.object());
     }
     if (socket_ != nullptr && socket_->bytesAvailable() >= MaxLineBytes)
-        fail(QStringLiteral("mpv does not answer."));
+        fail(pluginTexts().mpvNoAnswer);
 }
 
 void MpvEngine::take(const QJsonObject& message)
@@ -316,7 +316,7 @@ void MpvEngine::trackEnded(const QJsonObject& event)
     else if (error == OutputError)
         emit noOutput(error);
     else if (reason == QLatin1String("error") || reason == QLatin1String("redirect"))
-        emit unplayable(error.isEmpty() ? QStringLiteral("nothing to play in it") : error);
+        emit unplayable(error.isEmpty() ? pluginTexts().nothingToPlay : error);
 }
 
 void MpvEngine::trackLoaded()

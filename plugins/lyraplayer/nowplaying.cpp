@@ -4,6 +4,7 @@
 #include "platform/zskinservice.h"
 #include "plugins/lyraplayer/glyphs.h"
 #include "plugins/lyraplayer/player.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -34,13 +35,13 @@ QString stateText(const Player& player)
         return QString();
     switch (player.state()) {
     case Player::Opening:
-        return QStringLiteral("Opening...");
+        return pluginTexts().opening;
     case Player::Playing:
-        return QStringLiteral("Playing");
+        return pluginTexts().playing;
     case Player::Paused:
-        return QStringLiteral("Paused");
+        return pluginTexts().paused;
     default:
-        return QStringLiteral("Stopped");
+        return pluginTexts().stopped;
     }
 }
 
@@ -161,7 +162,7 @@ void NowPlaying::paintHead(QPainter& painter, const QRect& area) const
     painter.drawText(area, int(Qt::AlignRight | Qt::AlignVCenter),
                      QStringLiteral("%1 / %2").arg(player_.current() + 1).arg(player_.count()));
     painter.setPen(skin().disabledText);
-    painter.drawText(area, Qt::AlignCenter, QStringLiteral("OK: list"));
+    painter.drawText(area, Qt::AlignCenter, pluginTexts().okForList);
 }
 
 void NowPlaying::paintTexts(QPainter& painter, const Places& place) const
@@ -169,7 +170,7 @@ void NowPlaying::paintTexts(QPainter& painter, const Places& place) const
     painter.setFont(ZSkinService::font(font().family(), LargeText, Bold));
     painter.setPen(skin().text);
     paintTwoLines(painter, place.title,
-                  player_.count() > 0 ? player_.title() : QStringLiteral("No music"));
+                  player_.count() > 0 ? player_.title() : pluginTexts().noMusic);
     const TrackInfo& track = player_.track();
     QStringList known{track.artist, track.album};
     known.removeAll(QString());
