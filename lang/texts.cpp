@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #define TEXT(name, key, english) QString name;
+#include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
 #undef TEXT
 
@@ -21,6 +22,7 @@ struct TextRow {
 
 constexpr TextRow Rows[] = {
 #define TEXT(name, key, english) {&(name), key, english},
+#include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
 #undef TEXT
 };
@@ -60,4 +62,9 @@ void loadTexts(const QString& file)
         *row.text = config.readEntry(group, QString::fromLatin1(row.key),
                                      QString::fromLatin1(row.fallback));
     }
+}
+
+QString withNumber(const QString& text, int number)
+{
+    return QString(text).replace(QLatin1String("%1"), QString::number(number));
 }

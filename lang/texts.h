@@ -4,6 +4,7 @@
 
 /// The texts that a user sees. All are null until loadTexts() has run and fixed afterwards.
 #define TEXT(name, key, english) extern QString name;
+#include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
 #undef TEXT
 
@@ -20,3 +21,6 @@ const QString& languageFileInUse();
 /// English default. A file older than LanguageVersion is named on the debug stream and used all the
 /// same; a missing one counts as version 0.
 void loadTexts(const QString& file);
+
+/// A text with a number in the place of its "%1"; without one it stays as it is.
+QString withNumber(const QString& text, int number);

@@ -10,6 +10,7 @@ struct FileText {
 
 /// Those of the main window, of the sharing screens and of the plugins. Some are in several lists.
 inline constexpr FileText FileTexts[] = {
+#include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
 #include "plugins/support/plugintextlist.inc"
 #include "sharing/sharetextlist.inc"
