@@ -18,6 +18,17 @@ namespace
 constexpr int PauseObserver = 1;
 // mpv's own text of the one error that is no fault of the track.
 const QLatin1String OutputError("audio output initialization failed");
+/// What mpv says of a track that it does not play, in the user's language as far as it is known.
+QString reasonText(const QString& error)
+{
+    const PluginTexts& texts = pluginTexts();
+    if (error.isEmpty() || error == QLatin1String("no audio or video data played"))
+        return texts.nothingToPlay;
+    if (error == QLatin1String("unrecognized file format"))
+        return texts.unknownFormat;
+    return error == QLatin1String("loading failed") ? texts.loadingFailed : error;
+}
+
 // No message that is of interest comes near this; a peer that never ends a line is not mpv.
 constexpr qint64 MaxLineBytes = 4 * 1024 * 1024;
 
@@ -314,9 +325,9 @@ void MpvEngine::trackEnded(const QJsonObject& event)
     if (reason == QLatin1String("eof"))
         emit ended();
     else if (error == OutputError)
-        emit noOutput(error);
+        emit noOutput(pluginTexts().noAudioOutput);
     else if (reason == QLatin1String("error") || reason == QLatin1String("redirect"))
-        emit unplayable(error.isEmpty() ? pluginTexts().nothingToPlay : error);
+        emit unplayable(reasonText(error));
 }
 
 void MpvEngine::trackLoaded()

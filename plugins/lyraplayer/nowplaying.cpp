@@ -156,13 +156,16 @@ void NowPlaying::paintHead(QPainter& painter, const QRect& area) const
 {
     painter.setFont(ZSkinService::font(font().family(), SmallText, Light));
     painter.setPen(skin().secondaryText);
-    painter.drawText(area, int(Qt::AlignLeft | Qt::AlignVCenter), stateText(player_));
+    // Each has a third of the line.
+    const int room = area.width() / 3;
+    painter.drawText(area, int(Qt::AlignLeft | Qt::AlignVCenter),
+                     oneLine(painter, stateText(player_), room));
     if (player_.count() == 0)
         return;
     painter.drawText(area, int(Qt::AlignRight | Qt::AlignVCenter),
                      QStringLiteral("%1 / %2").arg(player_.current() + 1).arg(player_.count()));
     painter.setPen(skin().disabledText);
-    painter.drawText(area, Qt::AlignCenter, pluginTexts().okForList);
+    painter.drawText(area, Qt::AlignCenter, oneLine(painter, pluginTexts().okForList, room));
 }
 
 void NowPlaying::paintTexts(QPainter& painter, const Places& place) const

@@ -1,4 +1,7 @@
+#include "platform/zskinservice.h"
 #include "plugins/lyraplayer/messagebar.h"
+#include "plugins/lyraplayer/nowplaying.h"
+#include "plugins/lyraplayer/player.h"
 #include "plugins/support/plugintexts.h"
 #include "plugins/support/pluginwindow.h"
 #include "tests/lang/languages.h"
@@ -47,6 +50,26 @@ private slots:
         }
     }
 
+    void statesOfThePlayerAreWhole_data() { addLanguages(); }
+    void statesOfThePlayerAreWhole()
+    {
+        const PluginTexts& texts = pluginTexts();
+        Player player({});
+        player.setTracks({"/a.mp3", "/b.mp3"});
+        NowPlaying page(player, ZScreen::instance());
+        page.resize(ZScreen::Width, 280);
+        expectDrawn(page, {texts.stopped, texts.okForList, "1 / 2", "a.mp3"});
+        player.play(0);
+        expectDrawn(page, {texts.opening, texts.okForList});
+        player.setTracks({});
+        expectDrawn(page, {texts.noMusic});
+        // The others stand where these do.
+        const QFontMetrics metrics(ZSkinService::font(QApplication::font().family(), 12, 25));
+        for (const QString& state : {texts.playing, texts.paused})
+            QVERIFY(metrics.horizontalAdvance(state) <= metrics.horizontalAdvance(texts.opening) ||
+                    metrics.horizontalAdvance(state) <= (ZScreen::Width - 20) / 3);
+    }
+
     void messagesOfThePlayerAreWhole_data() { addLanguages(); }
     void messagesOfThePlayerAreWhole()
     {
@@ -57,8 +80,10 @@ private slots:
              {texts.chooseMusic, texts.listUnreadable.arg("/home/user/all.m3u"), texts.listEmpty,
               texts.lastTrack, texts.skipped.arg("song.mp3", texts.notAFile),
               texts.skippedTracks.arg("12", "song.mp3", texts.nothingToPlay),
-              texts.noSound.arg("audio output initialization failed"), texts.mpvNoAnswer,
-              texts.mpvNoConnection, texts.mpvNotStarted, texts.mpvEnded, texts.mpvTooOld}) {
+              texts.skipped.arg("song.mp3", texts.unknownFormat),
+              texts.skipped.arg("song.mp3", texts.loadingFailed),
+              texts.noSound.arg(texts.noAudioOutput), texts.mpvNoAnswer, texts.mpvNoConnection,
+              texts.mpvNotStarted, texts.mpvEnded, texts.mpvTooOld}) {
             bar.setText(text);
             QString drawn;
             for (const DrawnText& line : textsDrawnBy(bar))
