@@ -3,11 +3,13 @@
 #include "platform/keymap.h"
 #include "platform/shownname.h"
 #include "platform/zkeypadinput.h"
+#include "platform/ztheme.h"
 
 #include <QClipboard>
 #include <QFocusEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -84,6 +86,13 @@ ZMultiLineEdit::ZMultiLineEdit(QWidget* parent, [[maybe_unused]] bool wrap,
 {
     setObjectName(QLatin1String(name));
     setContextMenuPolicy(Qt::NoContextMenu);
+    const ZTheme& theme = ZTheme::current();
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, theme.ground);
+    colours.setColor(QPalette::Text, theme.text);
+    colours.setColor(QPalette::Highlight, theme.selection);
+    colours.setColor(QPalette::HighlightedText, theme.selectionText);
+    setPalette(colours);
 }
 
 void ZMultiLineEdit::setText(const QString& text)
@@ -156,4 +165,19 @@ void ZMultiLineEdit::focusOutEvent(QFocusEvent* /*event*/)
 {
     QFocusEvent toMenu(QEvent::FocusOut, Qt::PopupFocusReason);
     QLineEdit::focusOutEvent(&toMenu);
+}
+
+/// The frame is ours, whatever the toolkit's looks like on this system.
+void ZMultiLineEdit::paintEvent(QPaintEvent* event)
+{
+    constexpr int ToolkitFrame = 2;
+    constexpr qreal Corner = 2;
+    QLineEdit::paintEvent(event);
+    const ZTheme& theme = ZTheme::current();
+    QPainter painter(this);
+    painter.setPen(QPen(theme.ground, ToolkitFrame));
+    painter.drawRect(rect().adjusted(1, 1, -1, -1));
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(theme.outline);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Corner, Corner);
 }

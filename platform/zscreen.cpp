@@ -1,7 +1,9 @@
 #include "platform/zscreen.h"
 
 #include "platform/keymap.h"
+#include "platform/zboxpan.h"
 #include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -48,7 +50,10 @@ public:
     }
 
 protected:
-    void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).fillRect(rect(), Qt::black); }
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QPainter(this).fillRect(rect(), ZTheme::current().bar);
+    }
 
     void resizeEvent(QResizeEvent* /*event*/) override
     {
@@ -164,7 +169,7 @@ void ZScreen::destroyInstance()
         delete theScreen->window();
 }
 
-ZScreen::ZScreen(QWidget* frame) : QWidget(frame)
+ZScreen::ZScreen(QWidget* frame) : QWidget(frame), pan_(new ZBoxPan(this))
 {
     setObjectName(QStringLiteral("ZScreen"));
     resize(Width, Height);
@@ -193,6 +198,8 @@ void ZScreen::place(QWidget* widget, Layer layer)
 {
     placed_.append({widget, layer, nullptr, {}});
     widget->installEventFilter(this);
+    if (layer == Layer::Box)
+        pan_->watch(widget);
     connect(widget, &QObject::destroyed, this, [this](QObject* gone) { widgetGone(gone); });
 }
 

@@ -7,6 +7,8 @@
 #include <array>
 #include <functional>
 
+class ZBoxPan;
+
 /// The phone's display: 240 x 320 pixels at any density, the only thing with a window of its own.
 ///
 /// Whatever a program treats as a top-level widget is a child of the screen at screen coordinates:
@@ -16,6 +18,8 @@
 /// The shown ones form a stack, main widgets below boxes, later ones above earlier ones. The
 /// topmost has keys and pointer; those below are inert. When it goes, the one below it gets the
 /// focus back where it was. Focus given to something inert meanwhile takes effect then.
+///
+/// A box that is higher than the screen is shown from its top, and Up and Down pan it.
 class ZScreen : public QWidget
 {
     Q_OBJECT
@@ -109,6 +113,7 @@ private:
 
     QList<Entry> placed_;
     QList<QWidget*> stack_;
+    ZBoxPan* pan_;
     bool givingFocus_ = false;
     int mainInputPauses_ = 0;
 };

@@ -66,7 +66,7 @@ void drawProgress(QPainter& painter, const BoxFont& font, int top, int percent, 
     painter.drawRect(TextLeft, top, TextWidth - 1, BarHeight - 1);
     const int filled = (TextWidth - 2) * percent / Percent;
     painter.fillRect(TextLeft + 1, top + 1, filled, BarHeight - 2,
-                     ZSkinService::look(ZSkinService::clsListBox).highlight);
+                     ZSkinService::look(ZSkinService::clsListBox).mark);
     painter.setFont(font.font());
     painter.drawText(TextLeft, top + BarHeight, TextWidth, ProgressHeight - BarHeight,
                      Qt::AlignCenter, text);

@@ -8,6 +8,7 @@
 #include "platform/zpicture.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 
 #include <QDebug>
 #include <QFontInfo>
@@ -125,18 +126,14 @@ TextInput::TextInput(const QString& programFolder)
     label->setTextInteractionFlags(Qt::NoTextInteraction);
     label->setAlignment(Qt::AlignTop);
     label->setAutoFillBackground(true);
+    const ZTheme& theme = ZTheme::current();
     QPalette colours = label->palette();
-    colours.setColor(QPalette::Window, Qt::white);
-    colours.setColor(QPalette::WindowText, Qt::black);
+    colours.setColor(QPalette::Window, theme.ground);
+    colours.setColor(QPalette::WindowText, theme.text);
     label->setPalette(colours);
     view_->setWidget(label);
     edit = new ZMultiLineEdit(label, false, 1, "ZLineEdit");
     edit->setFixedWidth(FieldWidth);
-    QPalette fieldColours = edit->palette();
-    const ZSkinService::Look& look = ZSkinService::look(ZSkinService::clsListBox);
-    fieldColours.setColor(QPalette::Highlight, look.highlight);
-    fieldColours.setColor(QPalette::HighlightedText, look.highlightText);
-    edit->setPalette(fieldColours);
 }
 
 void TextInput::Init()
@@ -234,7 +231,7 @@ void TextInput::finish(bool confirmed)
 void TextInput::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    painter.setPen(Qt::black);
+    painter.setPen(ZTheme::current().outline);
     painter.drawRect(view_->geometry().adjusted(-1, -1, 0, 0));
 }
 

@@ -11,7 +11,7 @@ class PluginWindow;
 /// shell "NAME FILE" does too.
 ///
 /// The work folder is found from where the executable lies (<work folder>/plugins/NAME/NAME). Its
-/// font, key map and language serve the plugin as they serve the file manager.
+/// font, key map, language and theme serve the plugin as they serve the file manager.
 class PluginApp : public ZApplication
 {
     Q_OBJECT

@@ -42,10 +42,7 @@ void PluginWindow::setSoftKeyTexts(const QString& left, const QString& right)
 void PluginWindow::showTitle(const QString& name, const QString& detail)
 {
     constexpr int Margins = 16;
-    QFont bold = font();
-    bold.setPixelSize(14);
-    bold.setWeight(QFont::Bold);
-    const QFontMetrics metrics(bold);
+    const QFontMetrics metrics(titleFont(font()));
     const int width = ZScreen::Width - Margins;
     const QString shown = metrics.elidedText(detail, Qt::ElideRight, width * 2 / 3);
     const QString end = shown.isEmpty() ? QString() : QStringLiteral("  ") + shown;

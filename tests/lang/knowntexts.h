@@ -67,4 +67,6 @@ inline const KnownText KnownTexts[] = {
     {"MARKED", &LANG_MARKED, "%1 marked"},
     {"TO_COPY", &LANG_TO_COPY, "%1 to copy"},
     {"TO_MOVE", &LANG_TO_MOVE, "%1 to move"},
+    {"NO_ENTRIES", &LANG_NO_ENTRIES, "No entries"},
+    {"CANNOT_READ", &LANG_CANNOT_READ, "Cannot be read"},
 };

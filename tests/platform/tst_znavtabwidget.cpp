@@ -187,6 +187,10 @@ private slots:
         QCOMPARE(before.pixelColor(60, 11), QColor(Qt::red));
         QCOMPARE(before.pixelColor(180, 11), QColor(Qt::green));
         QVERIFY(before.pixel(5, 11) != before.pixel(125, 11));
+        // A line under the one in front, which tells it where both grounds are dark.
+        const QColor mark = ZSkinService::look(ZSkinService::clsNavTab).mark;
+        QCOMPARE(before.pixelColor(5, ZSkinService::TabBarHeight - 1), mark);
+        QVERIFY(before.pixelColor(125, ZSkinService::TabBarHeight - 1) != mark);
         tabs_->setCurrentPage(1);
         const QImage after = tabs_->grab().toImage();
         QCOMPARE(after.pixel(125, 11), before.pixel(5, 11));
