@@ -27,6 +27,12 @@ constexpr TextRow Rows[] = {
 #undef TEXT
 };
 
+QString& fileInUse()
+{
+    static QString file;
+    return file;
+}
+
 } // namespace
 
 QString languageFile(const QString& workFolder, const QString& language)
@@ -34,9 +40,15 @@ QString languageFile(const QString& workFolder, const QString& language)
     return workFolder + QStringLiteral("/lang/") + language + QStringLiteral(".lang");
 }
 
+const QString& languageFileInUse()
+{
+    return fileInUse();
+}
+
 void loadTexts(const QString& file)
 {
     const QString group = QStringLiteral("Language");
+    fileInUse() = file;
     qDebug().noquote() << "--- read lang file:" << file;
     const ZConfig config(file, true);
     const QByteArray digits =

@@ -29,7 +29,9 @@ protected:
         painter.setFont(titleFont(font()));
         painter.setPen(look.text);
         const auto align = type == TitleLeft ? Qt::AlignLeft : Qt::AlignHCenter;
-        painter.drawText(rect().adjusted(6, 0, -6, -1), int(align | Qt::AlignVCenter), title);
+        const QRect room = rect().adjusted(6, 0, -6, -1);
+        painter.drawText(room, int(align | Qt::AlignVCenter | Qt::TextSingleLine),
+                         painter.fontMetrics().elidedText(title, Qt::ElideRight, room.width()));
         if (type == TitleUnderlined)
             painter.fillRect(0, height() - 2, width(), 2, look.mark);
     }

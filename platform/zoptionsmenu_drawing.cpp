@@ -93,7 +93,7 @@ QSize ZOptionsMenu::contentSize() const
     for (const Item& item : items_) {
         const int tabs = leadingTabs(item.text);
         widest = std::max(widest, beside + tabs * ZSkinService::MenuTabWidth +
-                                      metrics.horizontalAdvance(item.text.mid(tabs)));
+                                      metrics.horizontalAdvance(withMarks(item.text.mid(tabs))));
     }
     return {std::min({widest + 2 * Border, LargestWidth, room().width()}),
             visibleRows() * RowHeight + 2 * Border};

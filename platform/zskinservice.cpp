@@ -91,7 +91,9 @@ QFont ZSkinService::font(const QString& family, int points, int weight, bool ita
 {
     QFont font(family);
     font.setPixelSize(std::max(points, 1));
-    font.setWeight(static_cast<QFont::Weight>(toolkitWeight(weight)));
+    // Fonts that take the place of this one in other scripts have thin faces, too, which are hard
+    // to read at these sizes and lack many a character.
+    font.setWeight(static_cast<QFont::Weight>(std::max(toolkitWeight(weight), int(QFont::Normal))));
     font.setItalic(italic);
     return font;
 }

@@ -51,7 +51,7 @@ public:
     static constexpr int TapSlop = 8;
 
     /// A font by the phone's measures: a point is a pixel, weights run from 0 to 99
-    /// (25 light, 50 normal, 75 bold, 87 black).
+    /// (25 light, 50 normal, 75 bold, 87 black). Light ones are drawn as normal.
     static QFont font(const QString& family, int points, int weight = 50, bool italic = false);
     /// The toolkit's weight (1 to 1000) for one from 0 to 99; values outside are clamped.
     static int toolkitWeight(int weight);

@@ -78,8 +78,10 @@ void drawKeyBar(QPainter& painter, const BoxFont& font, int top, const QStringLi
     painter.setFont(font.font());
     painter.setPen(Qt::white);
     const int share = Width / int(words.size());
+    const QFontMetrics metrics = painter.fontMetrics();
     for (int i = 0; i < int(words.size()); ++i)
-        painter.drawText(i * share, top, share, KeyBarHeight, Qt::AlignCenter, words.at(i));
+        painter.drawText(i * share, top, share, KeyBarHeight, Qt::AlignCenter,
+                         metrics.elidedText(words.at(i), Qt::ElideRight, share));
 }
 
 } // namespace Box

@@ -13,11 +13,14 @@
 #include "platform/ztheme.h"
 
 #include <QDebug>
+#include <QFontInfo>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTextBoundaryFinder>
 #include <QUrl>
 
 #include <algorithm>
@@ -36,6 +39,39 @@ constexpr int CopyText = 2;
 constexpr int PasteText = 4;
 /// How much of the page's foot answers to a finger.
 constexpr int AnswerHeight = 28;
+
+/// Parts of a text that no line is broken within are as wide as a page at most: what is wider would
+/// be painted beyond it.
+QString withFittingParts(const QString& text, const QFont& font, Qt::TextElideMode mode)
+{
+    constexpr int Edges = 4;
+    const QFontMetrics metrics(font);
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
+    QString result;
+    for (qsizetype start = 0; start < text.size();) {
+        const qsizetype next = finder.toNextBoundary();
+        const qsizetype end = next < 0 ? text.size() : next;
+        result += metrics.elidedText(text.mid(start, end - start), mode, PageWidth - Edges);
+        start = end;
+    }
+    return result;
+}
+
+/// The font of a page's title, which is larger by a step than the rest.
+QFont pageTitleFont(QFont font)
+{
+    constexpr double Step = 1.2;
+    font.setPixelSize(qRound(QFontInfo(font).pixelSize() * Step));
+    font.setBold(true);
+    return font;
+}
+
+/// An answer in half of the bar.
+QString answerText(const QString& text, const QFont& font)
+{
+    constexpr int Edges = 8;
+    return QFontMetrics(font).elidedText(text, Qt::ElideRight, PageWidth / 2 - Edges);
+}
 
 QString keyCell(const QString& text)
 {
@@ -118,8 +154,9 @@ void TextInput::Init()
     menu->insertItem(pasteText, nullptr, icon, true, PasteText, PasteText);
     menu->connectItem(CopyText, this, "Copy()");
     menu->connectItem(PasteText, this, "Paste()");
-    keyBarHtml = QStringLiteral("<br><br><br>") + blackTable() + keyCell(yesText) +
-                 keyCell(noText) + QStringLiteral("</tr></table>");
+    keyBarHtml = QStringLiteral("<br><br><br>") + blackTable() +
+                 keyCell(answerText(yesText, font())) + keyCell(answerText(noText, font())) +
+                 QStringLiteral("</tr></table>");
 }
 
 QString TextInput::titleHtml(const QString& title, const QString& icon) const
@@ -128,7 +165,8 @@ QString TextInput::titleHtml(const QString& title, const QString& icon) const
         icon.isEmpty() ? QString()
                        : QStringLiteral("<img src=%1 ><br>").arg(imageSource(progDir + icon));
     return blackTable() + QStringLiteral("<td align=\"center\" >") + image +
-           QStringLiteral("<font size=\"4\" color=\"#eeeeee\"><b>") + title.toHtmlEscaped() +
+           QStringLiteral("<font size=\"4\" color=\"#eeeeee\"><b>") +
+           withFittingParts(title, pageTitleFont(font()), Qt::ElideRight).toHtmlEscaped() +
            QStringLiteral("</b></font></td></tr></table>");
 }
 
@@ -141,7 +179,8 @@ int TextInput::showText(const QString& title, const QString& prompt, const QStri
     edit->selectAll();
     // A name may hold anything; it must be shown and not be taken for markup.
     layOut(titleHtml(title, icon) + QStringLiteral("<p align=\"center\" >") +
-           withMarks(prompt).toHtmlEscaped() + QStringLiteral("</p>"));
+           withFittingParts(withMarks(prompt), font(), Qt::ElideMiddle).toHtmlEscaped() +
+           QStringLiteral("</p>"));
     show();
     edit->setFocus();
     // Of a page that is too high the field and the answers must be seen.

@@ -2,6 +2,7 @@
 
 #include "files/paths.h"
 #include "plugins/execute/runningprogram.h"
+#include "plugins/support/plugintexts.h"
 #include "plugins/support/textpane.h"
 
 #include <QVBoxLayout>
@@ -47,9 +48,9 @@ ExecuteWindow::~ExecuteWindow()
 void ExecuteWindow::start()
 {
     output_.clear();
-    pane_->setNotice(QStringLiteral("No output yet."));
-    showState(QStringLiteral("runs"));
-    setSoftKeyTexts(QStringLiteral("Stop"), QStringLiteral("Exit"));
+    pane_->setNotice(pluginTexts().noOutputYet);
+    showState(pluginTexts().running);
+    setSoftKeyTexts(pluginTexts().stop, pluginTexts().exit);
     program_->start(command_);
 }
 
@@ -60,7 +61,7 @@ void ExecuteWindow::end()
         return;
     }
     ending_ = true;
-    showState(QStringLiteral("stops"));
+    showState(pluginTexts().stopping);
     program_->stop();
 }
 
@@ -78,7 +79,7 @@ void ExecuteWindow::leftSoftKey()
         start();
         return;
     }
-    showState(QStringLiteral("stops"));
+    showState(pluginTexts().stopping);
     program_->stop();
 }
 
@@ -96,16 +97,16 @@ void ExecuteWindow::programEnded(const QString& how)
         return;
     }
     redraw_.stop();
-    pane_->setNotice(QStringLiteral("There was no output."));
+    pane_->setNotice(pluginTexts().noOutput);
     showState(how);
-    setSoftKeyTexts(QStringLiteral("Again"), QStringLiteral("Exit"));
+    setSoftKeyTexts(pluginTexts().again, pluginTexts().exit);
 }
 
 void ExecuteWindow::programFailed(const QString& problem)
 {
     programEnded(QString());
     const QString program = lastPart(command_.program);
-    pane_->setNotice(QStringLiteral("Cannot run %1: %2").arg(program, problem));
+    pane_->setNotice(pluginTexts().cannotRun.arg(program, problem));
 }
 
 void ExecuteWindow::showState(const QString& state)

@@ -2,6 +2,7 @@
 
 #include "files/names.h"
 #include "plugins/execute/command.h"
+#include "plugins/support/plugintexts.h"
 
 #include <csignal>
 #include <linux/close_range.h>
@@ -123,8 +124,8 @@ void RunningProgram::processEnded(int code, QProcess::ExitStatus status)
     if (stopping_ && group_ > 0)
         ::kill(-pid_t(group_), SIGKILL);
     readOutput();
-    emit ended(status == QProcess::NormalExit ? QStringLiteral("ended %1").arg(code)
-                                              : QStringLiteral("signal %1").arg(code));
+    const PluginTexts& texts = pluginTexts();
+    emit ended((status == QProcess::NormalExit ? texts.exitCode : texts.endedBySignal).arg(code));
 }
 
 void RunningProgram::processFailed(QProcess::ProcessError error)

@@ -27,7 +27,7 @@ public:
 
 signals:
     void output(const QByteArray& bytes);
-    /// Every start is followed by one of these two. `how` is "ended 0" or "signal 9".
+    /// Every start is followed by one of these two. `how` is "Exit code 0" or "Signal 9".
     void ended(const QString& how);
     void failed(const QString& problem);
 

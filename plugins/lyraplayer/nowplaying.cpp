@@ -4,6 +4,7 @@
 #include "platform/zskinservice.h"
 #include "plugins/lyraplayer/glyphs.h"
 #include "plugins/lyraplayer/player.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -34,13 +35,13 @@ QString stateText(const Player& player)
         return QString();
     switch (player.state()) {
     case Player::Opening:
-        return QStringLiteral("Opening...");
+        return pluginTexts().opening;
     case Player::Playing:
-        return QStringLiteral("Playing");
+        return pluginTexts().playing;
     case Player::Paused:
-        return QStringLiteral("Paused");
+        return pluginTexts().paused;
     default:
-        return QStringLiteral("Stopped");
+        return pluginTexts().stopped;
     }
 }
 
@@ -155,13 +156,16 @@ void NowPlaying::paintHead(QPainter& painter, const QRect& area) const
 {
     painter.setFont(ZSkinService::font(font().family(), SmallText, Light));
     painter.setPen(skin().secondaryText);
-    painter.drawText(area, int(Qt::AlignLeft | Qt::AlignVCenter), stateText(player_));
+    // Each has a third of the line.
+    const int room = area.width() / 3;
+    painter.drawText(area, int(Qt::AlignLeft | Qt::AlignVCenter),
+                     oneLine(painter, stateText(player_), room));
     if (player_.count() == 0)
         return;
     painter.drawText(area, int(Qt::AlignRight | Qt::AlignVCenter),
                      QStringLiteral("%1 / %2").arg(player_.current() + 1).arg(player_.count()));
     painter.setPen(skin().disabledText);
-    painter.drawText(area, Qt::AlignCenter, QStringLiteral("OK: list"));
+    painter.drawText(area, Qt::AlignCenter, oneLine(painter, pluginTexts().okForList, room));
 }
 
 void NowPlaying::paintTexts(QPainter& painter, const Places& place) const
@@ -169,7 +173,7 @@ void NowPlaying::paintTexts(QPainter& painter, const Places& place) const
     painter.setFont(ZSkinService::font(font().family(), LargeText, Bold));
     painter.setPen(skin().text);
     paintTwoLines(painter, place.title,
-                  player_.count() > 0 ? player_.title() : QStringLiteral("No music"));
+                  player_.count() > 0 ? player_.title() : pluginTexts().noMusic);
     const TrackInfo& track = player_.track();
     QStringList known{track.artist, track.album};
     known.removeAll(QString());

@@ -8,6 +8,7 @@
 #include "plugins/lyraplayer/messagebar.h"
 #include "plugins/lyraplayer/nowplaying.h"
 #include "plugins/lyraplayer/player.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QPainter>
 #include <QStackedWidget>
@@ -125,9 +126,9 @@ void PlayerWindow::showState()
 {
     const bool pauses = player_.isPlaying() && !isOnAnotherTrack();
     const QString left = player_.count() == 0 ? QString()
-                         : pauses             ? QStringLiteral("Pause")
-                                              : QStringLiteral("Play");
-    setSoftKeyTexts(left, showsList() ? QStringLiteral("Back") : QStringLiteral("Exit"));
+                         : pauses             ? pluginTexts().pause
+                                              : pluginTexts().play;
+    setSoftKeyTexts(left, showsList() ? pluginTexts().back : pluginTexts().exit);
     message_->setText(player_.message());
 }
 

@@ -1,5 +1,6 @@
 #include "plugins/picview/picture.h"
 
+#include "plugins/support/plugintexts.h"
 #include "plugins/support/regularopen.h"
 
 #include <QFile>
@@ -37,9 +38,8 @@ qint64 pixels(QSize size)
 
 QString tooLarge(QSize size)
 {
-    return QStringLiteral("The picture is too large: %1 x %2 pixels.")
-        .arg(size.width())
-        .arg(size.height());
+    return pluginTexts().pictureTooLarge.arg(QString::number(size.width()),
+                                             QString::number(size.height()));
 }
 
 QSize largestSensible(QSize size)
@@ -59,8 +59,8 @@ QSize decodedSize(QSize size, QSize box)
 QString problemOf(const QImageReader& reader)
 {
     if (reader.error() == QImageReader::UnsupportedFormatError)
-        return QStringLiteral("This is not a picture of a known kind.");
-    return QStringLiteral("The picture is damaged or too large.");
+        return pluginTexts().notAPicture;
+    return pluginTexts().pictureDamaged;
 }
 
 Picture withProblem(const QString& problem)
@@ -113,9 +113,9 @@ Picture readPicture(const QString& path, QSize box, const std::atomic<bool>& can
     if (!openWithProblem(file, path, problem))
         return withProblem(problem);
     if (file.size() == 0)
-        return withProblem(QStringLiteral("The file is empty."));
+        return withProblem(pluginTexts().fileEmpty);
     if (file.size() > MaxPictureBytes)
-        return withProblem(QStringLiteral("The file is too large for a picture."));
+        return withProblem(pluginTexts().pictureFileTooLarge);
     QImageReader::setAllocationLimit(DecodingMegabytes);
     QImageReader reader(&file);
     reader.setDecideFormatFromContent(true);

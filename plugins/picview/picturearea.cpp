@@ -3,6 +3,7 @@
 #include "files/regularfile.h"
 #include "platform/zskinservice.h"
 #include "plugins/support/notice.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QMouseEvent>
 #include <QMovie>
@@ -179,7 +180,7 @@ void PictureArea::paintEvent(QPaintEvent* /*event*/)
     const QRect label(0, height() - ZSkinService::HeaderHeight, width(),
                       ZSkinService::HeaderHeight);
     painter.fillRect(label, QColor(0, 0, 0, 0xa0));
-    painter.drawText(label, Qt::AlignCenter, QStringLiteral("Loading.."));
+    painter.drawText(label, Qt::AlignCenter, pluginTexts().loading);
 }
 
 void PictureArea::paintPicture(QPainter& painter)

@@ -3,6 +3,7 @@
 #include "platform/keymap.h"
 #include "plugins/picview/picturearea.h"
 #include "plugins/picview/pictureloader.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QVBoxLayout>
 
@@ -150,7 +151,7 @@ void PictureWindow::placeChanged()
     }
     const bool fitted = area_->place().isFitted();
     setSoftKeyTexts(!area_->problem().isEmpty() ? QString()
-                    : fitted                    ? QStringLiteral("Zoom")
-                                                : QStringLiteral("Fit"),
-                    QStringLiteral("Exit"));
+                    : fitted                    ? pluginTexts().zoom
+                                                : pluginTexts().fit,
+                    pluginTexts().exit);
 }

@@ -1,6 +1,7 @@
 #include "platform/keymap.h"
 #include "platform/znavtabwidget.h"
 #include "platform/zskinservice.h"
+#include "tests/support/drawntexts.h"
 #include "tests/support/keys.h"
 #include "tests/support/mainwidget.h"
 #include "tests/support/pictures.h"
@@ -46,6 +47,20 @@ private slots:
         addPages(1);
         QTRY_COMPARE(QRect(pages_.at(0)->mapTo(tabs_, QPoint()), pages_.at(0)->size()),
                      QRect(0, ZSkinService::TabBarHeight, 240, 300 - ZSkinService::TabBarHeight));
+    }
+
+    void labelKeepsToItsTab()
+    {
+        for (const QString& label : {QString(100, 'W'), QString("short"), QString(100, 'M')}) {
+            QPixmap icon(16, 16);
+            icon.fill(Qt::red);
+            tabs_->addTab(new QWidget, icon, label);
+        }
+        const QList<DrawnText> drawn = textsDrawnBy(*tabs_);
+        QCOMPARE(drawn.size(), 3);
+        QVERIFY(isDrawn(drawn, "short"));
+        for (int i = 0; i < drawn.size(); ++i)
+            QCOMPARE(misplaced({drawn.at(i)}, QRectF(80 * i, 0, 80, 22)), QString());
     }
 
     void leftAndRightGoRound_data()

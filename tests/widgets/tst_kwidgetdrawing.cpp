@@ -238,6 +238,7 @@ private slots:
         QTest::newRow("bytes inside") << 'a' + QString(QChar(0xdcff)) + QChar(0xdcc3) + 'b';
         QTest::newRow("half of a character") << 'a' + QString(QChar(0xd83d)) + 'b';
         QTest::newRow("a byte-order mark") << QString(QChar(0xfeff)) + 'a';
+        QTest::newRow("a turn of the direction") << 'a' + QString(QChar(0x202e)) + 'b';
         QTest::newRow("a byte-order mark inside") << 'a' + QString(QChar(0xfeff)) + 'b';
     }
 
