@@ -124,6 +124,12 @@ find_library(LIBSYSTEMD_LIBRARY systemd REQUIRED)
 target_include_directories(libsystemd SYSTEM INTERFACE "${LIBSYSTEMD_INCLUDE_DIR}")
 target_link_libraries(libsystemd INTERFACE "${LIBSYSTEMD_LIBRARY}")
 
+add_library(libxcb INTERFACE)
+find_path(LIBXCB_INCLUDE_DIR xcb/xcb.h REQUIRED)
+find_library(LIBXCB_LIBRARY xcb REQUIRED)
+target_include_directories(libxcb SYSTEM INTERFACE "${LIBXCB_INCLUDE_DIR}")
+target_link_libraries(libxcb INTERFACE "${LIBXCB_LIBRARY}")
+
 add_library(simpleini INTERFACE)
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
 find_library(SIMPLEINI_LIBRARY simpleini REQUIRED)

@@ -12,5 +12,8 @@ inline constexpr QLatin1String Program("Quarn");
 inline constexpr char Channel[] = "Quarn";
 /// The family as which the program's own font is registered.
 inline constexpr QLatin1String Font("ZarnikFont");
+/// The environment variable that tells a plugin where the file manager's window is, in the form of
+/// ZScreen::placeOnDisplay(): there it opens its own.
+inline constexpr char PlaceVariable[] = "QUARN_PLACE";
 
 } // namespace ProgramNames
