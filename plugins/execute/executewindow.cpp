@@ -13,6 +13,16 @@ namespace
 /// the time. Milliseconds.
 constexpr int RedrawInterval = 80;
 
+constexpr QLatin1String Running("Running...");
+constexpr QLatin1String Stopping("Stopping...");
+
+QString wordsFor(const ProgramEnd& end)
+{
+    if (!end.bySignal)
+        return QStringLiteral("Exit code %1").arg(end.code);
+    return end.asWished ? QStringLiteral("Stopped") : QStringLiteral("Signal %1").arg(end.code);
+}
+
 } // namespace
 
 ExecuteWindow::ExecuteWindow(const QString& path)
@@ -48,7 +58,7 @@ void ExecuteWindow::start()
 {
     output_.clear();
     pane_->setNotice(QStringLiteral("No output yet."));
-    showState(QStringLiteral("runs"));
+    showState(Running);
     setSoftKeyTexts(QStringLiteral("Stop"), QStringLiteral("Exit"));
     program_->start(command_);
 }
@@ -60,7 +70,7 @@ void ExecuteWindow::end()
         return;
     }
     ending_ = true;
-    showState(QStringLiteral("stops"));
+    showState(Stopping);
     program_->stop();
 }
 
@@ -78,7 +88,7 @@ void ExecuteWindow::leftSoftKey()
         start();
         return;
     }
-    showState(QStringLiteral("stops"));
+    showState(Stopping);
     program_->stop();
 }
 
@@ -89,23 +99,27 @@ void ExecuteWindow::outputCame(const QByteArray& bytes)
         redraw_.start();
 }
 
-void ExecuteWindow::programEnded(const QString& how)
+void ExecuteWindow::programEnded(const ProgramEnd& end)
+{
+    showEnd(wordsFor(end), QStringLiteral("There was no output."));
+}
+
+void ExecuteWindow::programFailed(const QString& problem)
+{
+    const QString program = lastPart(command_.program);
+    showEnd(QString(), QStringLiteral("Cannot run %1: %2").arg(program, problem));
+}
+
+void ExecuteWindow::showEnd(const QString& state, const QString& notice)
 {
     if (ending_) {
         PluginWindow::end();
         return;
     }
     redraw_.stop();
-    pane_->setNotice(QStringLiteral("There was no output."));
-    showState(how);
+    pane_->setNotice(notice);
+    showState(state);
     setSoftKeyTexts(QStringLiteral("Again"), QStringLiteral("Exit"));
-}
-
-void ExecuteWindow::programFailed(const QString& problem)
-{
-    programEnded(QString());
-    const QString program = lastPart(command_.program);
-    pane_->setNotice(QStringLiteral("Cannot run %1: %2").arg(program, problem));
 }
 
 void ExecuteWindow::showState(const QString& state)

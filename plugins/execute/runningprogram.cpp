@@ -123,8 +123,7 @@ void RunningProgram::processEnded(int code, QProcess::ExitStatus status)
     if (stopping_ && group_ > 0)
         ::kill(-pid_t(group_), SIGKILL);
     readOutput();
-    emit ended(status == QProcess::NormalExit ? QStringLiteral("ended %1").arg(code)
-                                              : QStringLiteral("signal %1").arg(code));
+    emit ended({code, status != QProcess::NormalExit, stopping_});
 }
 
 void RunningProgram::processFailed(QProcess::ProcessError error)

@@ -14,6 +14,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <limits>
+#include <optional>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,6 +27,7 @@ private slots:
     void outputAndStatusAreShown();
     void programRunsInItsFolderWithoutInput();
     void outputComesWhileTheProgramRuns();
+    void signalThatEndsTheProgramIsTold();
     void programIsStopped();
     void stubbornProgramIsKilled();
     void secondRequestKillsAtOnce();
@@ -100,7 +102,7 @@ void tst_Execute::outputAndStatusAreShown()
     const ScratchFolder folder;
     folder.write("a.sh", "echo out\necho err >&2\nexit 3\n");
     const Runner runner(folder.path("a.sh"));
-    QTRY_COMPARE(runner.window.mainWidgetTitle(), QString("a.sh  ended 3"));
+    QTRY_COMPARE(runner.window.mainWidgetTitle(), QString("a.sh  Exit code 3"));
     QCOMPARE(runner.rows(), (QStringList{"out", "err"}));
 }
 
@@ -109,7 +111,7 @@ void tst_Execute::programRunsInItsFolderWithoutInput()
     const ScratchFolder folder;
     folder.write("in/a.sh", "ls\nread line || echo none\n");
     const Runner runner(folder.path("in/a.sh"));
-    QTRY_COMPARE(runner.state(), QString("ended 0"));
+    QTRY_COMPARE(runner.state(), QString("Exit code 0"));
     QCOMPARE(runner.rows(), (QStringList{"a.sh", "none"}));
 }
 
@@ -120,10 +122,18 @@ void tst_Execute::outputComesWhileTheProgramRuns()
     folder.write("a.sh", "echo begun\nread line < fifo\necho $line\n");
     const Runner runner(folder.path("a.sh"));
     QTRY_VERIFY(runner.shows("begun"));
-    QCOMPARE(runner.state(), QString("runs"));
+    QCOMPARE(runner.state(), QString("Running..."));
     goOn(folder);
-    QTRY_COMPARE(runner.state(), QString("ended 0"));
+    QTRY_COMPARE(runner.state(), QString("Exit code 0"));
     QCOMPARE(runner.rows(), (QStringList{"begun", "go on"}));
+}
+
+void tst_Execute::signalThatEndsTheProgramIsTold()
+{
+    const ScratchFolder folder;
+    folder.write("a.sh", "kill -SEGV $$\n");
+    const Runner runner(folder.path("a.sh"));
+    QTRY_COMPARE(runner.state(), QString("Signal 11"));
 }
 
 void tst_Execute::programIsStopped()
@@ -133,8 +143,8 @@ void tst_Execute::programIsStopped()
     const Runner runner(folder.path("a.sh"));
     QTRY_VERIFY(runner.shows("begun"));
     pressKey(PhoneKey::SoftLeft);
-    QCOMPARE(runner.state(), QString("stops"));
-    QTRY_COMPARE(runner.state(), QString("signal 15"));
+    QCOMPARE(runner.state(), QString("Stopping..."));
+    QTRY_COMPARE(runner.state(), QString("Stopped"));
 }
 
 void tst_Execute::stubbornProgramIsKilled()
@@ -144,7 +154,7 @@ void tst_Execute::stubbornProgramIsKilled()
     const Runner runner(folder.path("a.sh"));
     QTRY_VERIFY(runner.shows("begun"));
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE_WITH_TIMEOUT(runner.state(), QString("signal 9"), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(runner.state(), QString("Stopped"), 20000);
 }
 
 void tst_Execute::secondRequestKillsAtOnce()
@@ -154,15 +164,17 @@ void tst_Execute::secondRequestKillsAtOnce()
     RunningProgram program(nullptr);
     program.setPatience(std::numeric_limits<int>::max());
     QByteArray output;
-    QString end;
+    std::optional<ProgramEnd> end;
     connect(&program, &RunningProgram::output, this,
             [&](const QByteArray& bytes) { output += bytes; });
-    connect(&program, &RunningProgram::ended, this, [&](const QString& how) { end = how; });
+    connect(&program, &RunningProgram::ended, this, [&](const ProgramEnd& how) { end = how; });
     program.start(Command::forFile(folder.path("a.sh")));
     QTRY_COMPARE(output, QByteArray("begun\n"));
     program.stop();
     program.stop();
-    QTRY_COMPARE(end, QString("signal 9"));
+    QTRY_VERIFY(end);
+    QVERIFY(end->bySignal && end->asWished);
+    QCOMPARE(end->code, SIGKILL);
     QVERIFY(!program.isRunning());
 }
 
@@ -177,7 +189,7 @@ void tst_Execute::whatItStartedIsStoppedToo()
     const qint64 child = runner.rows().filter(QRegularExpression("^\\d+$")).value(0).toLongLong();
     QVERIFY(isAlive(child));
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE(runner.state(), QString("signal 15"));
+    QTRY_COMPARE(runner.state(), QString("Stopped"));
     QTRY_VERIFY(!isAlive(child));
 }
 
@@ -187,12 +199,12 @@ void tst_Execute::programRunsAgain()
     folder.write("a.sh", "echo x >> log\nwc -l < log\n");
     const Runner runner(folder.path("a.sh"));
     for (const char* count : {"1", "2", "3"}) {
-        QTRY_COMPARE(runner.state(), QString("ended 0"));
+        QTRY_COMPARE(runner.state(), QString("Exit code 0"));
         QCOMPARE(runner.rows(), QStringList(count));
         pressKey(PhoneKey::SoftLeft);
-        QCOMPARE(runner.state(), QString("runs"));
+        QCOMPARE(runner.state(), QString("Running..."));
     }
-    QTRY_COMPARE(runner.state(), QString("ended 0"));
+    QTRY_COMPARE(runner.state(), QString("Exit code 0"));
 }
 
 void tst_Execute::floodLeavesTheKeysAlone()
@@ -205,7 +217,7 @@ void tst_Execute::floodLeavesTheKeysAlone()
     pressKey(PhoneKey::PageDown);
     QVERIFY(runner.shows("flood"));
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE(runner.state(), QString("signal 15"));
+    QTRY_COMPARE(runner.state(), QString("Stopped"));
     QVERIFY(runner.shows("flood"));
 }
 
@@ -226,7 +238,7 @@ void tst_Execute::whatOneLooksAtStaysInView()
     pressKey('1');
     QVERIFY(runner.shows("1"));
     goOn(folder);
-    QTRY_COMPARE(runner.state(), QString("ended 0"));
+    QTRY_COMPARE(runner.state(), QString("Exit code 0"));
     QVERIFY(runner.shows("1"));
     pressKey('7');
     QVERIFY(runner.shows("200"));
@@ -299,7 +311,7 @@ void tst_Execute::programInheritsNoDescriptors()
     QVERIFY(descriptor >= 0);
     folder.write("a.sh", "ls -l /proc/self/fd\n");
     const Runner runner(folder.path("a.sh"));
-    QTRY_COMPARE(runner.state(), QString("ended 0"));
+    QTRY_COMPARE(runner.state(), QString("Exit code 0"));
     ::close(descriptor);
     const QString text = runner.rows().join(QString());
     QVERIFY(text.contains("/dev/null"));
@@ -312,7 +324,7 @@ void tst_Execute::noChildIsLeft()
     folder.write("a.sh", "true\n");
     {
         const Runner runner(folder.path("a.sh"));
-        QTRY_COMPARE(runner.state(), QString("ended 0"));
+        QTRY_COMPARE(runner.state(), QString("Exit code 0"));
     }
     QCOMPARE(::waitpid(-1, nullptr, WNOHANG), -1);
     QCOMPARE(errno, ECHILD);
