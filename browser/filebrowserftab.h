@@ -74,6 +74,7 @@ private:
     // Filling the list (listing.cpp).
     void addEntries(const QFont& ownFont);
     void applyFonts(QFont rowFont, int pixelSize);
+    void sayWhyEmpty(const QString& text);
     void addBackEntry();
 
     // One step of the thumbnail loader for a picture's row.

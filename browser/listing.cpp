@@ -5,6 +5,7 @@
 #include "browser/filebrowserftab.h"
 #include "files/entry.h"
 #include "files/folderscan.h"
+#include "lang/texts.h"
 #include "platform/zpixmap.h"
 #include "shell/settings.h"
 
@@ -44,11 +45,14 @@ void FileBrowserFtab::setDir(const QString& path, int index)
     const QString canonical = canonicalPath(folder);
     std::optional<FolderScan> scan =
         canonical.isEmpty() ? std::nullopt : FolderScan::read(canonical, false);
-    if (!scan)
+    if (!scan) {
+        sayWhyEmpty(LANG_CANNOT_READ);
         return;
+    }
     curPath = canonical;
     entries_ = std::make_unique<EntryRows>(std::move(*scan), fullInfo, itemFormat);
     addEntries(ownFont);
+    sayWhyEmpty(entries_->count(dirsOnly) == 0 ? LANG_NO_ENTRIES : QString());
     hasBackEntry_ =
         curPath != QLatin1String("/") && curPath != QLatin1String("//") && curPath.size() > 1;
     if (hasBackEntry_)
@@ -68,6 +72,11 @@ void FileBrowserFtab::addEntries(const QFont& ownFont)
         --detailed;
     appendLater(rows, detailed >= 0 ? 2 : 1, entries_->iconSize(rows),
                 [this](int number) { return entries_->makeRow(this, number); });
+}
+
+void FileBrowserFtab::sayWhyEmpty(const QString& text)
+{
+    setEmptyText(extras.status ? text : QString());
 }
 
 void FileBrowserFtab::applyFonts(QFont rowFont, int pixelSize)

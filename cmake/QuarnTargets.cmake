@@ -110,12 +110,12 @@ function(quarn_module target name)
   target_link_libraries(${target} PRIVATE ${target}_parts quarn_build_flags)
 endfunction()
 
-# quarn_opens_modules(target): gives an executable all of platform/, files/ and the parts of boxes, as
-# far as it links them, for the modules that it opens.
+# quarn_opens_modules(target): gives an executable all of platform/, files/, lang/ and the parts of
+# boxes, as far as it links them, for the modules that it opens.
 function(quarn_opens_modules target)
   set_target_properties(
     ${target} PROPERTIES ENABLE_EXPORTS ON
-                         LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,files,platform,platform_core,widgets_boxes")
+                         LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,files,lang,platform,platform_core,widgets_boxes")
 endfunction()
 
 add_library(libsystemd INTERFACE)

@@ -1,8 +1,11 @@
 #!/usr/bin/python3
-"""Copies a TrueType font under another family name: name_font.py SOURCE TARGET FAMILY.
+"""Copies a TrueType font under another family name: name_font.py SOURCE TARGET FAMILY. A bold one
+stays the bold one of its family.
 
 With a name of its own the program's font cannot be mixed up with faces of its origin that a system
-may have installed, and looks the same everywhere. The tables are those of the OpenType format.
+may have installed, and looks the same everywhere. Its lines are closer than those of a printed page:
+a small screen has no room to give away. Its figures have one width, so that numbers below each other
+line up. The tables are those of the OpenType format.
 """
 
 import struct
@@ -15,6 +18,10 @@ FAMILY, STYLE, UNIQUE_ID, FULL_NAME, POSTSCRIPT_NAME = 1, 2, 3, 4, 6
 KEPT_NAMES = (0, 5, 7, 8, 9, 10, 11, 12, 13, 14)  # copyright, version, makers, licence
 WIDTH_CLASS_OFFSET, NORMAL_WIDTH = 6, 5  # in the table "OS/2"
 ADJUSTMENT_OFFSET, ADJUSTMENT_MAGIC = 8, 0xB1B0AFBA  # in the table "head"
+UNITS_OFFSET = 18  # in the table "head": the units of an em
+ASCENT, DESCENT = 0.928, 0.236  # of a line, in ems
+LINE_METRICS = ((b"hhea", 4, ">hhh"), (b"OS/2", 68, ">hhh"))  # ascent, descent, gap
+CLIP_METRICS = (b"OS/2", 74, ">HH")  # ascent and descent, both positive
 
 
 def read_tables(font):
@@ -40,9 +47,11 @@ def read_names(table):
 
 def make_names(old, family):
     names = {number: old[number] for number in KEPT_NAMES if number in old}
-    for number in (FAMILY, UNIQUE_ID, FULL_NAME, POSTSCRIPT_NAME):
-        names[number] = family.encode("utf-16-be")
-    names[STYLE] = "Regular".encode("utf-16-be")
+    style = old[STYLE].decode("utf-16-be")
+    full = family if style == "Regular" else f"{family} {style}"
+    for number, name in ((FAMILY, family), (STYLE, style), (UNIQUE_ID, full), (FULL_NAME, full),
+                         (POSTSCRIPT_NAME, full.replace(" ", "-"))):
+        names[number] = name.encode("utf-16-be")
     records, texts = b"", b""
     for number in sorted(names):
         records += struct.pack(">HHHHHH", WINDOWS, UNICODE_BMP, ENGLISH, number,
@@ -75,10 +84,51 @@ def assemble(version, tables):
     return bytearray(header + records + bodies), offsets
 
 
-def with_number(table, form, offset, number):
+def with_numbers(table, form, offset, *numbers):
     changed = bytearray(table)
-    struct.pack_into(form, changed, offset, number)
+    struct.pack_into(form, changed, offset, *numbers)
     return bytes(changed)
+
+
+def set_line_metrics(tables):
+    units = struct.unpack_from(">H", tables[b"head"], UNITS_OFFSET)[0]
+    ascent, descent = round(ASCENT * units), round(DESCENT * units)
+    for tag, offset, form in LINE_METRICS:
+        tables[tag] = with_numbers(tables[tag], form, offset, ascent, -descent, 0)
+    tag, offset, form = CLIP_METRICS
+    tables[tag] = with_numbers(tables[tag], form, offset, ascent, descent)
+
+
+def glyph_of(table, code):
+    """The number of a character's glyph; the table is "cmap"."""
+    count = struct.unpack_from(">H", table, 2)[0]
+    records = (struct.unpack_from(">HHL", table, 4 + 8 * i) for i in range(count))
+    start = next(offset for platform, encoding, offset in records
+                 if (platform, encoding) == (WINDOWS, UNICODE_BMP))
+    size = struct.unpack_from(">H", table, start + 6)[0]  # of each of the four lists, in bytes
+    ends = start + 14
+    firsts, deltas, ranges = ends + size + 2, ends + 2 * size + 2, ends + 3 * size + 2
+    for at in range(0, size, 2):
+        if code > struct.unpack_from(">H", table, ends + at)[0]:
+            continue
+        first, = struct.unpack_from(">H", table, firsts + at)
+        delta, = struct.unpack_from(">H", table, deltas + at)
+        distance, = struct.unpack_from(">H", table, ranges + at)
+        if code < first or distance == 0:
+            return (code + delta) & 0xFFFF if code >= first else 0
+        return struct.unpack_from(">H", table, ranges + at + distance + 2 * (code - first))[0]
+    return 0
+
+
+def even_figures(tables):
+    """Gives all figures the width that is in the middle of theirs, and keeps them in the middle."""
+    glyphs = [glyph_of(tables[b"cmap"], code) for code in b"0123456789"]
+    sizes = {glyph: struct.unpack_from(">Hh", tables[b"hmtx"], 4 * glyph) for glyph in glyphs}
+    widths = [width for width, _ in sizes.values()]
+    even = (min(widths) + max(widths)) // 2
+    for glyph, (width, left) in sizes.items():
+        tables[b"hmtx"] = with_numbers(tables[b"hmtx"], ">Hh", 4 * glyph, even,
+                                       left + (even - width) // 2)
 
 
 def main(source, target, family):
@@ -88,8 +138,10 @@ def main(source, target, family):
     tables.pop(b"DSIG", None)  # would not fit any more
     tables[b"name"] = make_names(read_names(tables[b"name"]), family)
     # A width class of its own would make the toolkit look for a normal one elsewhere.
-    tables[b"OS/2"] = with_number(tables[b"OS/2"], ">H", WIDTH_CLASS_OFFSET, NORMAL_WIDTH)
-    tables[b"head"] = with_number(tables[b"head"], ">L", ADJUSTMENT_OFFSET, 0)
+    tables[b"OS/2"] = with_numbers(tables[b"OS/2"], ">H", WIDTH_CLASS_OFFSET, NORMAL_WIDTH)
+    set_line_metrics(tables)
+    even_figures(tables)
+    tables[b"head"] = with_numbers(tables[b"head"], ">L", ADJUSTMENT_OFFSET, 0)
     whole, offsets = assemble(font[:4], tables)
     struct.pack_into(">L", whole, offsets[b"head"] + ADJUSTMENT_OFFSET,
                      (ADJUSTMENT_MAGIC - checksum(whole)) & 0xFFFFFFFF)

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #define TEXT(name, key, english) QString name;
+#include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
 #undef TEXT
 
@@ -21,9 +22,16 @@ struct TextRow {
 
 constexpr TextRow Rows[] = {
 #define TEXT(name, key, english) {&(name), key, english},
+#include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
 #undef TEXT
 };
+
+QString& fileInUse()
+{
+    static QString file;
+    return file;
+}
 
 } // namespace
 
@@ -32,9 +40,15 @@ QString languageFile(const QString& workFolder, const QString& language)
     return workFolder + QStringLiteral("/lang/") + language + QStringLiteral(".lang");
 }
 
+const QString& languageFileInUse()
+{
+    return fileInUse();
+}
+
 void loadTexts(const QString& file)
 {
     const QString group = QStringLiteral("Language");
+    fileInUse() = file;
     qDebug().noquote() << "--- read lang file:" << file;
     const ZConfig config(file, true);
     const QByteArray digits =
@@ -48,4 +62,9 @@ void loadTexts(const QString& file)
         *row.text = config.readEntry(group, QString::fromLatin1(row.key),
                                      QString::fromLatin1(row.fallback));
     }
+}
+
+QString withNumber(const QString& text, int number)
+{
+    return QString(text).replace(QLatin1String("%1"), QString::number(number));
 }

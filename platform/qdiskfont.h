@@ -29,7 +29,9 @@ public:
     static QList<QDiskFont>& diskFonts();
 
     /// Makes the record's family name usable with QFont: the file is loaded (once, however many
-    /// records name it) and the name mapped to the family found in it. A file that is missing or
-    /// no font changes nothing: the name then gives the system's default font.
+    /// records name it) and the name mapped to the family found in it. With "x.ttf" goes
+    /// "x-bold.ttf" of the same family, if it lies beside it; otherwise bold texts are made from
+    /// the one there is. A file that is missing or no font changes nothing: the name then gives
+    /// the system's default font.
     static void addDiskFont(const QDiskFont& record);
 };

@@ -1,6 +1,8 @@
 #include "platform/zlistbox.h"
 
 #include "platform/keymap.h"
+#include "platform/zglide.h"
+#include "platform/zmotion.h"
 #include "platform/zpixmap.h"
 
 #include <QAbstractItemDelegate>
@@ -53,10 +55,7 @@ public:
         const ZListBoxItem* item = box_->item(index.row());
         if (item == nullptr)
             return;
-        const bool highlighted = index == box_->currentIndex();
-        const ZListRowPainter::State state{highlighted, box_->iconWidth_,
-                                           box_->fonts_.at(highlighted ? 1 : 0), box_->look_};
-        ZListRowPainter::paint(*painter, option.rect, *item, state);
+        ZListRowPainter::paint(*painter, option.rect, *item, box_->rowState(index.row()));
     }
 
     QSize sizeHint(const QStyleOptionViewItem& /*option*/,
@@ -71,7 +70,10 @@ private:
 
 ZListBox::ZListBox([[maybe_unused]] const QString& type, QWidget* parent,
                    [[maybe_unused]] unsigned flags, unsigned widgetClass)
-    : QListView(parent), model_(new Model(this)), look_(&ZSkinService::look(widgetClass))
+    : QListView(parent),
+      model_(new Model(this)),
+      look_(&ZSkinService::look(widgetClass)),
+      glide_(new ZGlide(this))
 {
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -90,6 +92,7 @@ ZListBox::ZListBox([[maybe_unused]] const QString& type, QWidget* parent,
     setItemDelegate(new Delegate(this));
     fonts_.fill(font());
     updateRowHeight();
+    connect(glide_, &ZGlide::moved, this, [this] { viewport()->update(currentRowRect()); });
 }
 
 ZListBox::~ZListBox()
@@ -137,6 +140,7 @@ void ZListBox::clear()
     iconHeight_ = 0;
     lines_ = 1;
     model_->commit(0);
+    glide_->stop();
     updateRowHeight();
 }
 
@@ -218,6 +222,7 @@ void ZListBox::currentChanged(const QModelIndex& current, const QModelIndex& pre
 {
     QListView::currentChanged(current, previous);
     viewport()->update();
+    restartGlide();
     if (current.isValid() && !silent_)
         emit highlighted(current.row());
 }
@@ -281,9 +286,8 @@ int ZListBox::rowHeight() const
 
 void ZListBox::updateRowHeight()
 {
-    const int text = std::max(QFontMetrics(fonts_[0]).height(), QFontMetrics(fonts_[1]).height());
-    const int height = lines_ > 1 ? std::max(lines_ * text, iconHeight_)
-                                  : std::max(text, iconHeight_) + ZSkinService::RowMargin / 2;
+    const int height = std::max(ZListRowPainter::rowHeight(fonts_[0], lines_, iconHeight_),
+                                ZListRowPainter::rowHeight(fonts_[1], lines_, iconHeight_));
     if (height == rowHeight_)
         return;
     rowHeight_ = height;
@@ -370,18 +374,83 @@ void ZListBox::mouseDoubleClickEvent(QMouseEvent* event)
     mousePressEvent(event);
 }
 
+ZListRowPainter::State ZListBox::rowState(int row) const
+{
+    const bool highlighted = row == currentItem();
+    return {highlighted, iconWidth_, fonts_.at(highlighted ? 1 : 0), look_,
+            highlighted ? glide_->offset() : -1};
+}
+
+QRect ZListBox::currentRowRect()
+{
+    return {0, (currentItem() - topItem()) * rowHeight_, viewport()->width(), rowHeight_};
+}
+
+void ZListBox::restartGlide()
+{
+    const ZListBoxItem* current = hasFocus() ? item(currentItem()) : nullptr;
+    if (current == nullptr || !ZMotion::isEnabled())
+        return glide_->stop();
+    const ZListRowPainter::State state = rowState(currentItem());
+    glide_->start(ZListRowPainter::nameWidth(*current, state) -
+                  ZListRowPainter::nameRect(currentRowRect(), *current, state).width());
+}
+
+void ZListBox::focusInEvent(QFocusEvent* event)
+{
+    QListView::focusInEvent(event);
+    restartGlide();
+}
+
+void ZListBox::focusOutEvent(QFocusEvent* event)
+{
+    QListView::focusOutEvent(event);
+    glide_->stop();
+}
+
+void ZListBox::setEmptyText(const QString& text)
+{
+    if (emptyText_ == text)
+        return;
+    emptyText_ = text;
+    viewport()->update();
+}
+
 void ZListBox::paintEvent(QPaintEvent* event)
 {
     commitRows();
     makeVisibleRows();
     QListView::paintEvent(event);
-    const int shown = visibleItems();
-    if (count() <= shown)
+    const bool scrolls = count() > visibleItems();
+    if (!scrolls && emptyText_.isEmpty())
         return;
     QPainter painter(viewport());
+    if (scrolls)
+        paintThumb(painter);
+    else
+        paintEmptyText(painter);
+}
+
+void ZListBox::paintEmptyText(QPainter& painter)
+{
+    // In the middle of what is seen to be free, which reaches below the whole rows.
+    const int top = count() * rowHeight_;
+    const QRect room(0, top, viewport()->width(), height() - top);
+    painter.setFont(fonts_[0]);
+    if (viewport()->height() - top < 2 * painter.fontMetrics().height())
+        return;
+    painter.setPen(look_->secondaryText);
+    painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine,
+                     painter.fontMetrics().elidedText(emptyText_, Qt::ElideRight, room.width()));
+}
+
+void ZListBox::paintThumb(QPainter& painter)
+{
+    const int shown = visibleItems();
     const int track = viewport()->height();
-    const int thumb = std::max(int(qint64(track) * shown / count()), 12);
+    const int thumb =
+        std::max(int(qint64(track) * shown / count()), ZSkinService::ScrollThumbLength);
     const int top = int(qint64(track - thumb) * topItem() / (count() - shown));
-    painter.fillRect(viewport()->width() - ZSkinService::ScrollBarWidth, top,
-                     ZSkinService::ScrollBarWidth, thumb, look_->disabledText);
+    painter.fillRect(viewport()->width() - ZSkinService::ScrollThumbWidth, top,
+                     ZSkinService::ScrollThumbWidth, thumb, look_->thumb);
 }

@@ -9,11 +9,14 @@
 #include <array>
 #include <functional>
 
+class ZGlide;
+
 /// A list of rows of one height, of which one is current (highlighted).
 ///
 /// Up and Down move, Return checks or unchecks a row that has a check box and selects the row. A
 /// tap makes a row current, a tap on the current row or on one with a check box works like Return;
 /// a drag or the wheel scrolls. All other keys are left to the parent. Only whole rows are shown.
+/// With motion (ZMotion) a current row's name that does not fit glides, so that all of it is seen.
 ///
 /// Rows inserted in a run become part of the list together: with the next call that needs them or
 /// when the event loop is back. Of a long list the rows can be made when they are first painted or
@@ -61,6 +64,10 @@ public:
     void setItemFont(int region, const QFont& font, bool highlighted);
     /// Pixels from row to row.
     int rowHeight() const;
+    /// What stands in the room below the rows, if that is not too small, until another text is set:
+    /// why there are no more of them, or none.
+    void setEmptyText(const QString& text);
+    const QString& emptyText() const { return emptyText_; }
 
 signals:
     void highlighted(int row);
@@ -74,6 +81,8 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
 private:
@@ -97,6 +106,11 @@ private:
     void ensureVisible(int row);
     void selectRow(int row);
     int rowAt(QPoint point);
+    ZListRowPainter::State rowState(int row) const;
+    QRect currentRowRect();
+    void restartGlide();
+    void paintEmptyText(QPainter& painter);
+    void paintThumb(QPainter& painter);
 
     Model* model_;
     mutable std::vector<Row> rows_; ///< items are made when they are asked for
@@ -111,4 +125,6 @@ private:
     mutable bool making_ = false; ///< an item that is not painted yet changes
     bool silent_ = false;         ///< a current row is being put back, which is no news
     ZTapOrDrag finger_;
+    QString emptyText_;
+    ZGlide* glide_; ///< of the current row's name, while the list has the focus
 };

@@ -26,15 +26,14 @@ protected:
         const auto& look = ZSkinService::look(ZSkinService::clsMainWidget);
         QPainter painter(this);
         painter.fillRect(rect(), look.background);
-        QFont bold = font();
-        bold.setPixelSize(14);
-        bold.setWeight(QFont::Bold);
-        painter.setFont(bold);
+        painter.setFont(titleFont(font()));
         painter.setPen(look.text);
         const auto align = type == TitleLeft ? Qt::AlignLeft : Qt::AlignHCenter;
-        painter.drawText(rect().adjusted(6, 0, -6, -1), int(align | Qt::AlignVCenter), title);
+        const QRect room = rect().adjusted(6, 0, -6, -1);
+        painter.drawText(room, int(align | Qt::AlignVCenter | Qt::TextSingleLine),
+                         painter.fontMetrics().elidedText(title, Qt::ElideRight, room.width()));
         if (type == TitleUnderlined)
-            painter.fillRect(0, height() - 2, width(), 2, look.highlight);
+            painter.fillRect(0, height() - 2, width(), 2, look.mark);
     }
 };
 
@@ -55,6 +54,15 @@ ZMainWidget::ZMainWidget(int headerType, QWidget* parent, const char* name, Qt::
     outer_->addWidget(header_);
     outer_->addLayout(content_, 1);
     setHeaderType(headerType);
+}
+
+QFont ZMainWidget::titleFont(const QFont& font)
+{
+    constexpr int TitleSize = 15;
+    QFont bold = font;
+    bold.setPixelSize(TitleSize);
+    bold.setWeight(QFont::Bold);
+    return bold;
 }
 
 void ZMainWidget::setMainWidgetTitle(const QString& title)

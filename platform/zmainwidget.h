@@ -29,6 +29,8 @@ public:
     int headerType() const;
     void fullScreenModeChanged(bool on);
     bool isFullScreenMode() const;
+    /// The font of the title, made from the widget's.
+    static QFont titleFont(const QFont& font);
 
     /// The content's vertical layout; widgets added to it belong to this widget.
     QVBoxLayout* contentLayout() const;

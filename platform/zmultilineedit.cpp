@@ -1,33 +1,51 @@
 #include "platform/zmultilineedit.h"
 
 #include "platform/keymap.h"
+#include "platform/shownname.h"
 #include "platform/zkeypadinput.h"
+#include "platform/ztheme.h"
 
 #include <QClipboard>
 #include <QFocusEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <iterator>
 
 namespace
 {
 
-/// Stands in the toolkit's field for a byte-order mark: drawn as a mark, and in no name.
-constexpr QChar StandIn(0xdc00);
+/// The first of those that stand in the toolkit's field for invisible characters, in their order:
+/// drawn as a mark, and in no name.
+constexpr char16_t FirstStandIn = 0xdc00;
+constexpr char16_t EndOfStandIns = FirstStandIn + std::size(InvisibleCharacters);
 /// What becomes of a stand-in that was in the text already: as little a part of names.
-constexpr QChar OtherHalf(0xdc01);
+constexpr QChar OtherHalf(EndOfStandIns);
+
+bool isStandIn(QChar character)
+{
+    return character.unicode() >= FirstStandIn && character.unicode() < EndOfStandIns;
+}
+
+QChar standInFor(QChar invisible)
+{
+    const auto* place = std::find(std::begin(InvisibleCharacters), std::end(InvisibleCharacters),
+                                  invisible.unicode());
+    return QChar(char16_t(FirstStandIn + (place - std::begin(InvisibleCharacters))));
+}
 
 QString withStandIns(QString text)
 {
     bool inPair = false;
     for (QChar& character : text) {
         const bool isHigh = character.isHighSurrogate();
-        if (character == StandIn && !inPair)
+        if (isStandIn(character) && !inPair)
             character = OtherHalf;
-        else if (character == QChar(QChar::ByteOrderMark) && !inPair)
-            character = StandIn;
+        else if (isInvisible(character) && !inPair)
+            character = standInFor(character);
         inPair = isHigh;
     }
     return text;
@@ -37,8 +55,8 @@ QString withoutStandIns(QString text)
 {
     // A half of a pair is not alone.
     for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text.at(i) == StandIn && (i == 0 || !text.at(i - 1).isHighSurrogate()))
-            text[i] = QChar(QChar::ByteOrderMark);
+        if (isStandIn(text.at(i)) && (i == 0 || !text.at(i - 1).isHighSurrogate()))
+            text[i] = QChar(InvisibleCharacters[text.at(i).unicode() - FirstStandIn]);
     }
     return text;
 }
@@ -68,6 +86,13 @@ ZMultiLineEdit::ZMultiLineEdit(QWidget* parent, [[maybe_unused]] bool wrap,
 {
     setObjectName(QLatin1String(name));
     setContextMenuPolicy(Qt::NoContextMenu);
+    const ZTheme& theme = ZTheme::current();
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, theme.ground);
+    colours.setColor(QPalette::Text, theme.text);
+    colours.setColor(QPalette::Highlight, theme.selection);
+    colours.setColor(QPalette::HighlightedText, theme.selectionText);
+    setPalette(colours);
 }
 
 void ZMultiLineEdit::setText(const QString& text)
@@ -140,4 +165,19 @@ void ZMultiLineEdit::focusOutEvent(QFocusEvent* /*event*/)
 {
     QFocusEvent toMenu(QEvent::FocusOut, Qt::PopupFocusReason);
     QLineEdit::focusOutEvent(&toMenu);
+}
+
+/// The frame is ours, whatever the toolkit's looks like on this system.
+void ZMultiLineEdit::paintEvent(QPaintEvent* event)
+{
+    constexpr int ToolkitFrame = 2;
+    constexpr qreal Corner = 2;
+    QLineEdit::paintEvent(event);
+    const ZTheme& theme = ZTheme::current();
+    QPainter painter(this);
+    painter.setPen(QPen(theme.ground, ToolkitFrame));
+    painter.drawRect(rect().adjusted(1, 1, -1, -1));
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(theme.outline);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Corner, Corner);
 }

@@ -17,8 +17,8 @@ public:
     /// `wrap` and `lines` shape a field of several lines and are not used.
     ZMultiLineEdit(QWidget* parent, bool wrap, int lines, const char* name);
 
-    /// The text, whatever it consists of. A byte-order mark, which has no picture, is held and
-    /// shown as a mark of its own; so are halves of pairs of surrogates.
+    /// The text, whatever it consists of. Invisible characters (shownname.h) and halves of pairs of
+    /// surrogates are held, and each is shown as a mark.
     void setText(const QString& text);
     /// A letter that a further press may still change is a part of it.
     QString text() const;
@@ -37,6 +37,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     ZKeypadInput* keypad_;

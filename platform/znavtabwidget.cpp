@@ -12,6 +12,8 @@
 class ZNavTabWidget::Bar : public QWidget
 {
 public:
+    static constexpr int MarkHeight = 2; ///< of the line under the tab in front
+
     struct Tab {
         QPixmap icon;
         QString label;
@@ -59,17 +61,20 @@ private:
         const bool current = index == owner_->currentPageIndex();
         if (current) {
             painter.fillRect(area, look_.highlight);
-            painter.fillRect(area.left(), 0, area.width(), 2,
-                             ZSkinService::look(ZSkinService::clsListBox).highlight);
+            // At the bottom: at the top there may be the line of the header.
+            painter.fillRect(area.left(), area.bottom() + 1 - MarkHeight, area.width(), MarkHeight,
+                             look_.mark);
         }
         const QSize size = pixmapSize(tab.icon);
         const QFontMetrics metrics(font());
-        const int labelWidth = metrics.horizontalAdvance(tab.label);
+        const QString label =
+            metrics.elidedText(tab.label, Qt::ElideRight, area.width() - size.width());
+        const int labelWidth = metrics.horizontalAdvance(label);
         int x = area.center().x() - (size.width() + labelWidth) / 2;
-        painter.drawPixmap(x, area.top() + 1 + (area.height() - size.height()) / 2, tab.icon);
+        painter.drawPixmap(x, area.top() + (area.height() - size.height()) / 2, tab.icon);
         x += size.width();
         painter.setPen(current ? look_.highlightText : look_.text);
-        painter.drawText(x, area.top(), labelWidth, area.height(), Qt::AlignVCenter, tab.label);
+        painter.drawText(x, area.top(), labelWidth, area.height(), Qt::AlignVCenter, label);
     }
 
     ZNavTabWidget* owner_;

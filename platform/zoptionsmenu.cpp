@@ -1,12 +1,15 @@
 #include "platform/zoptionsmenu.h"
 
 #include "platform/keymap.h"
+#include "platform/zlift.h"
+#include "platform/zmotion.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
 
 #include <QMetaMethod>
 #include <QMouseEvent>
+#include <QVariantAnimation>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -55,6 +58,8 @@ ZOptionsMenu::ZOptionsMenu(const QRect& rect, QWidget* parent, const char* name,
     menuFont.setPixelSize(FontSize);
     setFont(menuFont);
     ZScreen::instance()->place(this, ZScreen::Layer::Box);
+    const auto& look = ZSkinService::look(widgetClass);
+    new ZLift(this, look.background, look.border);
     connect(ZScreen::instance(), &ZScreen::pressedOutside, this, [this] {
         if (ZScreen::instance()->active() == this)
             closeAll();
@@ -199,12 +204,36 @@ void ZOptionsMenu::showEvent(QShowEvent* /*event*/)
     current_ = items_.isEmpty() ? -1 : 0;
     first_ = 0;
     finger_.cancel();
-    setGeometry(placeFor(contentSize()));
+    place_ = placeFor(contentSize());
+    setGeometry(place_);
     tellSoftKeys();
+    if (ZMotion::isEnabled())
+        rise();
+}
+
+/// Its top goes up; what is not up yet is cut off at its bottom.
+void ZOptionsMenu::rise()
+{
+    constexpr int Pixels = 8;
+    constexpr int Milliseconds = 100;
+    if (rise_ == nullptr) {
+        rise_ = new QVariantAnimation(this);
+        rise_->setDuration(Milliseconds);
+        rise_->setStartValue(Pixels);
+        rise_->setEndValue(0);
+        rise_->setEasingCurve(QEasingCurve::OutCubic);
+        connect(rise_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+            setGeometry(place_.adjusted(0, value.toInt(), 0, 0));
+        });
+    }
+    setGeometry(place_.adjusted(0, Pixels, 0, 0));
+    rise_->start();
 }
 
 void ZOptionsMenu::hideEvent(QHideEvent* /*event*/)
 {
+    if (rise_ != nullptr)
+        rise_->stop();
     // It shows its digits and arrows again.
     if (opener_)
         opener_->update();

@@ -9,6 +9,8 @@
 
 #include <array>
 
+class QVariantAnimation;
+
 /// A menu of items with texts, icons and submenus, opened by show() as a box of the screen.
 ///
 /// Up and Down move (going round, disabled items included), Return or the left soft key chooses or
@@ -16,6 +18,8 @@
 /// the first nine items at once; the digit stands at its right while it would. A tap chooses, a tap
 /// beside the menu closes it and its openers. Choosing closes all of them, then runs the slots
 /// that the item is connected to; these may change, disconnect and delete any menu.
+///
+/// With motion (ZMotion) a menu rises into its place; it answers to keys meanwhile.
 ///
 /// A submenu leaves the icons of the menu that opened it in view and hides the rest beside it.
 ///
@@ -117,6 +121,7 @@ private:
     void chooseByDigit(int digit);
     void openSubmenu(ZOptionsMenu* submenu);
     void tellSoftKeys();
+    void rise();
     void paintRow(QPainter& painter, int position) const;
     void paintRowEnd(QPainter& painter, int position) const;
     void paintScrollMarks(QPainter& painter) const;
@@ -129,4 +134,6 @@ private:
     int first_ = 0; ///< position of the topmost visible row
     int activeId_ = -1;
     ZTapOrDrag finger_;
+    QRect place_;                       ///< when it has risen
+    QVariantAnimation* rise_ = nullptr; ///< made when it is first needed
 };

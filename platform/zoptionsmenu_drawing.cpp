@@ -93,7 +93,7 @@ QSize ZOptionsMenu::contentSize() const
     for (const Item& item : items_) {
         const int tabs = leadingTabs(item.text);
         widest = std::max(widest, beside + tabs * ZSkinService::MenuTabWidth +
-                                      metrics.horizontalAdvance(item.text.mid(tabs)));
+                                      metrics.horizontalAdvance(withMarks(item.text.mid(tabs))));
     }
     return {std::min({widest + 2 * Border, LargestWidth, room().width()}),
             visibleRows() * RowHeight + 2 * Border};
@@ -113,7 +113,7 @@ QRect ZOptionsMenu::placeFor(QSize content) const
 /// leaves too little room.
 QRect ZOptionsMenu::placeBeside(QSize content) const
 {
-    const QRect opener = opener_->geometry();
+    const QRect opener = opener_->place_;
     int left = opener.left() + SubmenuShift;
     int top = opener.top() + opener_->rowRect(opener_->current_).top();
     QSize size(std::max(content.width(), opener.right() + 1 - left), content.height());
@@ -158,16 +158,18 @@ void ZOptionsMenu::paintRow(QPainter& painter, int position) const
     const Item& item = items_.at(position);
     const QRect area = rowRect(position);
     const bool current = position == current_;
-    if (current)
-        painter.fillRect(area, item.enabled ? look.highlight : look.disabledText.lighter(130));
+    if (current) {
+        painter.fillRect(area, look.highlight);
+        painter.fillRect(area.left(), area.top(), ZSkinService::MarkWidth, area.height(),
+                         look.mark);
+    }
     const QPixmap icon = item.icon.pixmap();
     const QSize iconSize = pixmapSize(icon);
     painter.setOpacity(item.enabled ? 1 : 0.4);
     painter.drawPixmap(area.left() + IconLeft, area.top() + (area.height() - iconSize.height()) / 2,
                        icon);
     painter.setOpacity(1);
-    painter.setPen(!item.enabled ? (current ? look.border : look.disabledText)
-                                 : (current ? look.highlightText : look.text));
+    painter.setPen(!item.enabled ? look.disabledText : current ? look.highlightText : look.text);
     const int tabs = leadingTabs(item.text);
     const QRect textArea =
         area.adjusted(TextLeft + tabs * ZSkinService::MenuTabWidth, 0, -roomAtRight(), 0);
@@ -197,8 +199,7 @@ void ZOptionsMenu::paintRowEnd(QPainter& painter, int position) const
     if (hasSubmenus())
         right -= ArrowRoom;
     painter.save();
-    if (position != current_)
-        painter.setPen(ZSkinService::look(widgetClass_).secondaryText);
+    painter.setPen(ZSkinService::look(widgetClass_).secondaryText);
     QFont small = painter.font();
     small.setPixelSize(DigitFontSize);
     painter.setFont(small);
@@ -213,8 +214,8 @@ void ZOptionsMenu::paintScrollMarks(QPainter& painter) const
         return;
     const auto& look = ZSkinService::look(widgetClass_);
     const int track = height() - 2 * Border;
-    const int thumb = std::max(track * visibleRows() / count(), 12);
+    const int thumb = std::max(track * visibleRows() / count(), ZSkinService::ScrollThumbLength);
     const int top = (track - thumb) * first_ / (count() - visibleRows());
-    painter.fillRect(width() - Border - ZSkinService::ScrollBarWidth, Border + top,
-                     ZSkinService::ScrollBarWidth, thumb, look.border);
+    painter.fillRect(width() - Border - ZSkinService::ScrollThumbWidth, Border + top,
+                     ZSkinService::ScrollThumbWidth, thumb, look.thumb);
 }

@@ -2,7 +2,9 @@
 
 #include "platform/keymap.h"
 #include "platform/x11focus.h"
+#include "platform/zboxpan.h"
 #include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -71,7 +73,10 @@ public:
     }
 
 protected:
-    void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).fillRect(rect(), Qt::black); }
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QPainter(this).fillRect(rect(), ZTheme::current().bar);
+    }
 
     void resizeEvent(QResizeEvent* /*event*/) override
     {
@@ -201,7 +206,8 @@ void ZScreen::destroyInstance()
         delete theScreen->window();
 }
 
-ZScreen::ZScreen(QWidget* frame) : QWidget(frame), x11Focus_(std::make_unique<X11Focus>(*frame))
+ZScreen::ZScreen(QWidget* frame)
+    : QWidget(frame), x11Focus_(std::make_unique<X11Focus>(*frame)), pan_(new ZBoxPan(this))
 {
     setObjectName(QStringLiteral("ZScreen"));
     resize(Width, Height);
@@ -230,6 +236,8 @@ void ZScreen::place(QWidget* widget, Layer layer)
 {
     placed_.append({widget, layer, nullptr, {}});
     widget->installEventFilter(this);
+    if (layer == Layer::Box)
+        pan_->watch(widget);
     connect(widget, &QObject::destroyed, this, [this](QObject* gone) { widgetGone(gone); });
 }
 

@@ -10,6 +10,8 @@
 
 class X11Focus;
 
+class ZBoxPan;
+
 /// The phone's display: 240 x 320 pixels at any density, the only thing with a window of its own.
 ///
 /// Whatever a program treats as a top-level widget is a child of the screen at screen coordinates:
@@ -19,6 +21,8 @@ class X11Focus;
 /// The shown ones form a stack, main widgets below boxes, later ones above earlier ones. The
 /// topmost has keys and pointer; those below are inert. When it goes, the one below it gets the
 /// focus back where it was. Focus given to something inert meanwhile takes effect then.
+///
+/// A box that is higher than the screen is shown from its top, and Up and Down pan it.
 class ZScreen : public QWidget
 {
     Q_OBJECT
@@ -120,6 +124,7 @@ private:
     std::unique_ptr<X11Focus> x11Focus_;
     QList<Entry> placed_;
     QList<QWidget*> stack_;
+    ZBoxPan* pan_;
     bool givingFocus_ = false;
     int mainInputPauses_ = 0;
 };

@@ -1,5 +1,7 @@
 #include "platform/zskinservice.h"
 
+#include "platform/ztheme.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -7,43 +9,63 @@
 namespace
 {
 
-const QColor Accent(0xff, 0x8a, 0x3d);
-
-ZSkinService::Look lightLook()
+ZSkinService::Look pageLook(const ZTheme& theme)
 {
-    return {QColor(0xff, 0xff, 0xff), QColor(0x10, 0x10, 0x10), QColor(0xa0, 0xa0, 0xa0), Accent,
-            QColor(0x00, 0x00, 0x00), QColor(0x60, 0x60, 0x60), QColor(0x30, 0x30, 0x30)};
+    return {theme.ground,     theme.text,    theme.secondText, theme.highlight, theme.highlightText,
+            theme.secondText, theme.outline, theme.mark,       theme.hairline,  theme.thumb};
 }
 
-ZSkinService::Look darkLook()
+/// What is highlighted on a bar is filled with the accent, which bears dark text only.
+ZSkinService::Look barLook(const ZTheme& theme)
 {
-    return {QColor(0x00, 0x00, 0x00), QColor(0xff, 0xff, 0xff), QColor(0x80, 0x80, 0x80), Accent,
-            QColor(0x00, 0x00, 0x00), QColor(0xc0, 0xc0, 0xc0), QColor(0x50, 0x50, 0x50)};
+    return {theme.bar,           theme.barText, theme.barSecondText, theme.barMark, theme.bar,
+            theme.barSecondText, theme.outline, theme.barMark,       theme.bar,     theme.thumb};
 }
 
-ZSkinService::Look tabLook()
+/// The tab in front is a part of the page below it.
+ZSkinService::Look tabLook(const ZTheme& theme)
 {
-    ZSkinService::Look look = darkLook();
-    look.background = QColor(0x1c, 0x1c, 0x1c);
-    look.highlight = QColor(0xff, 0xff, 0xff);
+    ZSkinService::Look look = barLook(theme);
+    look.highlight = theme.ground;
+    look.highlightText = theme.text;
     return look;
+}
+
+struct Looks {
+    explicit Looks(const ZTheme& theme)
+        : page(pageLook(theme)), bar(barLook(theme)), tab(tabLook(theme))
+    {
+    }
+
+    ZSkinService::Look page;
+    ZSkinService::Look bar;
+    ZSkinService::Look tab;
+};
+
+const Looks& currentLooks()
+{
+    static const Looks light(ZTheme::of(ZTheme::Light));
+    static const Looks dark(ZTheme::of(ZTheme::Dark));
+    return &ZTheme::current() == &ZTheme::of(ZTheme::Dark) ? dark : light;
 }
 
 } // namespace
 
 const ZSkinService::Look& ZSkinService::look(unsigned cls)
 {
-    static const Look light = lightLook();
-    static const Look dark = darkLook();
-    static const Look tab = tabLook();
+    const Looks& looks = currentLooks();
     switch (cls) {
     case clsMainWidget:
     case clsSoftKey:
-        return dark;
+        return looks.bar;
     case clsNavTab:
-        return tab;
+        return looks.tab;
+    case clsDarkListBox: {
+        static const Look dark = pageLook(ZTheme::of(ZTheme::Dark));
+        return dark;
+    }
     default:
-        return light;
+        return looks.page;
     }
 }
 
@@ -73,7 +95,9 @@ QFont ZSkinService::font(const QString& family, int points, int weight, bool ita
 {
     QFont font(family);
     font.setPixelSize(std::max(points, 1));
-    font.setWeight(static_cast<QFont::Weight>(toolkitWeight(weight)));
+    // Fonts that take the place of this one in other scripts have thin faces, too, which are hard
+    // to read at these sizes and lack many a character.
+    font.setWeight(static_cast<QFont::Weight>(std::max(toolkitWeight(weight), int(QFont::Normal))));
     font.setItalic(italic);
     return font;
 }

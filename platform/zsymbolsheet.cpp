@@ -1,6 +1,7 @@
 #include "platform/zsymbolsheet.h"
 
 #include "platform/keymap.h"
+#include "platform/zlift.h"
 #include "platform/zoptionsmenu.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
@@ -16,7 +17,8 @@ constexpr int CellWidth = 72;
 constexpr int CellHeight = 28;
 constexpr int FootHeight = 12;
 constexpr int SheetBorder = 1;
-constexpr int FieldGap = 2; ///< between the field and the sheet
+constexpr int FieldGap = 2;   ///< between the field and the sheet
+constexpr int FrameWidth = 2; ///< around the current symbol
 constexpr int SymbolSize = 20;
 constexpr int DigitSize = 11;
 constexpr int DotSize = 4;
@@ -35,6 +37,8 @@ ZSymbolSheet::ZSymbolSheet(QObject* owner) : QWidget(ZScreen::instance())
     setAttribute(Qt::WA_OpaquePaintEvent);
     resize(SheetSize);
     ZScreen::instance()->place(this, ZScreen::Layer::Box);
+    const ZSkinService::Look& look = ZSkinService::look(ZSkinService::clsOptionsMenu);
+    new ZLift(this, look.background, look.border);
     connect(ZScreen::instance(), &ZScreen::pressedOutside, this, [this] {
         if (ZScreen::instance()->active() == this)
             hide();
@@ -161,12 +165,15 @@ void ZSymbolSheet::paintCell(QPainter& painter, int place) const
     const ZSkinService::Look& look = ZSkinService::look(ZSkinService::clsOptionsMenu);
     const QRect cell = cellRect(place);
     const bool isCurrent = place == current_ % OnPage;
-    if (isCurrent)
-        painter.fillRect(cell, look.highlight);
+    if (isCurrent) {
+        painter.fillRect(cell, look.mark);
+        painter.fillRect(cell.adjusted(FrameWidth, FrameWidth, -FrameWidth, -FrameWidth),
+                         look.highlight);
+    }
     QFont digits = font();
     digits.setPixelSize(DigitSize);
     painter.setFont(digits);
-    painter.setPen(isCurrent ? look.highlightText : look.secondaryText);
+    painter.setPen(look.secondaryText);
     painter.drawText(cell.adjusted(6, 2, 0, 0), Qt::AlignLeft | Qt::AlignTop,
                      QString::number(place + 1));
     QFont large = font();

@@ -46,13 +46,23 @@ QString elided(const QLabel& line, const QString& text)
     return line.fontMetrics().elidedText(ZListRowPainter::visibleText(text), Qt::ElideMiddle, room);
 }
 
+/// A word for the end of a row's second line, as long as what stands before it leaves room.
+QString wordBehind(const QString& before, const QString& word, const QFont& font)
+{
+    constexpr int Beside = 24; // the edges, the scroll bar and a gap
+    const QFontMetrics metrics(font);
+    return metrics.elidedText(word, Qt::ElideRight,
+                              ZScreen::Width - Beside - metrics.horizontalAdvance(before));
+}
+
 ZListBoxItem* makeRow(ZListBox* list, const BluetoothDevice& device)
 {
     auto* row = new ZListBoxItem(list, QStringLiteral("%M"));
     row->appendSubItem(1, device.name.isEmpty() ? device.address : device.name, false);
     QString detail = device.name.isEmpty() ? QString() : device.address;
     if (device.paired)
-        detail += QLatin1Char('\t') + ShareTexts::instance().paired;
+        detail += QLatin1Char('\t') +
+                  wordBehind(detail, ShareTexts::instance().paired, sized(list->font(), ListFont));
     row->appendSubItem(1, detail, false);
     return row;
 }

@@ -1,7 +1,9 @@
 #include "sharing/sharingmodule.h"
 
+#include "lang/texts.h"
 #include "platform/zapplication.h"
 #include "platform/zscreen.h"
+#include "sharing/sharetexts.h"
 #include "sharing/sharing.h"
 
 #include <QDeadlineTimer>
@@ -56,6 +58,7 @@ extern "C" Q_DECL_EXPORT bool sharing_module(const SHARE_Tool::OBJECT_INFO& info
     if (!opens(*push, &ObexPush::finished, deadline) ||
         !opens(*devices, &BluezDevices::lost, deadline) || !push->isOpen())
         return false;
+    ShareTexts::load(languageFileInUse());
     const qsizetype slash = info.objectName.startsWith(QLatin1Char('/')) ? 1 : 0;
     current = new Sharing(std::move(devices), std::move(push), info.objectName.mid(slash));
     return true;

@@ -15,10 +15,19 @@ namespace
 
 QLoggingCategory::CategoryFilter followRules = nullptr;
 
+/// The toolkit's word, among our own lines, on names in some scripts, whose letters it then takes
+/// from another font.
+bool isAboutFonts(const QString& message)
+{
+    return message.startsWith(QLatin1String("  OpenType support missing for "));
+}
+
 /// Debug texts are a documented interface: they reach stderr as they are, whatever the environment
 /// says about the toolkit's logging.
 void writeLine(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
 {
+    if (isAboutFonts(message))
+        return;
     const QByteArray line = encodeName(message).value_or(message.toUtf8()) + '\n';
     std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
 }

@@ -3,6 +3,8 @@
 #include "files/names.h"
 #include "platform/zconfig.h"
 
+#include <QDebug>
+
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
@@ -14,6 +16,25 @@ QString lang;
 bool full_scr = true;
 int header_type = 3;
 bool full_inf = false;
+Extras extras;
+
+namespace
+{
+
+/// One of the group "Extras": 0 or 1. What is neither is a mistake that the user should hear of.
+int extraOf(const ZConfig& config, const char* key)
+{
+    const QString value =
+        config.readEntry(QStringLiteral("Extras"), QString::fromLatin1(key), QStringLiteral("0"));
+    bool isNumber = false;
+    const int number = value.toInt(&isNumber, 10);
+    if (isNumber && (number == 0 || number == 1))
+        return number;
+    qWarning("fm.cfg: %s: neither 0 nor 1: %s", key, qUtf8Printable(value.left(80)));
+    return 0;
+}
+
+} // namespace
 
 void readConfig(const QString& programDir)
 {
@@ -43,4 +64,8 @@ void readConfig(const QString& programDir)
     full_scr = number("Full_screen") != 0;
     header_type = number("Header_type");
     full_inf = number("Full_info") != 0;
+    extras.find = extraOf(config, "Find") != 0;
+    extras.status = extraOf(config, "Status") != 0;
+    extras.theme = extraOf(config, "Theme");
+    extras.motion = extraOf(config, "Motion") != 0;
 }

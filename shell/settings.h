@@ -17,7 +17,19 @@ extern int header_type;
 /// Whether the panels show the line with size and date.
 extern bool full_inf;
 
+/// What came later than the rest and is switched by the group "Extras". Each is off, or 0, unless
+/// the file says otherwise.
+struct Extras {
+    bool find = false;   ///< letters and digits find rows of the panels
+    bool status = false; ///< the soft-key bar shows the folder and the place in it
+    int theme = 0;       ///< 0 light, 1 dark
+    bool motion = false; ///< long names glide, menus rise
+    bool operator==(const Extras&) const = default;
+};
+extern Extras extras;
+
 /// Fills all of the above from "fm.cfg" in `programDir` (which ends with "/", or is empty for the
 /// current folder). A key that is missing, or the whole file, leaves its setting empty, 0 or false.
-/// A work folder given as an empty text counts as not given.
+/// A work folder given as an empty text counts as not given. An extra whose value is no number of
+/// its range is 0 and named on stderr.
 void readConfig(const QString& programDir);

@@ -6,7 +6,9 @@
 #include "platform/keypadletters.h"
 #include "platform/qcopchannel.h"
 #include "platform/qdiskfont.h"
+#include "platform/zmotion.h"
 #include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 #include "shell/fm.h"
 #include "shell/qdaemonapp.h"
 #include "shell/settings.h"
@@ -60,6 +62,8 @@ int startQuarn(int argc, char** argv)
     a = new QDaemonApp(argc, argv);
     const QString programDir = u->getProgramDir();
     readConfig(programDir);
+    ZTheme::choose(extras.theme == 1 ? ZTheme::Dark : ZTheme::Light);
+    ZMotion::setEnabled(extras.motion);
     KeyMap::instance().load(programDir + QStringLiteral("keymap.cfg"));
     KeyMap::instance().loadKeypadVariable("QUARN_KEYPAD");
     KeypadLetters::setLanguage(lang);

@@ -66,7 +66,7 @@ void drawProgress(QPainter& painter, const BoxFont& font, int top, int percent, 
     painter.drawRect(TextLeft, top, TextWidth - 1, BarHeight - 1);
     const int filled = (TextWidth - 2) * percent / Percent;
     painter.fillRect(TextLeft + 1, top + 1, filled, BarHeight - 2,
-                     ZSkinService::look(ZSkinService::clsListBox).highlight);
+                     ZSkinService::look(ZSkinService::clsListBox).mark);
     painter.setFont(font.font());
     painter.drawText(TextLeft, top + BarHeight, TextWidth, ProgressHeight - BarHeight,
                      Qt::AlignCenter, text);
@@ -78,8 +78,10 @@ void drawKeyBar(QPainter& painter, const BoxFont& font, int top, const QStringLi
     painter.setFont(font.font());
     painter.setPen(Qt::white);
     const int share = Width / int(words.size());
+    const QFontMetrics metrics = painter.fontMetrics();
     for (int i = 0; i < int(words.size()); ++i)
-        painter.drawText(i * share, top, share, KeyBarHeight, Qt::AlignCenter, words.at(i));
+        painter.drawText(i * share, top, share, KeyBarHeight, Qt::AlignCenter,
+                         metrics.elidedText(words.at(i), Qt::ElideRight, share));
 }
 
 } // namespace Box

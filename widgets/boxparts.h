@@ -45,7 +45,8 @@ int drawLines(QPainter& painter, const BoxFont& font, const QStringList& lines, 
 /// 0 to 100, and a line below it.
 void drawProgress(QPainter& painter, const BoxFont& font, int top, int percent,
                   const QString& text);
-/// Draws the bar at the end of a box, whose words share its width.
+/// Draws the bar at the end of a box, whose words share its width. What is too long for that ends
+/// in an ellipsis.
 void drawKeyBar(QPainter& painter, const BoxFont& font, int top, const QStringList& words);
 
 } // namespace Box

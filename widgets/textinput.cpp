@@ -8,13 +8,17 @@
 #include "platform/zpicture.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 
 #include <QDebug>
+#include <QFontInfo>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTextBoundaryFinder>
 #include <QUrl>
 
 #include <algorithm>
@@ -33,6 +37,39 @@ constexpr int CopyItem = 2;
 constexpr int PasteItem = 4;
 /// How much of the page's foot answers to a finger.
 constexpr int AnswerHeight = 28;
+
+/// Parts of a text that no line is broken within are as wide as a page at most: what is wider would
+/// be painted beyond it.
+QString withFittingParts(const QString& text, const QFont& font, Qt::TextElideMode mode)
+{
+    constexpr int Edges = 4;
+    const QFontMetrics metrics(font);
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
+    QString result;
+    for (qsizetype start = 0; start < text.size();) {
+        const qsizetype next = finder.toNextBoundary();
+        const qsizetype end = next < 0 ? text.size() : next;
+        result += metrics.elidedText(text.mid(start, end - start), mode, PageWidth - Edges);
+        start = end;
+    }
+    return result;
+}
+
+/// The font of a page's title, which is larger by a step than the rest.
+QFont pageTitleFont(QFont font)
+{
+    constexpr double Step = 1.2;
+    font.setPixelSize(qRound(QFontInfo(font).pixelSize() * Step));
+    font.setBold(true);
+    return font;
+}
+
+/// An answer in half of the bar.
+QString answerText(const QString& text, const QFont& font)
+{
+    constexpr int Edges = 8;
+    return QFontMetrics(font).elidedText(text, Qt::ElideRight, PageWidth / 2 - Edges);
+}
 
 QString keyCell(const QString& text)
 {
@@ -89,18 +126,14 @@ TextInput::TextInput(const QString& programFolder)
     label->setTextInteractionFlags(Qt::NoTextInteraction);
     label->setAlignment(Qt::AlignTop);
     label->setAutoFillBackground(true);
+    const ZTheme& theme = ZTheme::current();
     QPalette colours = label->palette();
-    colours.setColor(QPalette::Window, Qt::white);
-    colours.setColor(QPalette::WindowText, Qt::black);
+    colours.setColor(QPalette::Window, theme.ground);
+    colours.setColor(QPalette::WindowText, theme.text);
     label->setPalette(colours);
     view_->setWidget(label);
     edit = new ZMultiLineEdit(label, false, 1, "ZLineEdit");
     edit->setFixedWidth(FieldWidth);
-    QPalette fieldColours = edit->palette();
-    const ZSkinService::Look& look = ZSkinService::look(ZSkinService::clsListBox);
-    fieldColours.setColor(QPalette::Highlight, look.highlight);
-    fieldColours.setColor(QPalette::HighlightedText, look.highlightText);
-    edit->setPalette(fieldColours);
 }
 
 void TextInput::Init()
@@ -114,8 +147,9 @@ void TextInput::Init()
     menu->insertItem(pasteText, nullptr, icon, true, PasteItem, PasteItem);
     menu->connectItem(CopyItem, this, "Copy()");
     menu->connectItem(PasteItem, this, "Paste()");
-    keyBarHtml = QStringLiteral("<br><br><br>") + blackTable() + keyCell(yesText) +
-                 keyCell(noText) + QStringLiteral("</tr></table>");
+    keyBarHtml = QStringLiteral("<br><br><br>") + blackTable() +
+                 keyCell(answerText(yesText, font())) + keyCell(answerText(noText, font())) +
+                 QStringLiteral("</tr></table>");
 }
 
 QString TextInput::titleHtml(const QString& title, const QString& icon) const
@@ -124,7 +158,8 @@ QString TextInput::titleHtml(const QString& title, const QString& icon) const
                               ? QString()
                               : QStringLiteral("<img src=%1 ><br>").arg(unquoted(progDir + icon));
     return blackTable() + QStringLiteral("<td align=\"center\" >") + image +
-           QStringLiteral("<font size=\"4\" color=\"#eeeeee\"><b>") + title.toHtmlEscaped() +
+           QStringLiteral("<font size=\"4\" color=\"#eeeeee\"><b>") +
+           withFittingParts(title, pageTitleFont(font()), Qt::ElideRight).toHtmlEscaped() +
            QStringLiteral("</b></font></td></tr></table>");
 }
 
@@ -137,7 +172,8 @@ int TextInput::showText(const QString& title, const QString& prompt, const QStri
     edit->selectAll();
     // A name may hold anything; it must be shown and not be taken for markup.
     layOut(titleHtml(title, icon) + QStringLiteral("<p align=\"center\" >") +
-           withMarks(prompt).toHtmlEscaped() + QStringLiteral("</p>"));
+           withFittingParts(withMarks(prompt), font(), Qt::ElideMiddle).toHtmlEscaped() +
+           QStringLiteral("</p>"));
     show();
     edit->setFocus();
     // Of a page that is too high the field and the answers must be seen.
@@ -195,7 +231,7 @@ void TextInput::finish(bool confirmed)
 void TextInput::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    painter.setPen(Qt::black);
+    painter.setPen(ZTheme::current().outline);
     painter.drawRect(view_->geometry().adjusted(-1, -1, 0, 0));
 }
 

@@ -3,6 +3,7 @@
 #include "files/paths.h"
 #include "platform/shownname.h"
 #include "platform/zskinservice.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QPainter>
 #include <QTextOption>
@@ -17,7 +18,7 @@ QString kindOf(const QString& file)
     constexpr qsizetype Longest = 16;
     const QString suffix = suffixOf(file);
     if (suffix.isEmpty())
-        return QStringLiteral("this file");
+        return pluginTexts().thisFile;
     const QString shown = suffix.size() > Longest ? suffix.left(Longest) + QChar(0x2026) : suffix;
     return QLatin1Char('.') + withMarks(shown);
 }
@@ -26,12 +27,11 @@ QString problemOf(const QString& file, Handover outcome)
 {
     switch (outcome) {
     case Handover::NoFile:
-        return file.isEmpty() ? QStringLiteral("No file was given")
-                              : QStringLiteral("There is no such file");
+        return file.isEmpty() ? pluginTexts().noFile : pluginTexts().noSuchFile;
     case Handover::Failed:
-        return QStringLiteral("The program for %1 has failed").arg(kindOf(file));
+        return pluginTexts().programFailed.arg(kindOf(file));
     default:
-        return QStringLiteral("No program for %1").arg(kindOf(file));
+        return pluginTexts().noProgram.arg(kindOf(file));
     }
 }
 
@@ -39,12 +39,11 @@ QString adviceFor(Handover outcome)
 {
     switch (outcome) {
     case Handover::NoOpener:
-        return QStringLiteral("Programs of the desktop are found with xdg-open, which is not "
-                              "installed. Install xdg-utils.");
+        return pluginTexts().noOpener;
     case Handover::NoProgram:
-        return QStringLiteral("Install one, or choose another way with Open with.");
+        return pluginTexts().installProgram;
     case Handover::Failed:
-        return QStringLiteral("Choose another way with Open with.");
+        return pluginTexts().anotherWay;
     default:
         return {};
     }

@@ -3,6 +3,7 @@
 #include "files/entry.h"
 #include "files/names.h"
 #include "files/paths.h"
+#include "plugins/support/plugintexts.h"
 #include "plugins/support/regularopen.h"
 
 #include <QFile>
@@ -62,12 +63,12 @@ QString problemOf(const QString& path)
 {
     const EntryInfo info(path);
     if (path.isEmpty())
-        return QStringLiteral("No file was given.");
+        return pluginTexts().noFile;
     if (!info.exists())
-        return QStringLiteral("There is no such file.");
+        return pluginTexts().noSuchFile;
     if (info.isFolder())
-        return QStringLiteral("This is a folder.");
-    return info.isFile() ? QString() : QStringLiteral("This is not a regular file.");
+        return pluginTexts().isFolder;
+    return info.isFile() ? QString() : pluginTexts().notRegular;
 }
 
 QString folderOf(const QString& file)
@@ -102,7 +103,7 @@ Command Command::forFile(const QString& path)
         command.program = QStringLiteral("sh");
         command.arguments.append(file);
     } else {
-        command.problem = QStringLiteral("This file is not executable.");
+        command.problem = pluginTexts().notExecutable;
     }
     return command;
 }

@@ -2,6 +2,7 @@
 
 #include "files/paths.h"
 #include "plugins/execute/runningprogram.h"
+#include "plugins/support/plugintexts.h"
 #include "plugins/support/textpane.h"
 
 #include <QVBoxLayout>
@@ -13,14 +14,11 @@ namespace
 /// the time. Milliseconds.
 constexpr int RedrawInterval = 80;
 
-constexpr QLatin1String Running("Running...");
-constexpr QLatin1String Stopping("Stopping...");
-
 QString wordsFor(const ProgramEnd& end)
 {
     if (!end.bySignal)
-        return QStringLiteral("Exit code %1").arg(end.code);
-    return end.asWished ? QStringLiteral("Stopped") : QStringLiteral("Signal %1").arg(end.code);
+        return pluginTexts().exitCode.arg(end.code);
+    return end.asWished ? pluginTexts().programStopped : pluginTexts().endedBySignal.arg(end.code);
 }
 
 } // namespace
@@ -57,9 +55,9 @@ ExecuteWindow::~ExecuteWindow()
 void ExecuteWindow::start()
 {
     output_.clear();
-    pane_->setNotice(QStringLiteral("No output yet."));
-    showState(Running);
-    setSoftKeyTexts(QStringLiteral("Stop"), QStringLiteral("Exit"));
+    pane_->setNotice(pluginTexts().noOutputYet);
+    showState(pluginTexts().running);
+    setSoftKeyTexts(pluginTexts().stop, pluginTexts().exit);
     program_->start(command_);
 }
 
@@ -70,7 +68,7 @@ void ExecuteWindow::end()
         return;
     }
     ending_ = true;
-    showState(Stopping);
+    showState(pluginTexts().stopping);
     program_->stop();
 }
 
@@ -88,7 +86,7 @@ void ExecuteWindow::leftSoftKey()
         start();
         return;
     }
-    showState(Stopping);
+    showState(pluginTexts().stopping);
     program_->stop();
 }
 
@@ -101,13 +99,13 @@ void ExecuteWindow::outputCame(const QByteArray& bytes)
 
 void ExecuteWindow::programEnded(const ProgramEnd& end)
 {
-    showEnd(wordsFor(end), QStringLiteral("There was no output."));
+    showEnd(wordsFor(end), pluginTexts().noOutput);
 }
 
 void ExecuteWindow::programFailed(const QString& problem)
 {
     const QString program = lastPart(command_.program);
-    showEnd(QString(), QStringLiteral("Cannot run %1: %2").arg(program, problem));
+    showEnd(QString(), pluginTexts().cannotRun.arg(program, problem));
 }
 
 void ExecuteWindow::showEnd(const QString& state, const QString& notice)
@@ -119,7 +117,7 @@ void ExecuteWindow::showEnd(const QString& state, const QString& notice)
     redraw_.stop();
     pane_->setNotice(notice);
     showState(state);
-    setSoftKeyTexts(QStringLiteral("Again"), QStringLiteral("Exit"));
+    setSoftKeyTexts(pluginTexts().again, pluginTexts().exit);
 }
 
 void ExecuteWindow::showState(const QString& state)

@@ -2,6 +2,7 @@
 #include "plugins/lyraplayer/player.h"
 #include "plugins/lyraplayer/playerwindow.h"
 #include "plugins/support/pluginapp.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QDeadlineTimer>
 
@@ -29,11 +30,11 @@ void openTracks(Player& player, const QString& path)
     const std::optional<Tracks> tracks = path.isEmpty() ? Tracks() : tracksOf(path);
     player.setTracks(tracks.value_or(Tracks()));
     if (path.isEmpty())
-        player.say(QStringLiteral("Choose some music in the file manager."));
+        player.say(pluginTexts().chooseMusic);
     else if (!tracks)
-        player.say(QStringLiteral("The list cannot be read: ") + path);
+        player.say(pluginTexts().listUnreadable.arg(path));
     else if (tracks->isEmpty())
-        player.say(QStringLiteral("There is no music in this list."));
+        player.say(pluginTexts().listEmpty);
 }
 
 } // namespace

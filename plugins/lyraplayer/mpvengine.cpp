@@ -1,6 +1,7 @@
 #include "plugins/lyraplayer/mpvengine.h"
 
 #include "plugins/lyraplayer/tags.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -19,6 +20,17 @@ namespace
 constexpr int PauseObserver = 1;
 // mpv's own text of the one error that is no fault of the track.
 const QLatin1String OutputError("audio output initialization failed");
+/// What mpv says of a track that it does not play, in the user's language as far as it is known.
+QString reasonText(const QString& error)
+{
+    const PluginTexts& texts = pluginTexts();
+    if (error.isEmpty() || error == QLatin1String("no audio or video data played"))
+        return texts.nothingToPlay;
+    if (error == QLatin1String("unrecognized file format"))
+        return texts.unknownFormat;
+    return error == QLatin1String("loading failed") ? texts.loadingFailed : error;
+}
+
 // No message that is of interest comes near this.
 constexpr qint64 MaxLineBytes = 4 * 1024 * 1024;
 
@@ -52,8 +64,7 @@ MpvEngine::MpvEngine(Settings settings, QObject* parent)
 {
     answerTimer_.setSingleShot(true);
     answerTimer_.setInterval(settings_.answerTimeoutMs);
-    connect(&answerTimer_, &QTimer::timeout, this,
-            [this] { fail(QStringLiteral("mpv does not answer.")); });
+    connect(&answerTimer_, &QTimer::timeout, this, [this] { fail(pluginTexts().mpvNoAnswer); });
 }
 
 MpvEngine::~MpvEngine()
@@ -90,7 +101,7 @@ bool MpvEngine::start()
 {
     int ends[2] = {-1, -1};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-        fail(QStringLiteral("No connection to mpv can be made."));
+        fail(pluginTexts().mpvNoConnection);
         return false;
     }
     socket_ = new QLocalSocket(this);
@@ -123,11 +134,10 @@ void MpvEngine::startProcess(int descriptor)
         process_, &QProcess::errorOccurred, this,
         [failOnce](QProcess::ProcessError error) {
             if (error == QProcess::FailedToStart)
-                failOnce(QStringLiteral("mpv, which plays the music, cannot be started. "
-                                        "Is it installed?"));
+                failOnce(pluginTexts().mpvNotStarted);
         },
         Qt::QueuedConnection);
-    const auto over = [failOnce] { failOnce(QStringLiteral("mpv has ended unexpectedly.")); };
+    const auto over = [failOnce] { failOnce(pluginTexts().mpvEnded); };
     connect(process_, &QProcess::finished, this, over, Qt::QueuedConnection);
     // One that could not be started has no connection either; that is told otherwise.
     const auto left = [this, over] {
@@ -195,7 +205,7 @@ void MpvEngine::load(const QByteArray& track)
              const qint64 entry =
                  data.toObject().value(QLatin1String("playlist_entry_id")).toInteger(-1);
              if (entry < 0)
-                 fail(QStringLiteral("This mpv is too old."));
+                 fail(pluginTexts().mpvTooOld);
              else if (load == loads_)
                  firstEntry_ = entry_ = entry;
          });
@@ -335,9 +345,9 @@ void MpvEngine::trackEnded(const QJsonObject& event)
     if (reason == QLatin1String("eof"))
         emit ended();
     else if (error == OutputError)
-        emit noOutput(error);
+        emit noOutput(pluginTexts().noAudioOutput);
     else if (reason == QLatin1String("error") || reason == QLatin1String("redirect"))
-        emit unplayable(error.isEmpty() ? QStringLiteral("nothing to play in it") : error);
+        emit unplayable(reasonText(error));
 }
 
 void MpvEngine::trackLoaded()

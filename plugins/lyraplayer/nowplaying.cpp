@@ -4,6 +4,7 @@
 #include "platform/zskinservice.h"
 #include "plugins/lyraplayer/glyphs.h"
 #include "plugins/lyraplayer/player.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -38,14 +39,19 @@ QString stateText(const Player& player)
         return QString();
     switch (player.state()) {
     case Player::Opening:
-        return QStringLiteral("Opening...");
+        return pluginTexts().opening;
     case Player::Playing:
-        return QStringLiteral("Playing");
+        return pluginTexts().playing;
     case Player::Paused:
-        return QStringLiteral("Paused");
+        return pluginTexts().paused;
     default:
-        return QStringLiteral("Stopped");
+        return pluginTexts().stopped;
     }
+}
+
+QString oneLine(const QPainter& painter, const QString& text, int width)
+{
+    return painter.fontMetrics().elidedText(text.simplified(), Qt::ElideRight, width);
 }
 
 /// The lines that a text takes in a font, at most two, the last cut off if it needs more.
@@ -129,7 +135,7 @@ QList<NowPlaying::Text> NowPlaying::texts() const
         return Text{brokenLines(words, itsFont, inner), itsFont, colour};
     };
     const TrackInfo& track = player_.track();
-    const QString title = player_.count() > 0 ? player_.title() : QStringLiteral("No music");
+    const QString title = player_.count() > 0 ? player_.title() : pluginTexts().noMusic;
     Text album = text(track.album, SmallText, Light, skin().secondaryText);
     if (album.lines.size() > 1)
         album.lines = {QFontMetrics(album.font)
@@ -218,13 +224,16 @@ void NowPlaying::paintHead(QPainter& painter, const QRect& area) const
 {
     painter.setFont(ZSkinService::font(font().family(), SmallText, Light));
     painter.setPen(skin().secondaryText);
-    painter.drawText(area, int(Qt::AlignLeft | Qt::AlignVCenter), stateText(player_));
+    // Each has a third of the line.
+    const int room = area.width() / 3;
+    painter.drawText(area, int(Qt::AlignLeft | Qt::AlignVCenter),
+                     oneLine(painter, stateText(player_), room));
     if (player_.count() == 0)
         return;
     painter.drawText(area, int(Qt::AlignRight | Qt::AlignVCenter),
                      QStringLiteral("%1 / %2").arg(player_.current() + 1).arg(player_.count()));
     painter.setPen(skin().disabledText);
-    painter.drawText(area, Qt::AlignCenter, QStringLiteral("OK: list"));
+    painter.drawText(area, Qt::AlignCenter, oneLine(painter, pluginTexts().okForList, room));
 }
 
 void NowPlaying::paintTexts(QPainter& painter, const QRect& area, const QList<Text>& texts)

@@ -1,11 +1,12 @@
 #include "plugins/lyraplayer/player.h"
 
 #include "plugins/lyraplayer/tracknames.h"
+#include "plugins/support/fileproblem.h"
+#include "plugins/support/plugintexts.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <sys/stat.h>
 #include <utility>
 
@@ -19,8 +20,8 @@ QString whyNotAFile(const QByteArray& track)
         return {};
     struct stat about = {};
     if (::stat(track.constData(), &about) != 0)
-        return QString::fromLocal8Bit(std::strerror(errno));
-    return S_ISREG(about.st_mode) ? QString() : QStringLiteral("not a file");
+        return fileProblem(errno);
+    return S_ISREG(about.st_mode) ? QString() : pluginTexts().notAFile;
 }
 
 /// A name that leaves room for what is to be said about it.
@@ -55,7 +56,7 @@ Player::Player(MpvEngine::Settings settings, QObject* parent)
     connect(&engine_, &MpvEngine::ended, this, &Player::trackIsOver);
     connect(&engine_, &MpvEngine::unplayable, this, &Player::skip);
     connect(&engine_, &MpvEngine::noOutput, this, [this](const QString& reason) {
-        message_ = QStringLiteral("No sound: ") + reason;
+        message_ = pluginTexts().noSound.arg(reason);
         setState(Stopped);
     });
     connect(&engine_, &MpvEngine::failed, this, &Player::engineFailed);
@@ -140,9 +141,10 @@ void Player::stop()
 void Player::skip(const QString& reason)
 {
     ++skipped_;
-    const QString what = skipped_ == 1 ? QStringLiteral("Skipped")
-                                       : QStringLiteral("Skipped %1 tracks:").arg(skipped_);
-    message_ = QStringLiteral("%1 %2: %3").arg(what, shortened(nameOf(current_)), reason);
+    const QString name = shortened(nameOf(current_));
+    message_ = skipped_ == 1
+                   ? pluginTexts().skipped.arg(name, reason)
+                   : pluginTexts().skippedTracks.arg(QString::number(skipped_), name, reason);
     const int track = current_ + direction_;
     if (track >= 0 && track < count()) {
         open(track);
@@ -199,7 +201,7 @@ void Player::next()
     if (current_ + 1 < count())
         play(current_ + 1);
     else
-        say(QStringLiteral("This is the last track."));
+        say(pluginTexts().lastTrack);
 }
 
 void Player::previous()

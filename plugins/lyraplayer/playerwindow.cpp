@@ -10,6 +10,7 @@
 #include "plugins/lyraplayer/player.h"
 #include "plugins/lyraplayer/tracknames.h"
 #include "plugins/lyraplayer/trackreader.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QPainter>
 #include <QStackedWidget>
@@ -21,8 +22,8 @@ namespace
 {
 
 constexpr int MarkSize = 14;
-/// The list is as dark as the page of the track that plays.
-constexpr unsigned ListClass = ZSkinService::clsMainWidget;
+/// As dark as the page of the track that plays.
+constexpr unsigned ListClass = ZSkinService::clsDarkListBox;
 
 QPixmap emptyMark(double density)
 {
@@ -147,9 +148,9 @@ void PlayerWindow::showState()
 {
     const bool pauses = player_.isPlaying() && !isOnAnotherTrack();
     const QString left = player_.count() == 0 ? QString()
-                         : pauses             ? QStringLiteral("Pause")
-                                              : QStringLiteral("Play");
-    setSoftKeyTexts(left, showsList() ? QStringLiteral("Back") : QStringLiteral("Exit"));
+                         : pauses             ? pluginTexts().pause
+                                              : pluginTexts().play;
+    setSoftKeyTexts(left, showsList() ? pluginTexts().back : pluginTexts().exit);
     message_->setText(player_.message());
 }
 

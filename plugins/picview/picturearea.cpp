@@ -3,6 +3,7 @@
 #include "files/regularfile.h"
 #include "platform/zskinservice.h"
 #include "plugins/support/notice.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QMouseEvent>
 #include <QMovie>
@@ -209,7 +210,7 @@ void PictureArea::paintEvent(QPaintEvent* /*event*/)
     else if (!picture_.problem.isEmpty())
         paintNotice(painter, rect(), picture_.problem);
     if (loading_ && !patience_.isActive())
-        paintWords(painter, QStringLiteral("Loading.."));
+        paintWords(painter, pluginTexts().loading);
     else if (!words_.isEmpty())
         paintWords(painter, words_);
 }

@@ -4,6 +4,7 @@
 #include "plugins/picview/picturearea.h"
 #include "plugins/picview/pictureloader.h"
 #include "plugins/picview/slideshow.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QVBoxLayout>
 
@@ -203,12 +204,12 @@ void PictureWindow::switchFilling()
 void PictureWindow::startSlideShow()
 {
     if (pictures_.count() < 2) {
-        area_->say(QStringLiteral("The only picture here"));
+        area_->say(pluginTexts().onlyPicture);
         return;
     }
     setWholeScreen(true);
     slideShow_->start();
-    area_->say(QStringLiteral("Slide show"));
+    area_->say(pluginTexts().slideShow);
 }
 
 /// Whether there was one.
@@ -259,7 +260,7 @@ void PictureWindow::placeChanged()
         loadDetail();
     const bool fitted = area_->place().isFitted();
     setSoftKeyTexts(!area_->problem().isEmpty() ? QString()
-                    : fitted                    ? QStringLiteral("Zoom")
-                                                : QStringLiteral("Fit"),
-                    QStringLiteral("Exit"));
+                    : fitted                    ? pluginTexts().zoom
+                                                : pluginTexts().fit,
+                    pluginTexts().exit);
 }

@@ -1,5 +1,7 @@
 #include "plugins/support/notice.h"
 
+#include "platform/shownname.h"
+
 #include <QPainter>
 #include <QTextOption>
 
@@ -9,5 +11,6 @@ void paintNotice(QPainter& painter, const QRect& area, const QString& text)
     QTextOption option(Qt::AlignCenter);
     // File names are long words.
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    painter.drawText(QRectF(area.adjusted(Margin, Margin, -Margin, -Margin)), text, option);
+    painter.drawText(QRectF(area.adjusted(Margin, Margin, -Margin, -Margin)), withMarks(text),
+                     option);
 }

@@ -1,6 +1,7 @@
 #include "plugins/support/picture.h"
 
 #include "platform/smoothpicture.h"
+#include "plugins/support/plugintexts.h"
 #include "plugins/support/regularopen.h"
 
 #include <QFile>
@@ -39,9 +40,8 @@ qint64 pixels(QSize size)
 
 QString tooLarge(QSize size)
 {
-    return QStringLiteral("The picture is too large: %1 x %2 pixels.")
-        .arg(size.width())
-        .arg(size.height());
+    return pluginTexts().pictureTooLarge.arg(QString::number(size.width()),
+                                             QString::number(size.height()));
 }
 
 QSize largestSensible(QSize size)
@@ -69,8 +69,8 @@ QSize turned(QSize size, int quarterTurns)
 QString problemOf(const QImageReader& reader)
 {
     if (reader.error() == QImageReader::UnsupportedFormatError)
-        return QStringLiteral("This is not a picture of a known kind.");
-    return QStringLiteral("The picture is damaged or too large.");
+        return pluginTexts().notAPicture;
+    return pluginTexts().pictureDamaged;
 }
 
 Picture withProblem(const QString& problem)
@@ -141,9 +141,9 @@ Picture readPicture(const QString& path, const PictureWish& wish,
 Picture readPicture(QIODevice& device, const PictureWish& wish)
 {
     if (device.size() == 0)
-        return withProblem(QStringLiteral("The file is empty."));
+        return withProblem(pluginTexts().fileEmpty);
     if (device.size() > MaxPictureBytes)
-        return withProblem(QStringLiteral("The file is too large for a picture."));
+        return withProblem(pluginTexts().pictureFileTooLarge);
     QImageReader::setAllocationLimit(DecodingMegabytes);
     QImageReader reader(&device);
     reader.setDecideFormatFromContent(true);

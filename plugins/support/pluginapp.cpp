@@ -8,6 +8,9 @@
 #include "platform/qdiskfont.h"
 #include "platform/regularfile.h"
 #include "platform/zscreen.h"
+#include "platform/ztheme.h"
+#include "plugins/support/pluginsettings.h"
+#include "plugins/support/plugintexts.h"
 #include "plugins/support/pluginwindow.h"
 
 #include <QGuiApplication>
@@ -59,6 +62,10 @@ PluginApp::PluginApp(int argc, char** argv, const QString& title)
     qunsetenv(ProgramNames::PlaceVariable);
     pluginFolder_ = folderPart(linkText(QStringLiteral("/proc/self/exe")));
     workFolder_ = folderAbove(folderAbove(pluginFolder_));
+    settings_ = readPluginSettings(workFolder_ + QStringLiteral("fm.cfg"));
+    ZTheme::choose(settings_.theme == 1 ? ZTheme::Dark : ZTheme::Light);
+    loadPluginTexts(workFolder_ + QStringLiteral("lang/") + settings_.language +
+                    QStringLiteral(".lang"));
     registerFont(workFolder_ + QStringLiteral("res/font.ttf"));
     KeyMap::instance().load(workFolder_ + QStringLiteral("keymap.cfg"));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/zapplication.h"
+#include "plugins/support/pluginsettings.h"
 
 #include <QString>
 
@@ -10,7 +11,7 @@ class PluginWindow;
 /// shell "NAME FILE" does too.
 ///
 /// The work folder is found from where the executable lies (<work folder>/plugins/NAME/NAME). Its
-/// font and key map serve the plugin as they serve the file manager.
+/// font, key map, language and theme serve the plugin as they serve the file manager.
 class PluginApp : public ZApplication
 {
     Q_OBJECT
@@ -28,6 +29,8 @@ public:
     const QString& workFolder() const { return workFolder_; }
     /// The plugin's own folder; ends with "/".
     const QString& pluginFolder() const { return pluginFolder_; }
+    /// Those of the work folder.
+    const PluginSettings& settings() const { return settings_; }
 
     /// Shows the window and runs until it is ended or closed. Returns the exit status.
     int run(PluginWindow& window);
@@ -36,4 +39,5 @@ private:
     QString file_;
     QString workFolder_;
     QString pluginFolder_;
+    PluginSettings settings_;
 };

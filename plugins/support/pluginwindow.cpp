@@ -7,6 +7,7 @@
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
+#include "plugins/support/plugintexts.h"
 
 #include <QApplication>
 #include <QFontMetrics>
@@ -21,7 +22,7 @@ PluginWindow::PluginWindow(const QString& title)
     qApp->installEventFilter(this);
     setMainWidgetTitle(title);
     setSoftKey(softKey_);
-    setSoftKeyTexts(QString(), QStringLiteral("Exit"));
+    setSoftKeyTexts(QString(), pluginTexts().exit);
     connect(softKey_, &ZSoftKey::pressed, this, [this](int key) {
         if (key == ZSoftKey::Right)
             rightSoftKey();
@@ -41,12 +42,11 @@ void PluginWindow::setSoftKeyTexts(const QString& left, const QString& right)
 void PluginWindow::showTitle(const QString& name, const QString& detail)
 {
     constexpr int Margins = 16;
-    QFont bold = font();
-    bold.setPixelSize(14);
-    bold.setWeight(QFont::Bold);
-    const QFontMetrics metrics(bold);
-    const QString end = detail.isEmpty() ? QString() : QStringLiteral("  ") + detail;
-    const int room = ZScreen::Width - Margins - metrics.horizontalAdvance(end);
+    const QFontMetrics metrics(titleFont(font()));
+    const int width = ZScreen::Width - Margins;
+    const QString shown = metrics.elidedText(detail, Qt::ElideRight, width * 2 / 3);
+    const QString end = shown.isEmpty() ? QString() : QStringLiteral("  ") + shown;
+    const int room = width - metrics.horizontalAdvance(end);
     setMainWidgetTitle(metrics.elidedText(ZListRowPainter::visibleText(name), Qt::ElideMiddle, room,
                                           Qt::TextSingleLine) +
                        end);

@@ -16,7 +16,6 @@ namespace
 constexpr int SideMargin = 3;
 constexpr int TopMargin = 2;
 constexpr int SidewaysStep = 80;
-constexpr int ShortestBar = 12;
 constexpr int WheelRows = 3;
 /// A notch of a wheel, in eighths of a degree.
 constexpr int WheelNotch = 120;
@@ -307,11 +306,12 @@ void TextPane::paintBar(QPainter& painter) const
     if (whole <= shown)
         return;
     const double scale = double(height()) / double(whole);
-    const int length = std::clamp(int(double(shown) * scale), ShortestBar, height());
+    const int length =
+        std::min(std::max(int(double(shown) * scale), ZSkinService::ScrollThumbLength), height());
     const int y = isAtEnd()
                       ? height() - length
                       : std::min(int(double(top_ - source_.begin()) * scale), height() - length);
     const auto& look = ZSkinService::look(ZSkinService::clsListBox);
-    painter.fillRect(width() - ZSkinService::ScrollBarWidth, std::max(y, 0),
-                     ZSkinService::ScrollBarWidth, length, look.disabledText);
+    painter.fillRect(width() - ZSkinService::ScrollThumbWidth, std::max(y, 0),
+                     ZSkinService::ScrollThumbWidth, length, look.thumb);
 }

@@ -1,6 +1,7 @@
 #include "plugins/textview/textwindow.h"
 
 #include "files/paths.h"
+#include "plugins/support/plugintexts.h"
 #include "plugins/support/textpane.h"
 
 #include <QVBoxLayout>
@@ -13,7 +14,7 @@ TextWindow::TextWindow(const QString& path)
     contentLayout()->addWidget(pane_);
     QString problem;
     opened_ = file_.open(path, problem);
-    pane_->setNotice(opened_ ? QStringLiteral("The file is empty.") : problem, !opened_);
+    pane_->setNotice(opened_ ? pluginTexts().fileEmpty : problem, !opened_);
     connect(pane_, &TextPane::moved, this, &TextWindow::updateTexts);
     updateTexts();
 }
@@ -36,12 +37,12 @@ void TextWindow::leftSoftKey()
 
 void TextWindow::updateTexts()
 {
+    const PluginTexts& texts = pluginTexts();
     if (pane_->rows().isEmpty()) {
         showTitle(name_.isEmpty() ? QStringLiteral("TextView") : name_, QString());
-        setSoftKeyTexts(QString(), QStringLiteral("Exit"));
+        setSoftKeyTexts(QString(), texts.exit);
         return;
     }
     showTitle(name_, QStringLiteral("%1%").arg(pane_->percent()));
-    setSoftKeyTexts(pane_->isWrapping() ? QStringLiteral("Long lines") : QStringLiteral("Wrap"),
-                    QStringLiteral("Exit"));
+    setSoftKeyTexts(pane_->isWrapping() ? texts.longLines : texts.wrapLines, texts.exit);
 }

@@ -208,10 +208,11 @@ class Program(Watched):
     """One running copy of the program with a work folder, home and runtime folder of its own.
 
     It must be stopped; stop() also fails if a process that it started is still there. Unless
-    `player` says so the music player is not installed, and its keys give a message."""
+    `player` says so the music player is not installed, and its keys give a message. What the group
+    Extras of the settings switches is off unless `extras` has it."""
 
     def __init__(self, display, folder=None, second_folder="/", settings=None, name="work",
-                 player=False):
+                 player=False, extras=None):
         self.display = display
         self.base = pathlib.Path(tempfile.mkdtemp(prefix="q"))
         self.stage = self.base / name
@@ -225,6 +226,7 @@ class Program(Watched):
         self.settings = {"Work_folder": f"{self.stage}/", "Start_path_tab1": folder or self.home,
                          "Start_path_tab2": second_folder, "Language": "english",
                          "Full_screen": 0, "Header_type": 3, "Full_info": 1, **(settings or {})}
+        self.extras = extras or {}
         self.write_settings()
         self.environment = {**display.environment(), "HOME": str(self.home), "QUARN_SCALE": "1",
                             "XDG_RUNTIME_DIR": str(self.runtime), "QT_QPA_PLATFORM": "xcb"}
@@ -240,9 +242,14 @@ class Program(Watched):
         self.place = None
 
     def write_settings(self):
-        text = "".join(f"{key} = {value}\n" for key, value in self.settings.items()
-                       if value is not None)
-        (self.stage / "fm.cfg").write_text(f"[Setting]\n{text}")
+        def lines(group):
+            return "".join(f"{key} = {value}\n" for key, value in group.items()
+                           if value is not None)
+
+        text = f"[Setting]\n{lines(self.settings)}"
+        if self.extras:
+            text += f"[Extras]\n{lines(self.extras)}"
+        (self.stage / "fm.cfg").write_text(text)
 
     # Starting and ending.
 

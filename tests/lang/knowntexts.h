@@ -64,4 +64,9 @@ inline const KnownText KnownTexts[] = {
     {"ENTER_DIRNAME", &LANG_ENTER_DIRNAME, "Enter Dirname:"},
     {"RENAME_DIREXIST", &LANG_RENAME_DIREXISTS, "A dir with that name already exists.."},
     {"EXIT_SURE", &LANG_EXIT_SURE, "Are you sure want exit Quarn?"},
+    {"MARKED", &LANG_MARKED, "%1 marked"},
+    {"TO_COPY", &LANG_TO_COPY, "%1 to copy"},
+    {"TO_MOVE", &LANG_TO_MOVE, "%1 to move"},
+    {"NO_ENTRIES", &LANG_NO_ENTRIES, "No entries"},
+    {"CANNOT_READ", &LANG_CANNOT_READ, "Cannot be read"},
 };

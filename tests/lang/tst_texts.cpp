@@ -22,6 +22,8 @@ private slots:
     void allTextsOfAFileAreTaken();
     void folderExistsKeyWithAnSAtTheEndIsNoKey();
     void exitQuestionNamesTheProgram();
+    void numberTakesItsPlace_data();
+    void numberTakesItsPlace();
     void valueIsUsedAsItIs_data();
     void valueIsUsedAsItIs();
     void emptyValueIsTheEmptyText();
@@ -142,6 +144,29 @@ void tst_Texts::exitQuestionNamesTheProgram()
 {
     load({});
     QCOMPARE(LANG_EXIT_SURE, QString("Are you sure want exit Quarn?"));
+}
+
+void tst_Texts::numberTakesItsPlace_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("with");
+    QTest::newRow("first") << "%1 marked"
+                           << "12 marked";
+    QTest::newRow("last") << QString::fromUtf8("Отмечено: %1") << QString::fromUtf8("Отмечено: 12");
+    QTest::newRow("none") << "marked"
+                          << "marked";
+    QTest::newRow("other places") << "%2 of %%1"
+                                  << "%2 of %12";
+    QTest::newRow("empty") << ""
+                           << "";
+}
+
+void tst_Texts::numberTakesItsPlace()
+{
+    QFETCH(QString, text);
+    const DebugLines lines;
+    QTEST(withNumber(text, 12), "with");
+    QCOMPARE(lines.all(), QStringList());
 }
 
 void tst_Texts::valueIsUsedAsItIs_data()

@@ -3,6 +3,7 @@
 #include "platform/zoptionsmenu.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
+#include "tests/support/drawntexts.h"
 #include "tests/support/keys.h"
 #include "tests/support/testmain.h"
 
@@ -174,6 +175,25 @@ private slots:
         QCOMPARE(pictureOf(main).size(), QSize(240, 320));
         QCOMPARE(textColumns(pictureOf(main)).first < 0, title.isEmpty());
         QCOMPARE(main.geometry(), QRect(0, 0, 240, 320));
+    }
+
+    void titleThatIsTooLongEndsInAnEllipsis_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::newRow("left") << int(ZMainWidget::TitleLeft);
+        QTest::newRow("underlined") << int(ZMainWidget::TitleUnderlined);
+    }
+
+    void titleThatIsTooLongEndsInAnEllipsis()
+    {
+        QFETCH(int, type);
+        ZMainWidget main(type, nullptr, "Main", {});
+        main.show();
+        main.setMainWidgetTitle(QString(100, 'W'));
+        const QList<DrawnText> drawn = textsDrawnBy(main);
+        QCOMPARE(drawn.size(), 1);
+        QVERIFY(drawn.first().text.endsWith(QChar(0x2026)));
+        QCOMPARE(misplaced(drawn, main.rect()), QString());
     }
 
     void softKeyWorksWhereverTheFocusIs_data()

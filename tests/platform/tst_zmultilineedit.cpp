@@ -222,6 +222,9 @@ private slots:
         QTest::newRow("byte that is no text") << QChar(0xdc80);
         QTest::newRow("last byte") << QChar(0xdcff);
         QTest::newRow("byte-order mark") << QChar(0xfeff);
+        QTest::newRow("mark of a direction") << QChar(0x200f);
+        QTest::newRow("turn of the direction") << QChar(0x202e);
+        QTest::newRow("end of a direction") << QChar(0x2069);
     }
 
     void whatIsNoTextIsOneMarkEach()
@@ -263,6 +266,8 @@ private:
         QTest::addColumn<QString>("text");
         QTest::newRow("bytes that are no text") << QChar(0xdc80) + QString("a") + QChar(0xdcff);
         QTest::newRow("byte-order marks") << QString(2, QChar(0xfeff)) + "a" + QChar(0xfeff);
+        QTest::newRow("turns of the direction")
+            << QString("a") + QChar(0x202e) + "gpj.exe" + QChar(0x202c) + QChar(0x2066);
         QTest::newRow("both") << QString(QChar(0xfeff)) + QChar(0xdcff) + QChar(0xfeff);
         QTest::newRow("a mark behind a letter of two halves")
             << QString::fromUtf8("\xF0\x9F\x90\x80") + QChar(0xfeff);

@@ -1,6 +1,7 @@
 #include "platform/keymap.h"
 #include "platform/znavtabwidget.h"
 #include "platform/zskinservice.h"
+#include "tests/support/drawntexts.h"
 #include "tests/support/keys.h"
 #include "tests/support/mainwidget.h"
 #include "tests/support/pictures.h"
@@ -46,6 +47,20 @@ private slots:
         addPages(1);
         QTRY_COMPARE(QRect(pages_.at(0)->mapTo(tabs_, QPoint()), pages_.at(0)->size()),
                      QRect(0, ZSkinService::TabBarHeight, 240, 300 - ZSkinService::TabBarHeight));
+    }
+
+    void labelKeepsToItsTab()
+    {
+        for (const QString& label : {QString(100, 'W'), QString("short"), QString(100, 'M')}) {
+            QPixmap icon(16, 16);
+            icon.fill(Qt::red);
+            tabs_->addTab(new QWidget, icon, label);
+        }
+        const QList<DrawnText> drawn = textsDrawnBy(*tabs_);
+        QCOMPARE(drawn.size(), 3);
+        QVERIFY(isDrawn(drawn, "short"));
+        for (int i = 0; i < drawn.size(); ++i)
+            QCOMPARE(misplaced({drawn.at(i)}, QRectF(80 * i, 0, 80, 22)), QString());
     }
 
     void leftAndRightGoRound_data()
@@ -172,6 +187,10 @@ private slots:
         QCOMPARE(before.pixelColor(60, 11), QColor(Qt::red));
         QCOMPARE(before.pixelColor(180, 11), QColor(Qt::green));
         QVERIFY(before.pixel(5, 11) != before.pixel(125, 11));
+        // A line under the one in front, which tells it where both grounds are dark.
+        const QColor mark = ZSkinService::look(ZSkinService::clsNavTab).mark;
+        QCOMPARE(before.pixelColor(5, ZSkinService::TabBarHeight - 1), mark);
+        QVERIFY(before.pixelColor(125, ZSkinService::TabBarHeight - 1) != mark);
         tabs_->setCurrentPage(1);
         const QImage after = tabs_->grab().toImage();
         QCOMPARE(after.pixel(125, 11), before.pixel(5, 11));

@@ -44,7 +44,8 @@ private slots:
         const QFont font = ZSkinService::font("ZarnikFont", 14, 25, true);
         QCOMPARE(font.pixelSize(), 14);
         QCOMPARE(font.family(), QString("ZarnikFont"));
-        QCOMPARE(int(font.weight()), int(QFont::Light));
+        QCOMPARE(int(font.weight()), int(QFont::Normal));
+        QCOMPARE(int(ZSkinService::font("any", 14, 75).weight()), int(QFont::Bold));
         QVERIFY(font.italic());
         QVERIFY(!ZSkinService::font("any", 14).italic());
         QCOMPARE(ZSkinService::font("any", 0).pixelSize(), 1);

@@ -61,8 +61,7 @@ void tst_Desktop::openerGetsTheFile()
     QFETCH(QString, name);
     const ScratchFolder folder;
     folder.write(name, "content");
-    const DesktopTools tools =
-        toolsIn(folder, "printf '%s' \"$#:$1\" > \"${0%/*}/noted\"");
+    const DesktopTools tools = toolsIn(folder, "printf '%s' \"$#:$1\" > \"${0%/*}/noted\"");
     QCOMPARE(handOver(folder.path(name), tools), Handover::Done);
     QCOMPARE(QString::fromUtf8(folder.read("noted")), "1:" + folder.path(name));
 }
@@ -80,11 +79,10 @@ void tst_Desktop::failureIsTold_data()
         << QByteArray("exit 4") << QByteArray("test $2 = filetype && echo a/b")
         << Handover::NoProgram;
     QTest::newRow("somebody should have") << QByteArray("exit 4") << known << Handover::Failed;
-    QTest::newRow("ended by a signal")
-        << QByteArray("kill -KILL $$") << known << Handover::Failed;
-    QTest::newRow("long answers")
-        << QByteArray("exit 3") << QByteArray("head -c 1000000 /dev/zero | tr '\\0' x")
-        << Handover::Failed;
+    QTest::newRow("ended by a signal") << QByteArray("kill -KILL $$") << known << Handover::Failed;
+    QTest::newRow("long answers") << QByteArray("exit 3")
+                                  << QByteArray("head -c 1000000 /dev/zero | tr '\\0' x")
+                                  << Handover::Failed;
 }
 
 void tst_Desktop::failureIsTold()
@@ -134,8 +132,10 @@ void tst_Desktop::windowSaysWhatTheMatterIs_data()
     QTest::newRow("long extension")
         << "/x/a." + QString(100, 'b') << Handover::NoProgram
         << "No program for ." + QString(16, 'b') + QChar(0x2026) << "Open with";
-    QTest::newRow("no file") << "/x/a.pdf" << Handover::NoFile << "There is no such file" << "";
-    QTest::newRow("nothing") << "" << Handover::NoFile << "No file was given" << "";
+    QTest::newRow("no file") << "/x/a.pdf" << Handover::NoFile << "There is no such file."
+                             << "";
+    QTest::newRow("nothing") << "" << Handover::NoFile << "No file was given."
+                             << "";
 }
 
 void tst_Desktop::windowSaysWhatTheMatterIs()

@@ -1,3 +1,4 @@
+#include "lang/texts.h"
 #include "platform/keymap.h"
 #include "tests/platform/selfrun.h"
 #include "tests/sharing/sharetest.h"
@@ -32,6 +33,26 @@ class tst_ShareTool : public ShareTest
     Q_OBJECT
 
 private slots:
+    void screensSpeakTheLanguageOfTheProgram()
+    {
+        fixture_->files.write("a.lang", "[Language]\nBLUETOOTH = Per Funk\nSEARCHING = Suche\n"
+                                        "CANCEL = Ende\n");
+        loadTexts(fixture_->files.path("a.lang"));
+        const bool shared = fixture_->share();
+        loadTexts(QString());
+        QVERIFY(shared);
+        QCOMPARE(deviceList()->status(), QString("Suche"));
+        QCOMPARE(deviceList()->keys()->text(ZSoftKey::Right), QString("Ende"));
+        QCOMPARE(static_cast<QWidget*>(deviceList())->windowTitle(), QString("Per Funk"));
+    }
+
+    void screensAreInEnglishWithoutALanguage()
+    {
+        QVERIFY(fixture_->share());
+        QCOMPARE(deviceList()->status(), QString("Searching for devices..."));
+        QCOMPARE(deviceList()->keys()->text(ZSoftKey::Right), QString("Cancel"));
+    }
+
     void requestIsDeclinedWithoutABus_data()
     {
         QTest::addColumn<QByteArray>("systemBus");

@@ -1,10 +1,12 @@
 #include "files/names.h"
 #include "shell/settings.h"
+#include "tests/support/debuglines.h"
 #include "tests/support/testmain.h"
 #include "tests/support/unusablefiles.h"
 
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <limits>
@@ -29,6 +31,12 @@ private slots:
     void switchIsOnForAnyNumberButZero();
     void headerTypeIsTheNumberAtTheStart_data();
     void headerTypeIsTheNumberAtTheStart();
+    void everyExtraIsSwitchedByItself_data();
+    void everyExtraIsSwitchedByItself();
+    void extraThatIsNonsenseIsOffAndNamed_data();
+    void extraThatIsNonsenseIsOffAndNamed();
+    void extrasOfOtherGroupsDoNotCount();
+    void installedFileListsAllExtras();
     void keysOfOtherGroupsDoNotCount();
     void fileIsSoughtInTheFolderGiven();
     void folderWithPercentSignsIsFound();
@@ -49,6 +57,11 @@ private:
 namespace
 {
 
+Extras allExtras()
+{
+    return {true, true, 1, true};
+}
+
 /// A fresh run's settings, but none with a value that a missing key could give too.
 void spoilSettings()
 {
@@ -59,6 +72,7 @@ void spoilSettings()
     full_scr = true;
     header_type = 3;
     full_inf = true;
+    extras = allExtras();
 }
 
 struct StartValues {
@@ -69,6 +83,7 @@ struct StartValues {
     bool fullScreen = full_scr;
     int header = header_type;
     bool fullInfo = full_inf;
+    Extras more = extras;
 };
 
 const StartValues& startValues()
@@ -101,6 +116,7 @@ void tst_Settings::compareWithEmpty()
     QCOMPARE(full_scr, false);
     QCOMPARE(header_type, 0);
     QCOMPARE(full_inf, false);
+    QVERIFY(extras == Extras());
 }
 
 void tst_Settings::globalsHoldStartValuesBeforeTheFileIsRead()
@@ -112,6 +128,7 @@ void tst_Settings::globalsHoldStartValuesBeforeTheFileIsRead()
     QCOMPARE(startValues().fullScreen, true);
     QCOMPARE(startValues().header, 3);
     QCOMPARE(startValues().fullInfo, false);
+    QVERIFY(startValues().more == Extras());
 }
 
 void tst_Settings::everyKeyFillsItsSetting()
@@ -156,6 +173,7 @@ void tst_Settings::missingKeyIsEmptyNotTheStartValue_data()
     QTest::newRow("all empty") << QByteArray("[Setting]\nWork_folder =\nStart_path_tab1 =\n"
                                              "Start_path_tab2 =\nLanguage =\nFull_screen =\n"
                                              "Header_type =\nFull_info =\n");
+    QTest::newRow("extras group alone") << QByteArray("[Extras]\n");
 }
 
 void tst_Settings::missingKeyIsEmptyNotTheStartValue()
@@ -251,6 +269,79 @@ void tst_Settings::headerTypeIsTheNumberAtTheStart()
     QFETCH(QByteArray, value);
     read("[Setting]\nHeader_type = " + value + "\n");
     QTEST(header_type, "number");
+}
+
+void tst_Settings::everyExtraIsSwitchedByItself_data()
+{
+    QTest::addColumn<QByteArray>("lines");
+    QTest::addColumn<Extras>("expected");
+    QTest::newRow("none") << QByteArray("Find = 0\nStatus = 0\nTheme = 0\nMotion = 0\n")
+                          << Extras();
+    QTest::newRow("find") << QByteArray("Find = 1\n") << Extras{true, false, 0, false};
+    QTest::newRow("status") << QByteArray("Status = 1\n") << Extras{false, true, 0, false};
+    QTest::newRow("theme") << QByteArray("Theme = 1\n") << Extras{false, false, 1, false};
+    QTest::newRow("motion") << QByteArray("Motion = 1\n") << Extras{false, false, 0, true};
+    QTest::newRow("all") << QByteArray("Motion = 1\nTheme = 1\nStatus = 1\nFind = 01\n")
+                         << allExtras();
+}
+
+void tst_Settings::everyExtraIsSwitchedByItself()
+{
+    QFETCH(QByteArray, lines);
+    QFETCH(Extras, expected);
+    const DebugLines said;
+    read("[Extras]\n" + lines);
+    QVERIFY(extras == expected);
+    QCOMPARE(said.all(), QStringList());
+}
+
+void tst_Settings::extraThatIsNonsenseIsOffAndNamed_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::newRow("word") << "yes";
+    QTest::newRow("number beyond") << "2";
+    QTest::newRow("negative") << "-1";
+    QTest::newRow("letters behind") << "1st";
+    QTest::newRow("two numbers") << "1 1";
+    QTest::newRow("fraction") << "1.0";
+    QTest::newRow("hexadecimal") << "0x1";
+    QTest::newRow("nothing") << "";
+    QTest::newRow("beyond 32 bits") << "4294967297";
+    QTest::newRow("Cyrillic") << QString::fromUtf8("да");
+}
+
+void tst_Settings::extraThatIsNonsenseIsOffAndNamed()
+{
+    QFETCH(QString, value);
+    for (const QString key : {"Find", "Status", "Theme", "Motion"}) {
+        spoilSettings();
+        const DebugLines said;
+        read(QString("[Extras]\n%1 = %2\n").arg(key, value).toUtf8());
+        QVERIFY(extras == Extras());
+        QCOMPARE(said.all(), QStringList("fm.cfg: " + key + ": neither 0 nor 1: " + value));
+    }
+}
+
+void tst_Settings::extrasOfOtherGroupsDoNotCount()
+{
+    read("[Setting]\nFind = 1\nStatus = 1\nTheme = 1\nMotion = 1\n");
+    QVERIFY(extras == Extras());
+}
+
+void tst_Settings::installedFileListsAllExtras()
+{
+    QFile file(QStringLiteral(QUARN_DATA_DIR "/fm.cfg.in"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
+    const qsizetype group = lines.indexOf("[Extras]");
+    QVERIFY(group > 0);
+    for (const QString line : {"Find = 1", "Status = 1", "Theme = 0", "Motion = 1"}) {
+        const qsizetype place = lines.indexOf(line);
+        QVERIFY2(place > group, qPrintable(line));
+        QVERIFY2(lines.at(place - 1).startsWith(';'), qPrintable(line));
+    }
+    read(lines.join('\n').toUtf8());
+    QVERIFY((extras == Extras{true, true, 0, true}));
 }
 
 void tst_Settings::keysOfOtherGroupsDoNotCount()

@@ -34,6 +34,7 @@ Program::Program(ScratchFolder::Medium medium) : files_(medium)
     full_scr = false;
     header_type = 3;
     full_inf = false;
+    extras = Extras();
 }
 
 Program::~Program()

@@ -10,7 +10,7 @@
 namespace
 {
 
-const QColor Bar = ZSkinService::look(ZSkinService::clsListBox).highlight;
+const QColor Bar = ZSkinService::look(ZSkinService::clsListBox).mark;
 
 QImage pictureOf(const MoveBox& box)
 {

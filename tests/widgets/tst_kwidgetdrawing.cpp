@@ -217,6 +217,7 @@ private slots:
         QTest::newRow("bytes inside") << 'a' + QString(QChar(0xdcff)) + QChar(0xdcc3) + 'b';
         QTest::newRow("half of a character") << 'a' + QString(QChar(0xd83d)) + 'b';
         QTest::newRow("a byte-order mark") << QString(QChar(0xfeff)) + 'a';
+        QTest::newRow("a turn of the direction") << 'a' + QString(QChar(0x202e)) + 'b';
         QTest::newRow("a byte-order mark inside") << 'a' + QString(QChar(0xfeff)) + 'b';
     }
 
@@ -567,7 +568,8 @@ private slots:
         const int top = blockHeight(titleFont());
         const int lines = (picture.height() - top - 4) / pitchOf(textFont());
         QCOMPARE(picture.height(), top + blockHeight(textFont(), lines));
-        QCOMPARE(box_->geometry().top(), (320 - picture.height()) / 2);
+        // Of one that is higher than the screen the top is shown.
+        QCOMPARE(box_->geometry().top(), std::max((320 - picture.height()) / 2, 0));
         for (int i = 0; i < lines; ++i) {
             const QRect ink = textInk(picture, lineRect(textFont(), top, i));
             QVERIFY2(!ink.isEmpty(), qPrintable(QString::number(i)));

@@ -428,10 +428,13 @@ void tst_PlayerWindow::theListIsDarkAndHasTheTitlesOfTheTags()
     folder.write("02 b.mp3", mp3With(QByteArray()));
     Fixture f({trackIn(folder, "01 a.mp3"), trackIn(folder, "02 b.mp3")}, false);
     f.window->showList(true);
-    const auto row = [&f](int number) { return f.window->list()->item(number)->getSubItemText(1, 0); };
+    const auto row = [&f](int number) {
+        return f.window->list()->item(number)->getSubItemText(1, 0);
+    };
     QTRY_COMPARE_WITH_TIMEOUT(row(0), QString("1. First Light"), Patience);
     QCOMPARE(row(1), QString("2. b"));
-    const QColor ground = ZSkinService::look(ZSkinService::clsMainWidget).background;
+    const QColor ground = ZSkinService::look(ZSkinService::clsDarkListBox).background;
+    QVERIFY(ground.lightness() < 40);
     QCOMPARE(f.picture().pixelColor(120, 240), ground);
 }
 

@@ -1,0 +1,128 @@
+#!/usr/bin/python3
+"""Usage: contactsheet.py FOLDER [LANGUAGE...]
+
+Draws a sheet for each language, FOLDER/LANGUAGE.png, with what the program and its plugins show in it
+side by side: to be looked at whenever texts, fonts or drawing change. QUARN_STAGE names the staged work
+folder, QUARN_SHEET_SCALE how many pixels of the sheet are one of the screen (1)."""
+
+import os
+import pathlib
+import sys
+
+from PIL import Image
+
+import quarn
+import tst_plugins
+
+COLUMNS = 6
+GAP = 4
+SCALE = int(os.environ.get("QUARN_SHEET_SCALE", "1"))
+
+# Keys, and behind each step what is seen then. One that begins with "-" is a way back and left out.
+STEPS = ["down", "softleft", "3", "softright 6", "-softright softright",
+         "softleft 4", "modifier", "softright softleft", "-5",
+         "softleft 5", "softright softleft 6 1", "-softright",
+         "down softleft 2", "softright softleft 8", "5 up softleft 2", "-softright",
+         "modifier+hide", "-softright", "pagedown"]
+
+NAMES = ["中文文件.txt", "日本語のファイル.txt", "한국어 파일.txt", "ملف عربي.txt", "קובץ עברי.txt",
+         "हिन्दी फ़ाइल.txt", "ไฟล์ไทย.txt", "emoji 😀🎵.txt", "turned \u202egpj.exe"]
+
+
+def make_files(home):
+    quarn.make_folder(home / "A folder" / "inside")
+    for name in NAMES:
+        quarn.make_file(home / name, b"x" * 1536)
+
+
+def settled(seen, before):
+    """The picture after something has changed; the same if nothing does."""
+    try:
+        return seen.wait_change(before, 2)
+    except quarn.Failure:
+        return seen.wait_stable()
+
+
+def screens(seen, steps):
+    picture = seen.wait_stable()
+    pictures = []
+    for step in steps:
+        for name in step.lstrip("-").split():
+            if name.startswith("modifier+"):
+                seen.with_modifier(name.partition("+")[2])
+            else:
+                seen.key(name)
+        picture = settled(seen, picture)
+        if not step.startswith("-"):
+            pictures.append(picture)
+    return pictures
+
+
+def program_in(display, language, **options):
+    return quarn.Program(display, settings={"Language": language}, **options)
+
+
+def main_window(display, language):
+    program = program_in(display, language)
+    try:
+        make_files(program.home)
+        program.start()
+        return screens(program, STEPS)
+    finally:
+        program.stop()
+
+
+def plugin(display, language, name, steps, file, content=b"", leave=("softright",), **options):
+    """What a plugin shows that opens a file; `leave` are the keys that end it."""
+    program = program_in(display, language, **options)
+    try:
+        quarn.make_file(program.home / file, content)
+        program.start()
+        program.key("down", "select")
+        window = tst_plugins.Plugin(program, name)
+        pictures = [window.wait_stable(), *screens(window, steps)]
+        window.key(*leave)
+        window.wait_end()
+        return pictures
+    finally:
+        program.stop()
+
+
+def plugins(display, language):
+    text = "".join(f"{number}. Hello world, hello again and again.\n" for number in range(60))
+    return [
+        *plugin(display, language, "TextView", ["0"], "text.txt", text.encode()),
+        *plugin(display, language, "TextView", [], "empty.txt"),
+        *plugin(display, language, "PicView", [], "broken.png", b"no picture"),
+        *plugin(display, language, "Execute", [], "script.sh", b"#!/bin/sh\necho hello\nexit 3\n"),
+        *plugin(display, language, "LyraPlayer", ["folderup"], "song.mp3", b"no music",
+                ("softright", "softright"), player=True),
+    ]
+
+
+def sheet_of(pictures):
+    width, height = quarn.WIDTH + GAP, quarn.HEIGHT + GAP
+    rows = -(-len(pictures) // COLUMNS)
+    sheet = Image.new("RGB", (COLUMNS * width, rows * height), (128, 128, 160))
+    for number, picture in enumerate(pictures):
+        sheet.paste(picture.convert("RGB"), (number % COLUMNS * width, number // COLUMNS * height))
+    return sheet.resize((sheet.width * SCALE, sheet.height * SCALE), Image.Resampling.NEAREST)
+
+
+def main(folder, languages):
+    folder.mkdir(parents=True, exist_ok=True)
+    known = sorted(path.stem for path in (quarn.stage_folder() / "lang").glob("*.lang"))
+    display = quarn.Display(window_manager=True)
+    try:
+        for language in languages or known:
+            pictures = main_window(display, language) + plugins(display, language)
+            sheet_of(pictures).save(folder / f"{language}.png")
+            print(folder / f"{language}.png", flush=True)
+    finally:
+        display.stop()
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 2 or sys.argv[1].startswith("-"):
+        sys.exit(__doc__)
+    main(pathlib.Path(sys.argv[1]), sys.argv[2:])

@@ -1,0 +1,241 @@
+#include "platform/keymap.h"
+#include "platform/zglide.h"
+#include "platform/zlistbox.h"
+#include "platform/zmotion.h"
+#include "tests/platform/listfixture.h"
+#include "tests/support/keys.h"
+#include "tests/support/pictures.h"
+#include "tests/support/testmain.h"
+
+namespace
+{
+
+/// Milliseconds; for what takes a few seconds.
+constexpr int RowPatience = 60000;
+
+const ZSkinService::Look& listLook()
+{
+    return ZSkinService::look(ZSkinService::clsListBox);
+}
+
+QImage listPicture(const ListFixture& list)
+{
+    return list.box->grab().toImage();
+}
+
+void setFonts(const ListFixture& list, int pixels)
+{
+    for (const bool highlighted : {false, true})
+        list.box->setItemFont(2, ZSkinService::font("any", pixels), highlighted);
+}
+
+void setIcons(const ListFixture& list, int side)
+{
+    for (int row = 0; row < list.box->count(); ++row)
+        list.box->item(row)->setPixmap(0, coloured(Qt::blue, {side, side}));
+}
+
+/// What is inked of the texts in a part of a list with icons of 32 pixels.
+QRect inkBetween(const QImage& picture, int top, int bottom)
+{
+    return inkBounds(picture, {40, top, 190, bottom - top}, listLook().background);
+}
+
+QString longName(const ListFixture& list, int wider)
+{
+    const QFontMetrics metrics(ZSkinService::font("any", 13));
+    QString name("H");
+    while (metrics.horizontalAdvance(name) < list.box->width() + wider)
+        name += 'H';
+    return name;
+}
+
+} // namespace
+
+/// How rows are spaced, what stands below them, and how a long name glides.
+class tst_ZListBoxLook : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { ZMotion::setEnabled(false); }
+
+    void rowsAreAsHighAsTheirFontSays_data()
+    {
+        QTest::addColumn<int>("pixels");
+        QTest::addColumn<bool>("detailed");
+        QTest::addColumn<int>("icon");
+        QTest::addColumn<int>("height");
+        QTest::newRow("full information") << 13 << true << 32 << 32;
+        QTest::newRow("names alone") << 15 << false << 16 << 20;
+        QTest::newRow("two lines without an icon") << 14 << true << 0 << 34;
+        QTest::newRow("high icons") << 13 << true << 48 << 48;
+    }
+
+    void rowsAreAsHighAsTheirFontSays()
+    {
+        QFETCH(int, pixels);
+        QFETCH(bool, detailed);
+        QFETCH(int, icon);
+        ListFixture list;
+        list.add("name", -1, detailed ? QString("1 Kb") : QString());
+        setFonts(list, pixels);
+        if (icon > 0)
+            setIcons(list, icon);
+        QTEST(list.box->rowHeight(), "height");
+    }
+
+    void nameAndDetailAreOneGroup()
+    {
+        ListFixture list;
+        for (int row = 0; row < 4; ++row)
+            list.add("HHH", -1, "HHH");
+        setFonts(list, 13);
+        setIcons(list, 32);
+        list.box->setCurrentItem(3);
+        const QImage picture = listPicture(list);
+        const QRect name = inkBetween(picture, 0, 15);
+        const QRect detail = inkBetween(picture, name.bottom() + 2, 31);
+        const QRect next = inkBetween(picture, 32, 32 + 15);
+        QCOMPARE(detail.top() - name.bottom() - 1, 5);
+        QVERIFY(next.top() - detail.bottom() - 1 >= 8);
+        QCOMPARE(next.top() - name.top(), 32);
+        // In the middle of the row, one pixel up or down.
+        QVERIFY(std::abs(name.top() - (31 - detail.bottom())) <= 1);
+    }
+
+    void thumbIsLongEnoughToBeSeen()
+    {
+        ListFixture list;
+        list.fill(5000);
+        list.box->setCurrentItem(0);
+        const QRect thumb = boundsOf(listPicture(list), listLook().thumb);
+        QCOMPARE(thumb, QRect(237, 0, 3, 16));
+        list.box->setCurrentItem(4999);
+        QCOMPARE(boundsOf(listPicture(list), listLook().thumb).bottom(),
+                 list.box->visibleItems() * list.box->rowHeight() - 1);
+    }
+
+    void emptyTextStandsBelowTheRows()
+    {
+        ListFixture list;
+        list.fill(2);
+        list.box->setCurrentItem(0);
+        const QImage before = listPicture(list);
+        list.box->setEmptyText("No entries");
+        const QImage picture = listPicture(list);
+        const int below = 2 * list.box->rowHeight();
+        const QRect ink = inkBounds(picture, {0, below, 240, 250 - below}, listLook().background);
+        QVERIFY(ink.width() > 30 && ink.height() < 20);
+        QVERIFY(std::abs(ink.center().x() - 120) <= 2);
+        QVERIFY(std::abs(ink.center().y() - (below + 250) / 2) <= 3);
+        QCOMPARE(picture.copy(0, 0, 240, below), before.copy(0, 0, 240, below));
+        list.box->setEmptyText(QString());
+        QVERIFY(listPicture(list) == before);
+    }
+
+    void emptyTextIsShownInAListWithoutRows()
+    {
+        ListFixture list;
+        list.box->setEmptyText("Cannot be read");
+        const QRect ink = inkBounds(listPicture(list), {0, 0, 240, 250}, listLook().background);
+        QVERIFY(std::abs(ink.center().y() - 125) <= 3);
+    }
+
+    void emptyTextThatFindsNoRoomIsLeftOut()
+    {
+        ListFixture list;
+        list.fill(100);
+        list.box->setCurrentItem(0);
+        const QImage before = listPicture(list);
+        list.box->setEmptyText("No entries");
+        QVERIFY(listPicture(list) == before);
+    }
+
+    void emptyTextThatIsTooLongIsCut()
+    {
+        ListFixture list;
+        list.box->setEmptyText(QString(300, 'W'));
+        const QRect ink = inkBounds(listPicture(list), {0, 0, 240, 250}, listLook().background);
+        QVERIFY(ink.height() < 20);
+        QVERIFY(ink.left() >= 0 && ink.width() > 200);
+    }
+
+    void longNameGlidesAndRests()
+    {
+        ListFixture list;
+        setFonts(list, 13);
+        list.add(longName(list, 5), -1);
+        list.add("short", -1);
+        takeForActive(list.box->window());
+        list.box->setCurrentItem(0);
+        const QImage resting = listPicture(list);
+        ZMotion::setEnabled(true);
+        list.box->setCurrentItem(1);
+        list.box->setCurrentItem(0);
+        QVERIFY(listPicture(list) == resting);
+        QTRY_VERIFY_WITH_TIMEOUT(listPicture(list) != resting, RowPatience);
+        const QImage gliding = listPicture(list);
+        // Nothing but the row moves, and of it only the text.
+        const int height = list.box->rowHeight();
+        QCOMPARE(gliding.copy(0, height, 240, 250 - height),
+                 resting.copy(0, height, 240, 250 - height));
+        QCOMPARE(gliding.copy(234, 0, 6, height), resting.copy(234, 0, 6, height));
+        QCOMPARE(gliding.copy(0, 0, 5, height), resting.copy(0, 0, 5, height));
+        pressKey(PhoneKey::Down);
+        pressKey(PhoneKey::Up);
+        QVERIFY(listPicture(list) == resting);
+    }
+
+    void nothingMovesWhereNothingShould_data()
+    {
+        QTest::addColumn<bool>("motion");
+        QTest::addColumn<bool>("focus");
+        QTest::addColumn<bool>("fits");
+        QTest::newRow("without motion") << false << true << false;
+        QTest::newRow("without the focus") << true << false << false;
+        QTest::newRow("name that fits") << true << true << true;
+    }
+
+    void nothingMovesWhereNothingShould()
+    {
+        QFETCH(bool, motion);
+        QFETCH(bool, focus);
+        QFETCH(bool, fits);
+        ZMotion::setEnabled(motion);
+        ListFixture list;
+        setFonts(list, 13);
+        list.add(fits ? QString("short") : longName(list, 5), -1);
+        if (!focus)
+            list.main.setFocus();
+        takeForActive(list.box->window());
+        QCOMPARE(list.box->hasFocus(), focus);
+        list.box->setCurrentItem(0);
+        const auto* glide = list.box->findChild<ZGlide*>();
+        QVERIFY(!glide->isRunning());
+    }
+
+    void boxOverTheListEndsTheGlide()
+    {
+        ZMotion::setEnabled(true);
+        ListFixture list;
+        setFonts(list, 13);
+        list.add(longName(list, 5), -1);
+        list.box->setCurrentItem(0);
+        takeForActive(list.box->window());
+        const auto* glide = list.box->findChild<ZGlide*>();
+        QVERIFY(glide->isRunning());
+        QWidget box(ZScreen::instance());
+        box.hide();
+        ZScreen::instance()->place(&box, ZScreen::Layer::Box);
+        box.show();
+        QVERIFY(!glide->isRunning());
+        box.hide();
+        QVERIFY(glide->isRunning());
+        list.box->clear();
+        QVERIFY(!glide->isRunning());
+    }
+};
+
+QUARN_TEST_MAIN(tst_ZListBoxLook)
+#include "tst_zlistboxlook.moc"

@@ -1,0 +1,227 @@
+#include "platform/zlistbox.h"
+#include "platform/zskinservice.h"
+#include "platform/ztheme.h"
+#include "tests/platform/listfixture.h"
+#include "tests/support/testmain.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+
+constexpr double ForTexts = 4.5;
+constexpr double ForStates = 3;
+
+double linear(double channel)
+{
+    return channel <= 0.03928 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+}
+
+double luminance(const QColor& colour)
+{
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+/// From 1 for equal ones to 21 for black and white.
+double contrast(const QColor& one, const QColor& other)
+{
+    const double lighter = std::max(luminance(one), luminance(other));
+    const double darker = std::min(luminance(one), luminance(other));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+/// The colour of an area that differs most from its ground.
+QColor inkOn(const QImage& picture, const QRect& area, const QColor& ground)
+{
+    QColor found = ground;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (contrast(picture.pixelColor(x, y), ground) > contrast(found, ground))
+                found = picture.pixelColor(x, y);
+        }
+    }
+    return found;
+}
+
+void addThemes()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("light") << int(ZTheme::Light);
+    QTest::newRow("dark") << int(ZTheme::Dark);
+}
+
+/// What a list with rows in every state looks like: the first is the current one, the second is
+/// like others, the third is disabled; behind them are more than fit.
+struct Shown {
+    Shown()
+    {
+        list.layout = QStringLiteral("%I%M100%C");
+        for (int row = 0; row < 40; ++row)
+            list.add(QStringLiteral("HHHHHHH"), -1, QStringLiteral("HHH\t\tHHH"));
+        list.box->item(2)->setEnabled(false);
+        list.box->setCurrentItem(0);
+        picture = list.box->grab().toImage();
+    }
+
+    /// The place of a row's texts: the first line, or the second.
+    QRect line(int row, bool second) const
+    {
+        const int height = list.box->rowHeight();
+        return {10, row * height + (second ? height / 2 + 2 : 1), 90, height / 2 - 4};
+    }
+
+    QColor ground(int row) const
+    {
+        return picture.pixelColor(180, row * list.box->rowHeight() + 3);
+    }
+
+    ListFixture list;
+    QImage picture;
+};
+
+} // namespace
+
+class tst_ZTheme : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { ZTheme::choose(ZTheme::Light); }
+
+    void isLightUntilAnotherIsChosen()
+    {
+        QCOMPARE(ZTheme::current().ground, QColor(Qt::white));
+        QCOMPARE(ZSkinService::look(ZSkinService::clsListBox).background, QColor(Qt::white));
+        ZTheme::choose(ZTheme::Dark);
+        QVERIFY(ZTheme::current().ground.lightness() < 40);
+        QCOMPARE(ZSkinService::look(ZSkinService::clsListBox).background,
+                 ZTheme::of(ZTheme::Dark).ground);
+    }
+
+    void everyTextCanBeReadOnItsGround_data() { addThemes(); }
+
+    void everyTextCanBeReadOnItsGround()
+    {
+        QFETCH(int, kind);
+        const ZTheme& theme = ZTheme::of(ZTheme::Kind(kind));
+        const std::pair<QColor, QColor> pairs[] = {
+            {theme.text, theme.ground},
+            {theme.secondText, theme.ground},
+            {theme.highlightText, theme.highlight},
+            {theme.secondText, theme.highlight},
+            {theme.selectionText, theme.selection},
+            {theme.barText, theme.bar},
+            {theme.barSecondText, theme.bar},
+            {theme.bar, theme.barMark},
+            {theme.error, theme.ground},
+            {theme.warning, theme.ground},
+            {theme.done, theme.ground},
+        };
+        for (const auto& [text, ground] : pairs) {
+            QVERIFY2(contrast(text, ground) >= ForTexts,
+                     qPrintable(text.name() + " on " + ground.name()));
+        }
+        ZTheme::choose(ZTheme::Kind(kind));
+        for (const unsigned cls : {ZSkinService::clsListBox, ZSkinService::clsMainWidget,
+                                   ZSkinService::clsNavTab, ZSkinService::clsOptionsMenu}) {
+            const auto& look = ZSkinService::look(cls);
+            QVERIFY(contrast(look.text, look.background) >= ForTexts);
+            QVERIFY(contrast(look.secondaryText, look.background) >= ForTexts);
+            QVERIFY(contrast(look.disabledText, look.background) >= ForTexts);
+            QVERIFY(contrast(look.highlightText, look.highlight) >= ForTexts);
+        }
+    }
+
+    void everyStateStandsOutFromItsNeighbour_data() { addThemes(); }
+
+    void everyStateStandsOutFromItsNeighbour()
+    {
+        QFETCH(int, kind);
+        const ZTheme& theme = ZTheme::of(ZTheme::Kind(kind));
+        const std::pair<QColor, QColor> pairs[] = {
+            {theme.mark, theme.ground},    {theme.mark, theme.highlight},
+            {theme.thumb, theme.ground},   {theme.thumb, theme.highlight},
+            {theme.outline, theme.ground}, {theme.selection, theme.ground},
+            {theme.barMark, theme.bar},
+        };
+        for (const auto& [state, neighbour] : pairs) {
+            QVERIFY2(contrast(state, neighbour) >= ForStates,
+                     qPrintable(state.name() + " beside " + neighbour.name()));
+        }
+    }
+
+    void listIsReadableAsItIsPainted_data() { addThemes(); }
+
+    void listIsReadableAsItIsPainted()
+    {
+        QFETCH(int, kind);
+        ZTheme::choose(ZTheme::Kind(kind));
+        const Shown shown;
+        QVERIFY(shown.ground(0) != shown.ground(1));
+        QCOMPARE(shown.ground(2), shown.ground(1));
+        for (const int row : {0, 1, 2}) {
+            for (const bool second : {false, true}) {
+                const QColor ground = shown.ground(row);
+                const QColor ink = inkOn(shown.picture, shown.line(row, second), ground);
+                QVERIFY2(contrast(ink, ground) >= ForTexts,
+                         qPrintable(QStringLiteral("row %1, %2: %3 on %4")
+                                        .arg(row)
+                                        .arg(second)
+                                        .arg(ink.name(), ground.name())));
+            }
+        }
+    }
+
+    void statesOfTheListStandOutAsTheyArePainted_data() { addThemes(); }
+
+    void statesOfTheListStandOutAsTheyArePainted()
+    {
+        QFETCH(int, kind);
+        ZTheme::choose(ZTheme::Kind(kind));
+        const Shown shown;
+        const int height = shown.list.box->rowHeight();
+        // The current row: a bar over its whole height, beside its own ground and above another's.
+        const QColor bar = shown.picture.pixelColor(0, 0);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < ZSkinService::MarkWidth; ++x)
+                QCOMPARE(shown.picture.pixelColor(x, y), bar);
+        }
+        QVERIFY(contrast(bar, shown.ground(0)) >= ForStates);
+        QVERIFY(contrast(bar, shown.picture.pixelColor(0, height + 1)) >= ForStates);
+        QCOMPARE(shown.picture.pixelColor(0, height + 1), shown.ground(1));
+        // The thumb of the scroll bar, at its top beside the current row.
+        const int right = shown.picture.width() - 1;
+        QVERIFY(contrast(shown.picture.pixelColor(right, 1), shown.ground(0)) >= ForStates);
+        QVERIFY(contrast(shown.picture.pixelColor(right, height + 1), shown.ground(1)) >=
+                ForStates);
+        // A check box, and what tells a checked one.
+        const QRect box(220, height, 14, height - 1);
+        QVERIFY(contrast(inkOn(shown.picture, box, shown.ground(1)), shown.ground(1)) >= ForStates);
+        shown.list.box->item(1)->setChecked(true);
+        const QImage checked = shown.list.box->grab().toImage();
+        const QPoint inside(box.left() + 3, height + height / 2 + 4);
+        QVERIFY(contrast(checked.pixelColor(inside), shown.picture.pixelColor(inside)) >=
+                ForStates);
+    }
+
+    void rowsArePartedByAHairline_data() { addThemes(); }
+
+    void rowsArePartedByAHairline()
+    {
+        QFETCH(int, kind);
+        ZTheme::choose(ZTheme::Kind(kind));
+        const Shown shown;
+        const int height = shown.list.box->rowHeight();
+        const auto at = [&shown](int y) { return shown.picture.pixelColor(150, y); };
+        // None where the ground parts them already.
+        QCOMPARE(at(height - 1), shown.ground(0));
+        QCOMPARE(at(2 * height - 1), ZTheme::current().hairline);
+        QCOMPARE(at(2 * height - 2), shown.ground(1));
+        QCOMPARE(at(2 * height), shown.ground(2));
+    }
+};
+
+QUARN_TEST_MAIN(tst_ZTheme)
+#include "tst_ztheme.moc"
