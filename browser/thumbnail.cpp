@@ -1,6 +1,7 @@
 #include "browser/thumbnail.h"
 
 #include "files/regularfile.h"
+#include "platform/smoothpicture.h"
 
 #include <QFile>
 #include <QImageReader>
@@ -30,15 +31,13 @@ QImage readThumbnail(const QString& path, qreal density)
     QImageReader reader(&file);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
-    const QSize size = reader.size();
+    const QSize size = sizeToBe(reader);
     const QSize inScreen = thumbnailSize(size, ThumbnailSide);
     if (size.isValid() && qint64(size.width()) * size.height() > MaxThumbnailPixels)
         return {};
     const bool shrinks = size.isValid() && inScreen != size;
     const int side = shrinks ? int(std::ceil(ThumbnailSide * density)) : ThumbnailSide;
-    if (shrinks)
-        reader.setScaledSize(thumbnailSize(size, side));
-    QImage image = reader.read();
+    QImage image = readSmooth(reader, shrinks ? thumbnailSize(size, side) : QSize());
     if (image.isNull())
         return image;
     // Some formats do not tell their size before, and some files lie about it.

@@ -124,6 +124,18 @@ find_library(LIBSYSTEMD_LIBRARY systemd REQUIRED)
 target_include_directories(libsystemd SYSTEM INTERFACE "${LIBSYSTEMD_INCLUDE_DIR}")
 target_link_libraries(libsystemd INTERFACE "${LIBSYSTEMD_LIBRARY}")
 
+add_library(libxcb INTERFACE)
+find_path(LIBXCB_INCLUDE_DIR xcb/xcb.h REQUIRED)
+find_library(LIBXCB_LIBRARY xcb REQUIRED)
+target_include_directories(libxcb SYSTEM INTERFACE "${LIBXCB_INCLUDE_DIR}")
+target_link_libraries(libxcb INTERFACE "${LIBXCB_LIBRARY}")
+
+add_library(taglib INTERFACE)
+find_path(TAGLIB_INCLUDE_DIR fileref.h PATH_SUFFIXES taglib REQUIRED)
+find_library(TAGLIB_LIBRARY tag REQUIRED)
+target_include_directories(taglib SYSTEM INTERFACE "${TAGLIB_INCLUDE_DIR}")
+target_link_libraries(taglib INTERFACE "${TAGLIB_LIBRARY}")
+
 add_library(simpleini INTERFACE)
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
 find_library(SIMPLEINI_LIBRARY simpleini REQUIRED)

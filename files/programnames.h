@@ -14,5 +14,8 @@ inline constexpr char Channel[] = "Quarn";
 inline constexpr QLatin1String Font("ZarnikFont");
 /// The plugin that plays music, and its channel.
 inline constexpr char Player[] = "LyraPlayer";
+/// The environment variable that tells a plugin where the file manager's window is, in the form of
+/// ZScreen::placeOnDisplay(): there it opens its own.
+inline constexpr char PlaceVariable[] = "QUARN_PLACE";
 
 } // namespace ProgramNames

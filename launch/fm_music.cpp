@@ -7,6 +7,7 @@
 #include "files/programnames.h"
 #include "launch/busynotice.h"
 #include "launch/commandlines.h"
+#include "launch/pluginstart.h"
 #include "launch/shellcommand.h"
 #include "platform/qcopchannel.h"
 #include "platform/zapplication.h"
@@ -27,7 +28,7 @@ void showGenerating()
 
 void startOnList()
 {
-    runShell(CommandLine::playList(work_folder));
+    startPlugin(CommandLine::playList(work_folder));
     processView->stop(PlayerLingerTicks);
 }
 
@@ -78,7 +79,7 @@ void FM::LyraPlayer()
     else if (EntryInfo(current).isFolder())
         playFolder(current);
     else
-        runShell(CommandLine::playFile(work_folder, current));
+        startPlugin(CommandLine::playFile(work_folder, current));
 }
 
 bool FM::playerInstalled()

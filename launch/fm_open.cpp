@@ -7,7 +7,7 @@
 #include "files/entry.h"
 #include "launch/busynotice.h"
 #include "launch/commandlines.h"
-#include "launch/shellcommand.h"
+#include "launch/pluginstart.h"
 #include "platform/zoptionsmenu.h"
 #include "shell/settings.h"
 #include "widgets/errorbox.h"
@@ -31,8 +31,8 @@ void startPluginsOf(int number, const QString& path)
     for (const plugin_struct& plugin : plugins) {
         if (plugin.plugin_num != number)
             continue;
-        runShell(CommandLine::pluginOfFolder(work_folder, plugin.name, path));
-        runShell(CommandLine::pluginOfPath(plugin.name, path));
+        startPlugin(CommandLine::pluginOfFolder(work_folder, plugin.name, path));
+        startPlugin(CommandLine::pluginOfPath(plugin.name, path));
     }
 }
 
@@ -60,9 +60,9 @@ void openWith(int position, const QString& path)
     if (plugin.kind == 0 && !pluginIsInstalled(work_folder, plugin.name))
         showError(QStringLiteral("Can not find ") + plugin.name);
     else if (plugin.kind == 0)
-        runShell(CommandLine::pluginOfFolder(work_folder, plugin.name, path));
+        startPlugin(CommandLine::pluginOfFolder(work_folder, plugin.name, path));
     else if (plugin.kind == 1)
-        runShell(CommandLine::pluginOfPath(plugin.name, path));
+        startPlugin(CommandLine::pluginOfPath(plugin.name, path));
 }
 
 } // namespace

@@ -71,6 +71,19 @@ const ZListBoxItem::SubItem* ZListBoxItem::subItem(int line, int index) const
     return nullptr;
 }
 
+void ZListBoxItem::setSubItemText(int line, int index, const QString& text)
+{
+    for (SubItem& item : subItems_) {
+        if (item.line != line || index-- != 0)
+            continue;
+        if (item.text != text) {
+            item.text = text;
+            box_->itemChanged(*this);
+        }
+        return;
+    }
+}
+
 QString ZListBoxItem::getSubItemText(int line, int index, bool* found) const
 {
     const SubItem* item = subItem(line, index);

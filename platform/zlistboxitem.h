@@ -52,6 +52,8 @@ public:
     /// right edge. `pixmap` (may be nullptr) is drawn before the text and is copied.
     void appendSubItem(int line, const QString& text, bool separator,
                        const QPixmap* pixmap = nullptr);
+    /// Puts another text in the place of one; does nothing if there is no such sub-item.
+    void setSubItemText(int line, int index, const QString& text);
     /// The text of sub-item `index` (from 0) of a line; null if there is none. `found`, if given,
     /// says which.
     QString getSubItemText(int line, int index, bool* found = nullptr) const;

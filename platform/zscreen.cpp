@@ -1,6 +1,7 @@
 #include "platform/zscreen.h"
 
 #include "platform/keymap.h"
+#include "platform/x11focus.h"
 #include "platform/zboxpan.h"
 #include "platform/zskinservice.h"
 #include "platform/ztheme.h"
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace
@@ -34,6 +36,24 @@ bool isBareDisplay(const QString& platform)
     return bare.contains(platform);
 }
 
+QByteArray& wantedPlace()
+{
+    static QByteArray place;
+    return place;
+}
+
+/// The corner that the window is wanted at, in the toolkit's pixels.
+std::optional<QPoint> wantedCorner(double density)
+{
+    const QList<QByteArray> numbers = wantedPlace().split(',');
+    bool isX = false;
+    bool isY = false;
+    const QPoint corner(numbers.value(0).toInt(&isX), numbers.value(1).toInt(&isY));
+    if (numbers.size() != 2 || !isX || !isY)
+        return std::nullopt;
+    return (QPointF(corner) / density).toPoint();
+}
+
 /// The window around the screen. A window manager or a bare display may make it larger than the
 /// screen, which then sits in its middle on black.
 class ZScreenFrame : public QWidget
@@ -43,10 +63,13 @@ public:
     {
         setWindowTitle(QGuiApplication::applicationDisplayName());
         setAttribute(Qt::WA_OpaquePaintEvent);
-        if (isBareDisplay(QGuiApplication::platformName()))
+        if (isBareDisplay(QGuiApplication::platformName())) {
             setWindowState(Qt::WindowFullScreen);
-        else
-            setFixedSize(ZScreen::Width, ZScreen::Height);
+            return;
+        }
+        setFixedSize(ZScreen::Width, ZScreen::Height);
+        if (const auto corner = wantedCorner(devicePixelRatioF()))
+            move(*corner);
     }
 
 protected:
@@ -142,6 +165,20 @@ void ZScreen::setScaleVariable(const char* name)
     scaleVariable = name;
 }
 
+void ZScreen::setPlace(const QByteArray& place)
+{
+    wantedPlace() = place;
+}
+
+QByteArray ZScreen::placeOnDisplay()
+{
+    if (!theScreen || !theScreen->window()->isVisible())
+        return {};
+    const QWidget* frame = theScreen->window();
+    const QPoint corner = (QPointF(frame->pos()) * frame->devicePixelRatioF()).toPoint();
+    return QByteArray::number(corner.x()) + ',' + QByteArray::number(corner.y());
+}
+
 void ZScreen::prepareScale(int& argc, char** argv)
 {
     double scale = scaleFromVariable();
@@ -169,7 +206,8 @@ void ZScreen::destroyInstance()
         delete theScreen->window();
 }
 
-ZScreen::ZScreen(QWidget* frame) : QWidget(frame), pan_(new ZBoxPan(this))
+ZScreen::ZScreen(QWidget* frame)
+    : QWidget(frame), x11Focus_(std::make_unique<X11Focus>(*frame)), pan_(new ZBoxPan(this))
 {
     setObjectName(QStringLiteral("ZScreen"));
     resize(Width, Height);
@@ -244,7 +282,13 @@ void ZScreen::raiseWindow()
     if (stack_.isEmpty())
         return;
     window()->raise();
+    takeKeyboard();
+}
+
+void ZScreen::takeKeyboard()
+{
     window()->activateWindow();
+    x11Focus_->take();
 }
 
 ZScreen::Entry* ZScreen::entryOf(const QWidget* widget)
@@ -362,8 +406,8 @@ void ZScreen::updateWindow()
         window()->hide();
     } else if (window()->isHidden()) {
         window()->show();
-        // Without a window manager nobody else would hand the keyboard to a new window.
-        window()->activateWindow();
+        x11Focus_->watch();
+        takeKeyboard();
     }
 }
 

@@ -6,6 +6,9 @@
 
 #include <array>
 #include <functional>
+#include <memory>
+
+class X11Focus;
 
 class ZBoxPan;
 
@@ -57,6 +60,12 @@ public:
 
     /// Names the environment variable that sets the scale; before the application object is made.
     static void setScaleVariable(const char* name);
+    /// Where the window is to open, in the form of placeOnDisplay(); before the screen is made.
+    /// Anything else is ignored.
+    static void setPlace(const QByteArray& place);
+    /// Where the window is on the display: "x,y", its corner with the window manager's frame, in
+    /// pixels of the display. Empty while it is not shown.
+    static QByteArray placeOnDisplay();
     /// Settles the scale for the application about to be made: the variable's value (a number from
     /// 0.25 to 16; anything else is named on stderr and ignored), else on a bare display (no
     /// windows) the largest scale at which the screen fits, else the display's own.
@@ -106,11 +115,13 @@ private:
     void widgetHidden(QWidget* widget);
     void widgetGone(QObject* widget);
     void updateWindow();
+    void takeKeyboard();
     void raiseFrom(QWidget* widget);
     void giveFocus();
     void focusMoved(QWidget* now);
     bool blocksInput(const QWidget* receiver) const;
 
+    std::unique_ptr<X11Focus> x11Focus_;
     QList<Entry> placed_;
     QList<QWidget*> stack_;
     ZBoxPan* pan_;

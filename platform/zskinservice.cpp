@@ -60,6 +60,10 @@ const ZSkinService::Look& ZSkinService::look(unsigned cls)
         return looks.bar;
     case clsNavTab:
         return looks.tab;
+    case clsDarkListBox: {
+        static const Look dark = pageLook(ZTheme::of(ZTheme::Dark));
+        return dark;
+    }
     default:
         return looks.page;
     }

@@ -11,6 +11,7 @@ public:
     /// Widget classes by the numbers that programs pass to constructors.
     enum WidgetClsID : unsigned {
         clsListBox = 40,
+        clsDarkListBox = 41, ///< dark in every theme; the phone had none
         clsMainWidget = 50,
         clsNavTab = 52,
         clsSoftKey = 53,

@@ -14,6 +14,13 @@ namespace
 /// the time. Milliseconds.
 constexpr int RedrawInterval = 80;
 
+QString wordsFor(const ProgramEnd& end)
+{
+    if (!end.bySignal)
+        return pluginTexts().exitCode.arg(end.code);
+    return end.asWished ? pluginTexts().programStopped : pluginTexts().endedBySignal.arg(end.code);
+}
+
 } // namespace
 
 ExecuteWindow::ExecuteWindow(const QString& path)
@@ -90,23 +97,27 @@ void ExecuteWindow::outputCame(const QByteArray& bytes)
         redraw_.start();
 }
 
-void ExecuteWindow::programEnded(const QString& how)
+void ExecuteWindow::programEnded(const ProgramEnd& end)
+{
+    showEnd(wordsFor(end), pluginTexts().noOutput);
+}
+
+void ExecuteWindow::programFailed(const QString& problem)
+{
+    const QString program = lastPart(command_.program);
+    showEnd(QString(), pluginTexts().cannotRun.arg(program, problem));
+}
+
+void ExecuteWindow::showEnd(const QString& state, const QString& notice)
 {
     if (ending_) {
         PluginWindow::end();
         return;
     }
     redraw_.stop();
-    pane_->setNotice(pluginTexts().noOutput);
-    showState(how);
+    pane_->setNotice(notice);
+    showState(state);
     setSoftKeyTexts(pluginTexts().again, pluginTexts().exit);
-}
-
-void ExecuteWindow::programFailed(const QString& problem)
-{
-    programEnded(QString());
-    const QString program = lastPart(command_.program);
-    pane_->setNotice(pluginTexts().cannotRun.arg(program, problem));
 }
 
 void ExecuteWindow::showState(const QString& state)

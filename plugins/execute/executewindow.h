@@ -8,6 +8,7 @@
 
 class RunningProgram;
 class TextPane;
+struct ProgramEnd;
 
 /// Runs a program and shows what it writes; the title tells how it is doing. The left soft key
 /// stops it and, when it has ended, runs it again. Ending the plugin ends the program.
@@ -31,8 +32,9 @@ protected:
 private:
     void start();
     void outputCame(const QByteArray& bytes);
-    void programEnded(const QString& how);
+    void programEnded(const ProgramEnd& end);
     void programFailed(const QString& problem);
+    void showEnd(const QString& state, const QString& notice);
     void showState(const QString& state);
 
     QString name_;

@@ -2,7 +2,6 @@
 
 #include "files/names.h"
 #include "plugins/execute/command.h"
-#include "plugins/support/plugintexts.h"
 
 #include <csignal>
 #include <linux/close_range.h>
@@ -124,8 +123,7 @@ void RunningProgram::processEnded(int code, QProcess::ExitStatus status)
     if (stopping_ && group_ > 0)
         ::kill(-pid_t(group_), SIGKILL);
     readOutput();
-    const PluginTexts& texts = pluginTexts();
-    emit ended((status == QProcess::NormalExit ? texts.exitCode : texts.endedBySignal).arg(code));
+    emit ended({code, status != QProcess::NormalExit, stopping_});
 }
 
 void RunningProgram::processFailed(QProcess::ProcessError error)

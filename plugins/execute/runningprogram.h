@@ -7,6 +7,13 @@
 
 struct Command;
 
+/// How a program has ended.
+struct ProgramEnd {
+    int code = 0;          ///< its exit code, or the number of the signal
+    bool bySignal = false; ///< it was ended from outside, or by a fault of its own
+    bool asWished = false; ///< stop() was called
+};
+
 /// A program that runs with its output coming here, in a session of its own, so that it can be
 /// stopped with what it has started. It ends with a hang-up when this process ends.
 class RunningProgram : public QObject
@@ -27,8 +34,8 @@ public:
 
 signals:
     void output(const QByteArray& bytes);
-    /// Every start is followed by one of these two. `how` is "Exit code 0" or "Signal 9".
-    void ended(const QString& how);
+    /// Every start is followed by one of these two.
+    void ended(const ProgramEnd& end);
     void failed(const QString& problem);
 
 private:

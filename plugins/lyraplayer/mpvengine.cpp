@@ -1,5 +1,6 @@
 #include "plugins/lyraplayer/mpvengine.h"
 
+#include "plugins/lyraplayer/tags.h"
 #include "plugins/support/plugintexts.h"
 
 #include <QJsonDocument>
@@ -7,6 +8,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <memory>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -29,7 +31,7 @@ QString reasonText(const QString& error)
     return error == QLatin1String("loading failed") ? texts.loadingFailed : error;
 }
 
-// No message that is of interest comes near this; a peer that never ends a line is not mpv.
+// No message that is of interest comes near this.
 constexpr qint64 MaxLineBytes = 4 * 1024 * 1024;
 
 /// A string of JSON. Bytes that are no UTF-8 go through as they are, which mpv takes for the file
@@ -46,16 +48,6 @@ QByteArray quoted(const QByteArray& text)
             result += c;
     }
     return result + '"';
-}
-
-/// The value of a tag, whatever the case of its name.
-QString tag(const QJsonObject& tags, QLatin1String name)
-{
-    for (auto each = tags.begin(); each != tags.end(); ++each) {
-        if (each.key().compare(name, Qt::CaseInsensitive) == 0)
-            return each.value().toString().trimmed();
-    }
-    return {};
 }
 
 } // namespace
@@ -160,6 +152,7 @@ void MpvEngine::shutDown()
 {
     answerTimer_.stop();
     awaited_.clear();
+    dropping_ = false;
     forgetEntry();
     ++runs_; // what they still have to say is no news
     QLocalSocket* socket = std::exchange(socket_, nullptr);
@@ -265,12 +258,33 @@ void MpvEngine::readLines()
 {
     // What a line leads to may end the connection.
     while (socket_ != nullptr && socket_->canReadLine()) {
-        const QJsonDocument line = QJsonDocument::fromJson(socket_->readLine());
-        if (line.isObject())
-            take(line.object());
+        const QByteArray line = socket_->readLine();
+        if (!std::exchange(dropping_, false))
+            readLine(line);
     }
     if (socket_ != nullptr && socket_->bytesAvailable() >= MaxLineBytes)
-        fail(pluginTexts().mpvNoAnswer);
+        dropLongLine();
+}
+
+void MpvEngine::readLine(const QByteArray& line)
+{
+    QJsonDocument message = QJsonDocument::fromJson(line);
+    // Tags that are in no known encoding come as they are.
+    if (message.isNull())
+        message = QJsonDocument::fromJson(QString::fromUtf8(line).toUtf8());
+    if (message.isObject())
+        take(message.object());
+}
+
+/// Only a tag can be that long, and only one that nobody could read. Answers come in the order of
+/// the requests.
+void MpvEngine::dropLongLine()
+{
+    socket_->readAll();
+    if (std::exchange(dropping_, true))
+        return;
+    if (!awaited_.isEmpty())
+        takeAnswer(awaited_.firstKey(), QJsonValue());
 }
 
 void MpvEngine::take(const QJsonObject& message)
@@ -279,7 +293,13 @@ void MpvEngine::take(const QJsonObject& message)
         takeEvent(message);
         return;
     }
-    const auto awaited = awaited_.find(message.value(QLatin1String("request_id")).toInt(-1));
+    takeAnswer(message.value(QLatin1String("request_id")).toInt(-1),
+               message.value(QLatin1String("data")));
+}
+
+void MpvEngine::takeAnswer(int request, const QJsonValue& data)
+{
+    const auto awaited = awaited_.find(request);
     if (awaited == awaited_.end())
         return;
     const Answer answer = *awaited;
@@ -289,7 +309,7 @@ void MpvEngine::take(const QJsonObject& message)
     else
         answerTimer_.start();
     if (answer)
-        answer(message.value(QLatin1String("data")));
+        answer(data);
 }
 
 void MpvEngine::takeEvent(const QJsonObject& event)
@@ -332,15 +352,20 @@ void MpvEngine::trackEnded(const QJsonObject& event)
 
 void MpvEngine::trackLoaded()
 {
+    const auto track = std::make_shared<TrackInfo>();
+    const auto askTag = [this, track](const char* name, QString TrackInfo::*tag) {
+        send({quoted("get_property"), quoted(QByteArray("metadata/by-key/") + name)},
+             [track, tag](const QJsonValue& value) { (*track).*tag = tagLine(value.toString()); });
+    };
+    // One by one: what else is in the tags may be of any length.
+    askTag("title", &TrackInfo::title);
+    askTag("artist", &TrackInfo::artist);
+    askTag("album", &TrackInfo::album);
     const qint64 entry = entry_;
-    send({quoted("get_property"), quoted("duration")}, [this, entry](const QJsonValue& length) {
-        send({quoted("get_property"), quoted("metadata")},
-             [this, entry, length](const QJsonValue& data) {
-                 if (entry != entry_)
-                     return;
-                 const QJsonObject tags = data.toObject();
-                 emit loaded({tag(tags, QLatin1String("title")), tag(tags, QLatin1String("artist")),
-                              tag(tags, QLatin1String("album")), length.toDouble()});
-             });
-    });
+    send({quoted("get_property"), quoted("duration")},
+         [this, entry, track](const QJsonValue& length) {
+             track->length = length.toDouble();
+             if (entry == entry_)
+                 emit loaded(*track);
+         });
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QHash>
 #include <QLocalSocket>
+#include <QMap>
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
@@ -13,7 +13,7 @@
 class QJsonObject;
 class QJsonValue;
 
-/// What is known of a track that has been opened.
+/// What is known of a track that has been opened. Texts are single lines of limited length.
 struct TrackInfo {
     QString title;
     QString artist;
@@ -88,7 +88,10 @@ private:
     /// Sends a command, its words as JSON. `answer` gets the data of a success.
     void send(const QList<QByteArray>& words, const Answer& answer = {});
     void readLines();
+    void readLine(const QByteArray& line);
+    void dropLongLine();
     void take(const QJsonObject& message);
+    void takeAnswer(int request, const QJsonValue& data);
     void takeEvent(const QJsonObject& event);
     void trackEnded(const QJsonObject& event);
     void trackLoaded();
@@ -96,13 +99,14 @@ private:
     Settings settings_;
     QProcess* process_ = nullptr;
     QLocalSocket* socket_ = nullptr;
-    QHash<int, Answer> awaited_; ///< by the number of the request
-    QTimer answerTimer_;         ///< runs while something is awaited
+    QMap<int, Answer> awaited_; ///< by the number of the request, in the order of the answers
+    QTimer answerTimer_;        ///< runs while something is awaited
     int lastRequest_ = 0;
     int runs_ = 0;           ///< which start of mpv this is
     int loads_ = 0;          ///< which load() this is
     qint64 firstEntry_ = -1; ///< mpv's numbers of the track: one, or several if it is a list
     qint64 entry_ = -1;
-    bool opened_ = false; ///< mpv has begun with the track
+    bool opened_ = false;   ///< mpv has begun with the track
+    bool dropping_ = false; ///< the rest of a line is on its way that is too long to be read
     int volume_ = 100;
 };

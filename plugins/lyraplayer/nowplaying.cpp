@@ -9,6 +9,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QTextLayout>
+#include <QTransform>
 
 #include <algorithm>
 #include <cmath>
@@ -18,11 +19,14 @@ namespace
 
 constexpr int Margin = 10;
 constexpr int SmallText = 12;
-constexpr int Text = 14;
+constexpr int MiddleText = 14;
 constexpr int LargeText = 17;
 constexpr int Bold = 75;
 constexpr int Light = 25;
-constexpr int LargestPicture = 96;
+constexpr int LargestPicture = 128;
+/// A note that is much larger than this would be all that one sees.
+constexpr int LargestNote = 88;
+constexpr int Corner = 6;
 
 const ZSkinService::Look& skin()
 {
@@ -50,24 +54,23 @@ QString oneLine(const QPainter& painter, const QString& text, int width)
     return painter.fontMetrics().elidedText(text.simplified(), Qt::ElideRight, width);
 }
 
-/// Draws a text on at most two lines, cut off at the end if it needs more.
-void paintTwoLines(QPainter& painter, const QRect& area, const QString& text)
+/// The lines that a text takes in a font, at most two, the last cut off if it needs more.
+QStringList brokenLines(const QString& text, const QFont& font, int width)
 {
-    QTextLayout layout(withMarks(text).simplified(), painter.font());
+    const QFontMetrics metrics(font);
+    const QString whole = withMarks(text).simplified();
+    if (whole.isEmpty() || metrics.horizontalAdvance(whole) <= width)
+        return whole.isEmpty() ? QStringList() : QStringList(whole);
+    QTextLayout layout(whole, font);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
     layout.beginLayout();
     QTextLine first = layout.createLine();
-    first.setLineWidth(area.width());
+    first.setLineWidth(width);
     layout.endLayout();
     const qsizetype end = first.isValid() ? first.textLength() : 0;
-    const QString head = layout.text().left(end);
-    const QString rest = oneLine(painter, layout.text().mid(end), area.width());
-    const int height = painter.fontMetrics().height();
-    const int align = int(Qt::AlignHCenter | Qt::AlignVCenter) | Qt::TextSingleLine;
-    QRect line(area.left(), area.top(), area.width(), height);
-    if (rest.isEmpty())
-        line.moveTop(area.top() + (area.height() - height) / 2);
-    painter.drawText(line, align, oneLine(painter, head, area.width()));
-    painter.drawText(line.translated(0, height), align, rest);
+    return {whole.left(end).trimmed(), metrics.elidedText(whole.mid(end), Qt::ElideRight, width)};
 }
 
 /// The part of a bar that is filled.
@@ -99,10 +102,53 @@ NowPlaying::NowPlaying(Player& player, QWidget* parent) : QWidget(parent), playe
     connect(&player, &Player::changed, this, qOverload<>(&QWidget::update));
 }
 
-NowPlaying::Places NowPlaying::places() const
+int NowPlaying::Text::height() const
+{
+    return int(lines.size()) * QFontMetrics(font).height();
+}
+
+void NowPlaying::setCover(const QImage& cover)
+{
+    cover_ = cover;
+    update();
+}
+
+QStringList NowPlaying::shownLines() const
+{
+    QStringList lines;
+    for (const Text& text : texts())
+        lines += text.lines;
+    return lines;
+}
+
+QSize NowPlaying::coverBox() const
+{
+    return QSize(LargestPicture, LargestPicture) * devicePixelRatio();
+}
+
+QList<NowPlaying::Text> NowPlaying::texts() const
+{
+    const int inner = width() - 2 * Margin;
+    const auto text = [inner, this](const QString& words, int size, int weight,
+                                    const QColor& colour) {
+        const QFont itsFont = ZSkinService::font(font().family(), size, weight);
+        return Text{brokenLines(words, itsFont, inner), itsFont, colour};
+    };
+    const TrackInfo& track = player_.track();
+    const QString title = player_.count() > 0 ? player_.title() : pluginTexts().noMusic;
+    Text album = text(track.album, SmallText, Light, skin().secondaryText);
+    if (album.lines.size() > 1)
+        album.lines = {QFontMetrics(album.font)
+                           .elidedText(withMarks(track.album).simplified(), Qt::ElideRight, inner)};
+    return {text(title, LargeText, Bold, skin().text),
+            text(track.artist, MiddleText, Light, skin().text), album};
+}
+
+NowPlaying::Places NowPlaying::places(const QList<Text>& texts) const
 {
     constexpr int ButtonSize = 30;
     constexpr int ButtonGap = 54;
+    constexpr int Gap = 6;
     const int inner = width() - 2 * Margin;
     Places place;
     int bottom = height() - 4;
@@ -114,13 +160,15 @@ NowPlaying::Places NowPlaying::places() const
     const QRect buttons = takeLow(ButtonSize, 6);
     place.times = takeLow(16, 4);
     place.bar = takeLow(6, 2);
-    place.artist = takeLow(18, 8);
-    place.title = takeLow(44, 0);
+    int textHeight = 0;
+    for (const Text& text : texts)
+        textHeight += text.height();
+    place.texts = takeLow(textHeight, 8);
     place.head = QRect(Margin, 4, inner, 16);
-    const int top = place.head.bottom() + 5;
-    const int side = std::clamp(place.title.top() - 5 - top, 0, LargestPicture);
-    place.picture =
-        QRect((width() - side) / 2, top + (place.title.top() - 5 - top - side) / 2, side, side);
+    const int top = place.head.bottom() + Gap;
+    const int room = place.texts.top() - Gap - top;
+    const int side = std::clamp(room, 0, cover_.isNull() ? LargestNote : LargestPicture);
+    place.picture = QRect((width() - side) / 2, top + (room - side) / 2, side, side);
     place.play = QRect((width() - ButtonSize) / 2, buttons.top(), ButtonSize, ButtonSize);
     place.back = place.play.translated(-ButtonGap, 0);
     place.forth = place.play.translated(ButtonGap, 0);
@@ -131,16 +179,11 @@ void NowPlaying::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.fillRect(rect(), skin().background);
-    const Places place = places();
+    const QList<Text> shown = texts();
+    const Places place = places(shown);
     paintHead(painter, place.head);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(skin().highlight);
-    painter.drawRoundedRect(place.picture, 8, 8);
-    painter.setRenderHint(QPainter::Antialiasing, false);
-    const int inset = place.picture.width() / 6;
-    Glyph::note(painter, place.picture.adjusted(inset, inset, -inset, -inset), Qt::black);
-    paintTexts(painter, place);
+    paintPicture(painter, place.picture);
+    paintTexts(painter, place.texts, shown);
     paintProgress(painter, place);
     Glyph::previous(painter, place.back.adjusted(5, 5, -5, -5), skin().text);
     const QRect middle = place.play.adjusted(2, 2, -2, -2);
@@ -150,6 +193,31 @@ void NowPlaying::paintEvent(QPaintEvent* /*event*/)
         Glyph::play(painter, middle, skin().text);
     Glyph::next(painter, place.forth.adjusted(5, 5, -5, -5), skin().text);
     paintVolume(painter, place.volume);
+}
+
+void NowPlaying::paintPicture(QPainter& painter, const QRect& area) const
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    if (cover_.isNull()) {
+        painter.setBrush(skin().highlight);
+        painter.drawRoundedRect(area, Corner, Corner);
+        painter.restore();
+        const int inset = area.width() / 6;
+        Glyph::note(painter, area.adjusted(inset, inset, -inset, -inset), Qt::black);
+        return;
+    }
+    QRectF place(QPointF(), QSizeF(cover_.size()).scaled(area.size(), Qt::KeepAspectRatio));
+    place.moveCenter(QRectF(area).center());
+    // As many pixels as there is room for, so that it is sharp.
+    const QSize pixels = (place.size() * devicePixelRatio()).toSize().expandedTo(QSize(1, 1));
+    QBrush brush(cover_.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    brush.setTransform(QTransform::fromTranslate(place.left(), place.top())
+                           .scale(1 / devicePixelRatioF(), 1 / devicePixelRatioF()));
+    painter.setBrush(brush);
+    painter.drawRoundedRect(place, Corner, Corner);
+    painter.restore();
 }
 
 void NowPlaying::paintHead(QPainter& painter, const QRect& area) const
@@ -168,20 +236,19 @@ void NowPlaying::paintHead(QPainter& painter, const QRect& area) const
     painter.drawText(area, Qt::AlignCenter, oneLine(painter, pluginTexts().okForList, room));
 }
 
-void NowPlaying::paintTexts(QPainter& painter, const Places& place) const
+void NowPlaying::paintTexts(QPainter& painter, const QRect& area, const QList<Text>& texts)
 {
-    painter.setFont(ZSkinService::font(font().family(), LargeText, Bold));
-    painter.setPen(skin().text);
-    paintTwoLines(painter, place.title,
-                  player_.count() > 0 ? player_.title() : pluginTexts().noMusic);
-    const TrackInfo& track = player_.track();
-    QStringList known{track.artist, track.album};
-    known.removeAll(QString());
-    painter.setFont(ZSkinService::font(font().family(), Text, Light));
-    painter.setPen(skin().secondaryText);
-    painter.drawText(
-        place.artist, Qt::AlignCenter,
-        oneLine(painter, known.join(QStringLiteral(" \u2013 ")), place.artist.width()));
+    int y = area.top();
+    for (const Text& text : texts) {
+        painter.setFont(text.font);
+        painter.setPen(text.colour);
+        const int height = painter.fontMetrics().height();
+        for (const QString& line : text.lines) {
+            painter.drawText(QRect(area.left(), y, area.width(), height),
+                             int(Qt::AlignCenter) | Qt::TextSingleLine, line);
+            y += height;
+        }
+    }
 }
 
 void NowPlaying::paintProgress(QPainter& painter, const Places& place) const
@@ -214,7 +281,7 @@ void NowPlaying::mousePressEvent(QMouseEvent* event)
 {
     event->accept();
     const QPoint point = event->position().toPoint();
-    const Places place = places();
+    const Places place = places(texts());
     // A finger is larger than what it is meant for.
     const auto hits = [point](const QRect& area) {
         constexpr int Slack = 8;

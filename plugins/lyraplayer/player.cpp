@@ -1,5 +1,6 @@
 #include "plugins/lyraplayer/player.h"
 
+#include "plugins/lyraplayer/tracknames.h"
 #include "plugins/support/fileproblem.h"
 #include "plugins/support/plugintexts.h"
 
@@ -97,7 +98,7 @@ QString Player::nameOf(int track) const
 
 QString Player::title() const
 {
-    return info_.title.isEmpty() ? nameOf(current_) : info_.title;
+    return songName(info_.title, trackAt(current_), current_ + 1);
 }
 
 void Player::open(int track)

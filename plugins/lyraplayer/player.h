@@ -41,7 +41,9 @@ public:
     /// The track that is played or would be; -1 if the list is empty.
     int current() const { return current_; }
     QString nameOf(int track) const;
-    /// What the tags say, else the file's name.
+    /// A track of the list as it was given; empty if there is none.
+    QByteArray trackAt(int track) const { return tracks_.value(track); }
+    /// What songName() makes of the track that is played or would be.
     QString title() const;
     const TrackInfo& track() const { return info_; }
     double position() const { return position_; } ///< seconds

@@ -8,6 +8,8 @@
 #include "plugins/lyraplayer/messagebar.h"
 #include "plugins/lyraplayer/nowplaying.h"
 #include "plugins/lyraplayer/player.h"
+#include "plugins/lyraplayer/tracknames.h"
+#include "plugins/lyraplayer/trackreader.h"
 #include "plugins/support/plugintexts.h"
 
 #include <QPainter>
@@ -20,6 +22,8 @@ namespace
 {
 
 constexpr int MarkSize = 14;
+/// As dark as the page of the track that plays.
+constexpr unsigned ListClass = ZSkinService::clsDarkListBox;
 
 QPixmap emptyMark(double density)
 {
@@ -35,7 +39,7 @@ QPixmap playMark(double density)
     QPixmap mark = emptyMark(density);
     QPainter painter(&mark);
     Glyph::play(painter, QRectF(2, 2, MarkSize - 4, MarkSize - 4),
-                ZSkinService::look(ZSkinService::clsListBox).text);
+                ZSkinService::look(ListClass).text);
     return mark;
 }
 
@@ -44,6 +48,7 @@ QPixmap playMark(double density)
 PlayerWindow::PlayerWindow(Player& player)
     : PluginWindow(QStringLiteral("LyraPlayer")),
       player_(player),
+      reader_(new TrackReader(this)),
       noMark_(emptyMark(devicePixelRatioF())),
       mark_(playMark(devicePixelRatioF()))
 {
@@ -60,7 +65,7 @@ void PlayerWindow::addPages()
 {
     pages_ = new QStackedWidget(this);
     nowPlaying_ = new NowPlaying(player_, pages_);
-    list_ = new ZListBox(QStringLiteral("%I%M"), pages_, 0, ZSkinService::clsListBox);
+    list_ = new ZListBox(QStringLiteral("%I%M"), pages_, 0, ListClass);
     list_->setItemFont(2, font(), false);
     list_->setItemFont(2, font(), true);
     pages_->addWidget(nowPlaying_);
@@ -72,6 +77,8 @@ void PlayerWindow::addPages()
 
 void PlayerWindow::connectPlayer()
 {
+    connect(reader_, &TrackReader::titleRead, this, &PlayerWindow::titleRead);
+    connect(reader_, &TrackReader::coverRead, nowPlaying_, &NowPlaying::setCover);
     connect(nowPlaying_, &NowPlaying::listWanted, this, [this] { showList(true); });
     connect(list_, &ZListBox::selected, this, &PlayerWindow::playRow);
     connect(list_, &ZListBox::highlighted, this, &PlayerWindow::showState);
@@ -82,15 +89,27 @@ void PlayerWindow::connectPlayer()
 
 void PlayerWindow::fillList()
 {
-    for (int track = 0; track < player_.count(); ++track) {
-        auto* row = new ZListBoxItem(list_, QStringLiteral("%I%M"));
-        row->setPixmap(0, noMark_);
-        row->appendSubItem(1, QStringLiteral("%1. %2").arg(track + 1).arg(player_.nameOf(track)),
-                           false);
-        list_->insertItem(row);
-    }
+    // Rows are made when they are seen; only then their tags are read.
+    list_->appendLater(player_.count(), 1, QSize(MarkSize, MarkSize),
+                       [this](int track) { return rowOf(track); });
     list_->setCurrentItem(player_.current());
     follow(player_.current(), -1);
+}
+
+ZListBoxItem* PlayerWindow::rowOf(int track)
+{
+    auto* row = new ZListBoxItem(list_, QStringLiteral("%I%M"));
+    row->setPixmap(0, track == player_.current() ? mark_ : noMark_);
+    const QByteArray file = player_.trackAt(track);
+    row->appendSubItem(1, trackRow(QString(), file, track + 1), false);
+    reader_->askTitle(track, file);
+    return row;
+}
+
+void PlayerWindow::titleRead(int track, const QString& title)
+{
+    if (ZListBoxItem* row = list_->item(track))
+        row->setSubItemText(1, 0, trackRow(title, player_.trackAt(track), track + 1));
 }
 
 void PlayerWindow::follow(int track, int before)
@@ -101,6 +120,9 @@ void PlayerWindow::follow(int track, int before)
         row->setPixmap(0, mark_);
     if (!showsList() || list_->currentItem() == before)
         list_->setCurrentItem(track);
+    // Until it has come the last one stays, which mostly is the same.
+    if (track >= 0)
+        reader_->askCover(player_.trackAt(track), nowPlaying_->coverBox());
 }
 
 void PlayerWindow::showList(bool list)

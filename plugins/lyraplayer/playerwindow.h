@@ -8,7 +8,9 @@ class MessageBar;
 class NowPlaying;
 class Player;
 class QStackedWidget;
+class TrackReader;
 class ZListBox;
+class ZListBoxItem;
 
 /// The player's window: the track that plays, or the list of all, with the player's messages below.
 /// Hiding it does not stop the music.
@@ -24,6 +26,7 @@ public:
     void showList(bool list);
     bool showsList() const;
     const ZListBox* list() const { return list_; }
+    const NowPlaying* nowPlaying() const { return nowPlaying_; }
 
 public slots:
     /// What other programs may ask for: "show", "next", "prew". Anything else is ignored.
@@ -38,6 +41,8 @@ protected:
 
 private:
     void fillList();
+    ZListBoxItem* rowOf(int track);
+    void titleRead(int track, const QString& title);
     void addPages();
     void connectPlayer();
     void playRow(int row);
@@ -48,6 +53,7 @@ private:
     void showState();
 
     Player& player_;
+    TrackReader* reader_;
     QStackedWidget* pages_ = nullptr;
     NowPlaying* nowPlaying_ = nullptr;
     ZListBox* list_ = nullptr;

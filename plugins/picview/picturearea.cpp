@@ -17,6 +17,8 @@ namespace
 
 /// Milliseconds after which one wants to know what takes so long.
 constexpr int LoadingDelay = 300;
+/// For how long a few words are shown, milliseconds.
+constexpr int WordsTime = 1500;
 constexpr int SquareSide = 8;
 
 /// What transparent pictures are shown on: black or white alone would hide some of them.
@@ -41,6 +43,9 @@ PictureArea::PictureArea(QWidget* parent) : QWidget(parent)
     patience_.setSingleShot(true);
     patience_.setInterval(LoadingDelay);
     connect(&patience_, &QTimer::timeout, this, [this] { update(); });
+    saying_.setSingleShot(true);
+    saying_.setInterval(WordsTime);
+    connect(&saying_, &QTimer::timeout, this, [this] { say(QString()); });
 }
 
 PictureArea::~PictureArea() = default;
@@ -51,9 +56,10 @@ void PictureArea::expect()
     patience_.start();
 }
 
-void PictureArea::show(const Picture& picture, const QString& path)
+void PictureArea::show(const Picture& picture, const QString& path, int quarterTurns)
 {
     movie_.reset();
+    quarterTurns_ = quarterTurns;
     put(picture);
     refined_ = false;
     place_.setPicture(picture.problem.isEmpty() ? picture.size : QSize());
@@ -65,6 +71,26 @@ void PictureArea::refine(const Picture& picture)
 {
     put(picture);
     refined_ = true;
+}
+
+void PictureArea::turn(int quarterTurns)
+{
+    constexpr int WholeTurn = 4;
+    quarterTurns_ = (quarterTurns_ + quarterTurns + WholeTurn) % WholeTurn;
+    picture_.image = turnedBy(picture_.image, quarterTurns);
+    if (quarterTurns % 2 != 0)
+        picture_.size.transpose();
+    reduced_ = QImage();
+    place_.setPicture(picture_.problem.isEmpty() ? picture_.size : QSize());
+    update();
+}
+
+void PictureArea::say(const QString& words)
+{
+    words_ = words;
+    if (!words.isEmpty())
+        saying_.start();
+    update();
 }
 
 void PictureArea::put(const Picture& picture)
@@ -83,8 +109,10 @@ QSize PictureArea::box() const
 
 bool PictureArea::wantsDetail() const
 {
-    return !refined_ && !place_.isFitted() && !movie_ &&
-           picture_.image.width() < picture_.size.width();
+    if (refined_ || movie_ || picture_.image.isNull())
+        return false;
+    const double wanted = place_.target().width() * devicePixelRatio();
+    return picture_.image.width() + 1 < std::min(double(picture_.size.width()), wanted);
 }
 
 void PictureArea::play(const QString& path)
@@ -98,7 +126,7 @@ void PictureArea::play(const QString& path)
         const QImage frame = movie_->currentImage();
         if (frame.isNull())
             return;
-        picture_.image = frame;
+        picture_.image = turnedBy(frame, quarterTurns_);
         reduced_ = QImage();
         update();
     });
@@ -120,6 +148,12 @@ bool PictureArea::zoomOut()
 void PictureArea::fit()
 {
     place_.fit();
+    update();
+}
+
+void PictureArea::fill()
+{
+    place_.fill();
     update();
 }
 
@@ -175,12 +209,19 @@ void PictureArea::paintEvent(QPaintEvent* /*event*/)
         paintPicture(painter);
     else if (!picture_.problem.isEmpty())
         paintNotice(painter, rect(), picture_.problem);
-    if (!loading_ || patience_.isActive())
-        return;
+    if (loading_ && !patience_.isActive())
+        paintWords(painter, pluginTexts().loading);
+    else if (!words_.isEmpty())
+        paintWords(painter, words_);
+}
+
+void PictureArea::paintWords(QPainter& painter, const QString& words)
+{
     const QRect label(0, height() - ZSkinService::HeaderHeight, width(),
                       ZSkinService::HeaderHeight);
     painter.fillRect(label, QColor(0, 0, 0, 0xa0));
-    painter.drawText(label, Qt::AlignCenter, pluginTexts().loading);
+    painter.setPen(Qt::white);
+    painter.drawText(label, Qt::AlignCenter, words);
 }
 
 void PictureArea::paintPicture(QPainter& painter)

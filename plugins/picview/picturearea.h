@@ -1,7 +1,7 @@
 #pragma once
 
-#include "plugins/picview/picture.h"
 #include "plugins/picview/pictureplace.h"
+#include "plugins/support/picture.h"
 
 #include <QFile>
 #include <QTimer>
@@ -22,10 +22,16 @@ public:
 
     /// Another picture comes soon: what is shown stays for that long.
     void expect();
-    /// Shows a picture fitted. `path` is what it is played from if it is animated.
-    void show(const Picture& picture, const QString& path);
+    /// Shows a picture fitted, or filling the area if the one before does. `path` is what it is
+    /// played from if it is animated, `quarterTurns` by how much it was turned.
+    void show(const Picture& picture, const QString& path, int quarterTurns);
     /// Puts the same picture with more pixels in place of the one shown.
     void refine(const Picture& picture);
+    /// Turns what is shown clockwise by quarter turns; fewer of its pixels may be at hand then.
+    void turn(int quarterTurns);
+    /// Shows a few words over the picture for a while.
+    void say(const QString& words);
+    const QString& words() const { return words_; }
     /// The pixels of the display that a picture can be seen with at most.
     QSize box() const;
 
@@ -38,6 +44,7 @@ public:
     bool zoomIn();
     bool zoomOut();
     void fit();
+    void fill();
     void showOriginalSize();
     bool scroll(int right, int down);
 
@@ -57,6 +64,7 @@ private:
     void put(const Picture& picture);
     void play(const QString& path);
     void paintPicture(QPainter& painter);
+    void paintWords(QPainter& painter, const QString& words);
     const QImage& imageFor(double ratio);
 
     Picture picture_;
@@ -65,7 +73,10 @@ private:
     std::unique_ptr<QMovie> movie_;
     QImage reduced_; ///< the picture halved as often as suits the scale
     int halvings_ = 0;
+    int quarterTurns_ = 0;
     QTimer patience_; ///< before it says that it is loading
+    QTimer saying_;   ///< runs while the words are shown
+    QString words_;
     bool loading_ = false;
     bool refined_ = false;
     QPoint pressedAt_;

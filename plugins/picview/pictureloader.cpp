@@ -18,14 +18,14 @@ PictureLoader::~PictureLoader()
         std::_Exit(EXIT_FAILURE);
 }
 
-void PictureLoader::load(const QString& path, QSize box)
+void PictureLoader::load(const QString& path, const PictureWish& wish)
 {
     cancel();
     current_ = std::make_shared<std::atomic<bool>>(false);
-    QMetaObject::invokeMethod(&worker_, [this, path, box, request = current_] {
+    QMetaObject::invokeMethod(&worker_, [this, path, wish, request = current_] {
         if (*request)
             return;
-        Picture picture = readPicture(path, box, *request);
+        Picture picture = readPicture(path, wish, *request);
         QMetaObject::invokeMethod(
             this, [this, request, picture = std::move(picture)] { finish(request, picture); });
     });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugins/picview/picture.h"
+#include "plugins/support/picture.h"
 
 #include <QObject>
 #include <QThread>
@@ -21,7 +21,7 @@ public:
     ~PictureLoader() override;
 
     /// As readPicture(); loaded() follows unless another request does.
-    void load(const QString& path, QSize box);
+    void load(const QString& path, const PictureWish& wish);
 
 signals:
     void loaded(const Picture& picture);

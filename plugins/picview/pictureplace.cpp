@@ -20,14 +20,18 @@ double clampedCentre(double centre, double picture, double seen)
 void PicturePlace::setArea(QSize area)
 {
     area_ = area;
-    if (!isFitted())
+    if (mode_ == Mode::Free)
         setScale(scale_);
+    else if (isFilling())
+        clampCentre();
 }
 
 void PicturePlace::setPicture(QSize picture)
 {
     picture_ = picture;
-    fit();
+    if (mode_ == Mode::Free)
+        mode_ = Mode::Fitted;
+    centre();
 }
 
 double PicturePlace::fittedScale() const
@@ -38,9 +42,24 @@ double PicturePlace::fittedScale() const
                      double(area_.height()) / picture_.height()});
 }
 
+double PicturePlace::fillingScale() const
+{
+    if (picture_.isEmpty())
+        return 1;
+    return std::max(double(area_.width()) / picture_.width(),
+                    double(area_.height()) / picture_.height());
+}
+
 double PicturePlace::scale() const
 {
-    return isFitted() ? fittedScale() : scale_;
+    switch (mode_) {
+    case Mode::Fitted:
+        return fittedScale();
+    case Mode::Filling:
+        return fillingScale();
+    default:
+        return scale_;
+    }
 }
 
 bool PicturePlace::zoomIn()
@@ -55,13 +74,24 @@ bool PicturePlace::zoomOut()
 {
     if (isFitted())
         return false;
-    setScale(scale_ / 2);
+    setScale(scale() / 2);
     return true;
 }
 
 void PicturePlace::fit()
 {
-    scale_ = 0;
+    mode_ = Mode::Fitted;
+    centre();
+}
+
+void PicturePlace::fill()
+{
+    mode_ = Mode::Filling;
+    centre();
+}
+
+void PicturePlace::centre()
+{
     centre_ = QPointF(picture_.width() / 2.0, picture_.height() / 2.0);
 }
 
@@ -76,7 +106,7 @@ bool PicturePlace::scroll(int right, int down)
     if (isFitted())
         return false;
     const QPointF before = centre_;
-    centre_ += QPointF(right, down) / scale_;
+    centre_ += QPointF(right, down) / scale();
     clampCentre();
     return centre_ != before;
 }
@@ -95,12 +125,13 @@ void PicturePlace::setScale(double scale)
         fit();
         return;
     }
+    mode_ = Mode::Free;
     scale_ = scale;
     clampCentre();
 }
 
 void PicturePlace::clampCentre()
 {
-    centre_ = {clampedCentre(centre_.x(), picture_.width(), area_.width() / scale_),
-               clampedCentre(centre_.y(), picture_.height(), area_.height() / scale_)};
+    centre_ = {clampedCentre(centre_.x(), picture_.width(), area_.width() / scale()),
+               clampedCentre(centre_.y(), picture_.height(), area_.height() / scale())};
 }

@@ -28,12 +28,6 @@ int withScale(int argc)
     return argc;
 }
 
-QString fileOf(int argc, char** argv)
-{
-    const int position = argc > 2 && qstrcmp(argv[1], "-d") == 0 ? 2 : 1;
-    return argc > position ? decodeName(argv[position]) : QString();
-}
-
 /// Both with "/" at the end. The root is its own.
 QString folderAbove(QString folder)
 {
@@ -63,6 +57,9 @@ PluginApp::PluginApp(int argc, char** argv, const QString& title)
     QCoreApplication::setApplicationName(title);
     QGuiApplication::setApplicationDisplayName(title);
     setPathEncoder(encodedPath);
+    // It is not for the programs that a plugin starts.
+    ZScreen::setPlace(qgetenv(ProgramNames::PlaceVariable));
+    qunsetenv(ProgramNames::PlaceVariable);
     pluginFolder_ = folderPart(linkText(QStringLiteral("/proc/self/exe")));
     workFolder_ = folderAbove(folderAbove(pluginFolder_));
     settings_ = readPluginSettings(workFolder_ + QStringLiteral("fm.cfg"));
@@ -71,6 +68,12 @@ PluginApp::PluginApp(int argc, char** argv, const QString& title)
                     QStringLiteral(".lang"));
     registerFont(workFolder_ + QStringLiteral("res/font.ttf"));
     KeyMap::instance().load(workFolder_ + QStringLiteral("keymap.cfg"));
+}
+
+QString PluginApp::fileOf(int argc, char** argv)
+{
+    const int position = argc > 2 && qstrcmp(argv[1], "-d") == 0 ? 2 : 1;
+    return argc > position ? decodeName(argv[position]) : QString();
 }
 
 int PluginApp::run(PluginWindow& window)

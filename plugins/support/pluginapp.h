@@ -20,6 +20,9 @@ public:
     /// `title` names the program to the user and to the window system.
     PluginApp(int argc, char** argv, const QString& title);
 
+    /// The path that a plugin started with these arguments is to open; empty if there is none.
+    static QString fileOf(int argc, char** argv);
+
     /// The path that the plugin is to open; empty if none was given.
     const QString& file() const { return file_; }
     /// Ends with "/".

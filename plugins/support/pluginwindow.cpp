@@ -52,6 +52,15 @@ void PluginWindow::showTitle(const QString& name, const QString& detail)
                        end);
 }
 
+void PluginWindow::setWholeScreen(bool on)
+{
+    if (wholeScreen_ == on)
+        return;
+    wholeScreen_ = on;
+    softKey_->setVisible(!on);
+    fullScreenModeChanged(on);
+}
+
 void PluginWindow::end()
 {
     ZApplication::quit();

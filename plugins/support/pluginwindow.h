@@ -20,6 +20,11 @@ public:
     /// Puts a name and what is to say about it into the title; a long name loses its middle.
     void showTitle(const QString& name, const QString& detail);
 
+    /// Gives the title's and the bar's room to the content, or takes it back. The soft keys work as
+    /// ever.
+    void setWholeScreen(bool on);
+    bool isWholeScreen() const { return wholeScreen_; }
+
 public slots:
     /// Ends the program; what the window manager's request to close does, too.
     virtual void end();
@@ -36,4 +41,5 @@ protected:
 
 private:
     ZSoftKey* softKey_;
+    bool wholeScreen_ = false;
 };

@@ -3,6 +3,7 @@
 #include "files/names.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace
@@ -49,6 +50,20 @@ char32_t visible(char32_t code)
         return code;
     const bool isBreak = code == QChar::LineSeparator || code == QChar::ParagraphSeparator;
     return code <= LastControl || isBreak ? MiddleDot : code;
+}
+
+/// Whether a character is of a script that has a direction, and of which.
+std::optional<bool> isRightToLeft(char32_t code)
+{
+    switch (QChar::direction(code)) {
+    case QChar::DirL:
+        return false;
+    case QChar::DirR:
+    case QChar::DirAL:
+        return true;
+    default:
+        return std::nullopt;
+    }
 }
 
 } // namespace
@@ -187,14 +202,26 @@ size_t TextPager::rowEnd(const std::vector<Character>& characters, size_t first)
     return characters.size();
 }
 
+/// As the first letter says, signs and digits being of both kinds.
+bool TextPager::beginsAtTheRight(const std::vector<Character>& characters)
+{
+    for (const Character& character : characters) {
+        if (const std::optional<bool> direction = isRightToLeft(character.code))
+            return *direction;
+    }
+    return false;
+}
+
 std::vector<TextRow> TextPager::rowsOf(const Piece& piece) const
 {
     const std::vector<Character> characters = charactersOf(piece);
+    const bool rightToLeft = beginsAtTheRight(characters);
     std::vector<TextRow> rows;
     size_t first = 0;
     do {
         const size_t last = width_ > 0 ? rowEnd(characters, first) : characters.size();
         TextRow row;
+        row.rightToLeft = rightToLeft;
         row.start = first == 0 ? piece.start : characters[first].offset;
         row.end = last == characters.size() ? piece.end : characters[last].offset;
         row.text.reserve(qsizetype(last - first));

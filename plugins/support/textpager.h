@@ -10,9 +10,10 @@
 
 /// A row of a text on the screen.
 struct TextRow {
-    qint64 start = 0; ///< offset of its first byte
-    qint64 end = 0;   ///< offset of the next row
-    QString text;     ///< printable characters and tabs
+    qint64 start = 0;         ///< offset of its first byte
+    qint64 end = 0;           ///< offset of the next row
+    QString text;             ///< printable characters and tabs
+    bool rightToLeft = false; ///< the line that it is of begins at the right
 };
 
 /// Breaks a text of any size into rows where a reader looks at it. It keeps nothing but its
@@ -59,6 +60,7 @@ private:
     };
     class Window;
 
+    static bool beginsAtTheRight(const std::vector<Character>& characters);
     Piece pieceAt(qint64 offset) const;
     std::vector<TextRow> rowsOf(const Piece& piece) const;
     std::vector<Character> charactersOf(const Piece& piece) const;

@@ -73,7 +73,7 @@ void TextPane::setWrapping(bool on)
     if (wrapping_ == on)
         return;
     wrapping_ = on;
-    left_ = 0;
+    passed_ = 0;
     pager_.setWidth(on ? textWidth() : 0);
     showFrom(top_);
 }
@@ -117,7 +117,7 @@ void TextPane::refresh()
 
 void TextPane::toStart()
 {
-    left_ = 0;
+    passed_ = 0;
     showFrom(source_.begin());
 }
 
@@ -179,16 +179,28 @@ void TextPane::moveBy(int rows)
     showFrom(pager_.moved(top_, rows));
 }
 
+int TextPane::widthOf(const TextRow& row) const
+{
+    int x = 0;
+    for (const char32_t character : row.text.toUcs4())
+        x += pager_.advance(character, x);
+    return x;
+}
+
+/// To the right by so many pixels, or to the left. Rows that begin at the right pass the other way.
 void TextPane::moveSideways(int pixels)
 {
     int widest = 0;
+    bool fromTheRight = false;
     for (const TextRow& row : std::as_const(rows_)) {
-        int x = 0;
-        for (const char32_t character : row.text.toUcs4())
-            x += pager_.advance(character, x);
-        widest = std::max(widest, x);
+        const int width = widthOf(row);
+        // Of rows of both kinds, the longest one says where there is more.
+        if (width > widest)
+            fromTheRight = row.rightToLeft;
+        widest = std::max(widest, width);
     }
-    left_ = std::clamp(left_ + pixels, 0, std::max(widest - textWidth(), 0));
+    const int wanted = passed_ + (fromTheRight ? -pixels : pixels);
+    passed_ = std::clamp(wanted, 0, std::max(widest - textWidth(), 0));
     update();
 }
 
@@ -251,23 +263,40 @@ void TextPane::paintRow(QPainter& painter, const TextRow& row, int y) const
     int runStart = 0;
     QString run;
     const auto flush = [&] {
-        painter.drawText(SideMargin + runStart - left_, y, run);
+        paintRun(painter, run, row.rightToLeft, runStart - passed_, y);
         run.clear();
     };
     for (const char32_t character : row.text.toUcs4()) {
         const int next = x + pager_.advance(character, x);
         if (character == '\t') {
             flush();
-        } else if (next >= left_) {
+        } else if (next >= passed_) {
             if (run.isEmpty())
                 runStart = x;
             run += QChar::fromUcs4(character);
         }
         x = next;
-        if (x - left_ > textWidth())
+        if (x - passed_ > textWidth())
             break;
     }
     flush();
+}
+
+/// Draws what stands between tabs, so many pixels from where rows begin.
+void TextPane::paintRun(QPainter& painter, const QString& run, bool rightToLeft, int distance,
+                        int y) const
+{
+    if (run.isEmpty())
+        return;
+    if (!rightToLeft) {
+        painter.drawText(SideMargin + distance, y, run);
+        return;
+    }
+    // Joined letters may be narrower than they are one by one.
+    painter.setLayoutDirection(Qt::RightToLeft);
+    const int width = fontMetrics().horizontalAdvance(run);
+    painter.drawText(SideMargin + textWidth() - distance - width, y, run);
+    painter.setLayoutDirection(Qt::LeftToRight);
 }
 
 void TextPane::paintBar(QPainter& painter) const

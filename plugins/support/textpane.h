@@ -8,6 +8,8 @@
 
 /// Shows a text of any size in rows, with a bar that tells where one is in it.
 ///
+/// A line whose first letter is of a script that is written from the right begins at the right.
+///
 /// Keys: Up, Down, "2" and "8" move by a row, PageUp, PageDown, "4" and "6" by a page, so do Left
 /// and Right while lines are wrapped; else these move sideways. Home, "1", End and "7" go to the
 /// start and the end. The wheel scrolls; a tap on the upper or lower half turns the page.
@@ -56,8 +58,11 @@ private:
     int advanceOf(char32_t character);
     void moveBy(int rows);
     void moveSideways(int pixels);
+    int widthOf(const TextRow& row) const;
     void showFrom(qint64 offset);
     void paintRow(QPainter& painter, const TextRow& row, int y) const;
+    void paintRun(QPainter& painter, const QString& run, bool rightToLeft, int distance,
+                  int y) const;
     void paintBar(QPainter& painter) const;
 
     const TextSource& source_;
@@ -66,7 +71,7 @@ private:
     QList<TextRow> rows_;
     QString notice_;
     qint64 top_ = 0; ///< offset of the first row in view
-    int left_ = 0;   ///< pixels that are out of view at the left
+    int passed_ = 0; ///< pixels of the beginnings of all rows that are out of view
     int wheel_ = 0;  ///< of the wheel's turn, what was not enough for a row
     bool noticeInstead_ = false;
     bool wrapping_ = true;

@@ -31,6 +31,7 @@ private slots:
     void pictureIsScaledToItsThumbnail_data();
     void pictureIsScaledToItsThumbnail();
     void contentAndNotTheNameTellsTheFormat();
+    void pictureOfOneBitIsSmooth();
     void orientationOfThePictureIsApplied();
     void denseScreenGetsMorePixelsOfTheSameSize_data();
     void denseScreenGetsMorePixelsOfTheSameSize();
@@ -105,6 +106,25 @@ void tst_Thumbnail::contentAndNotTheNameTellsTheFormat()
     const ScratchFolder folder;
     folder.write(QStringLiteral("x.jpg"), pictureFile({64, 48}, "png", Qt::green));
     QCOMPARE(readThumbnail(folder.path(QStringLiteral("x.jpg")), 1).size(), QSize(32, 24));
+}
+
+void tst_Thumbnail::pictureOfOneBitIsSmooth()
+{
+    // Lines of one pixel, eight pixels apart: from afar a light grey.
+    QImage lines(800, 600, QImage::Format_Mono);
+    lines.fill(1);
+    for (int y = 0; y < lines.height(); ++y) {
+        for (int x = 0; x < lines.width(); x += 8)
+            lines.setPixel(x, y, 0);
+    }
+    const ScratchFolder folder;
+    QVERIFY(lines.save(folder.path(QStringLiteral("lines.png"))));
+    const QImage image = readThumbnail(folder.path(QStringLiteral("lines.png")), 1);
+    QCOMPARE(image.size(), QSize(32, 24));
+    for (int x = 1; x < 31; ++x) {
+        const int grey = qGray(image.pixel(x, 12));
+        QVERIFY2(grey > 200 && grey < 245, qPrintable(QString::number(grey)));
+    }
 }
 
 void tst_Thumbnail::orientationOfThePictureIsApplied()

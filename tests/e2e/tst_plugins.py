@@ -68,9 +68,13 @@ class Plugin(quarn.Watched):
                     return pid
         return None
 
+    def has_keyboard(self):
+        client = self.display.client
+        holder = client.active() if self.display.manager else client.focus()
+        return holder == self.window() is not None
+
     def key(self, *names):
-        quarn.wait_until(lambda: self.display.client.active() == self.window() is not None,
-                         f"the keyboard to be {self.name}'s")
+        quarn.wait_until(self.has_keyboard, f"the keyboard to be {self.name}'s")
         self.display.pressed(*names)
 
     def snapshot(self, name):
@@ -98,6 +102,93 @@ class TestPlugins(quarn.Case):
         program.start()
         program.key("down", "select")
         return Plugin(program, plugin)
+
+
+class KeyboardCase:
+    """Who has the keyboard, and where windows open. The pointer is beside them all, and so gives the
+    keys to none."""
+
+    CORNER = (70, 50)
+
+    def opened(self, program):
+        """A program at a place of its own, and the text viewer that it has started."""
+        client = self.display.client
+        quarn.make_file(program.home / "a.txt", b"text\n")
+        program.start()
+        client.point(client.size.width - 1, client.size.height - 1)
+        client.move(program.window(), *self.CORNER)
+        program.place = None
+        quarn.wait_until(lambda: client.place(program.window())[:2] == self.CORNER or
+                         self.display.manager and client.place(program.window())[0] > 60,
+                         "the window to be moved")
+        program.key("down", "select")
+        return Plugin(program, "TextView")
+
+    def assertListHasKeyboard(self, program):
+        client = self.display.client
+        holder = client.active if self.display.manager else client.focus
+        quarn.wait_until(lambda: holder() == program.window(),
+                         "the keyboard to be the file manager's")
+        # It may still say that it starts the plugin, and then takes all keys.
+        quarn.wait_until(lambda: not program.shows_box(), "the busy box to go")
+        program.key("folderup")
+        program.wait_for_listing(program.base)
+        program.key("hash")
+        program.wait_for_listing(program.home)
+
+    def test_thePluginOpensWhereTheFileManagerIs(self):
+        program = self.program()
+        viewer = self.opened(program)
+        wanted = self.display.client.place(program.window())
+        quarn.wait_until(lambda: viewer.rectangle() == wanted,
+                         lambda: f"{viewer.rectangle()} to be {wanted}")
+        viewer.end()
+
+    def test_afterAPluginTheListHasTheKeyboard(self):
+        program = self.program()
+        viewer = self.opened(program)
+        viewer.end()
+        self.assertListHasKeyboard(program)
+
+    def test_afterAPluginThatIsKilledTheListHasTheKeyboard(self):
+        program = self.program()
+        viewer = self.opened(program)
+        quarn.wait_until(viewer.has_keyboard, "the viewer to have the keyboard")
+        os.kill(viewer.pid(), signal.SIGKILL)
+        viewer.wait_end()
+        self.assertListHasKeyboard(program)
+
+
+class TestKeyboardWithAManager(KeyboardCase, TestPlugins):
+    display_options = {"window_manager": True, "width": 500, "height": 500}
+
+
+class TestKeyboardWithoutAManager(KeyboardCase, TestPlugins):
+    display_options = {"width": 500, "height": 500}
+
+    def test_theKeyboardGoesFromWindowToWindow(self):
+        """With two plugins one above the other, each that ends uncovers the next."""
+        program = self.program()
+        first = self.opened(program)
+        quarn.wait_until(first.has_keyboard, "the first viewer to have the keyboard")
+        second = program.spawn([str(program.stage / "plugins" / "Execute" / "Execute")])
+        self.addCleanup(second.communicate)
+        self.addCleanup(second.kill)
+        runner = Plugin(program, "Execute")
+        runner.end()
+        first.end()
+        self.assertListHasKeyboard(program)
+
+    def test_aWindowThatIsShownAgainGetsTheKeyboard(self):
+        program = self.program()
+        viewer = self.opened(program)
+        viewer.end()
+        self.assertListHasKeyboard(program)
+        program.key("hide")
+        program.wait_hidden()
+        self.assertEqual(program.start_again()[0], 0)
+        program.wait_shown()
+        self.assertListHasKeyboard(program)
 
 
 class TestPictures(TestPlugins):

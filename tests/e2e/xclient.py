@@ -131,6 +131,20 @@ class Client:
         """The id of the window that has the keys, as the window manager tells; None without."""
         return (self.numbers("_NET_ACTIVE_WINDOW") or [None])[0] or None
 
+    def focus(self):
+        """The id of the window that the server gives the keys to; None without one."""
+        return getattr(self.connection.get_input_focus().focus, "id", None)
+
+    def move(self, window, x, y):
+        """Moves a window on the display, or asks the window manager to."""
+        self.connection.create_resource_object("window", window).configure(x=x, y=y)
+        self.connection.sync()
+
+    def point(self, x, y):
+        """Moves the pointer there."""
+        xtest.fake_input(self.connection, X.MotionNotify, x=x, y=y)
+        self.connection.sync()
+
     def place(self, window):
         """(left, top, width, height) of a window on the display; None if it has gone."""
         with contextlib.suppress(error.BadWindow, error.BadDrawable):

@@ -53,6 +53,27 @@ private slots:
         QVERIFY(ZListRowLayout::of("%I%M") != ZListRowLayout::of("%M"));
     }
 
+    void textOfASubItemChangesInARowThatIsShown()
+    {
+        ZListBox box("%I%M", ZScreen::instance(), 0, ZSkinService::clsListBox);
+        box.resize(100, 100);
+        for (int i = 0; i < 2; ++i) {
+            auto* item = new ZListBoxItem(&box, "%I%M");
+            item->appendSubItem(1, "name", false);
+            box.insertItem(item);
+        }
+        const QImage before = box.grab().toImage();
+        box.item(1)->setSubItemText(1, 0, "another");
+        QCOMPARE(box.item(1)->getSubItemText(1, 0), QString("another"));
+        QCOMPARE(box.item(0)->getSubItemText(1, 0), QString("name"));
+        QVERIFY(box.grab().toImage() != before);
+        // There is none of these.
+        box.item(1)->setSubItemText(1, 1, "x");
+        box.item(1)->setSubItemText(2, 0, "x");
+        QCOMPARE(box.item(1)->subItemCount(1), 1);
+        QCOMPARE(box.item(1)->subItemCount(2), 0);
+    }
+
     void subItemsAreReadBackByLineAndIndex()
     {
         ZListBox box("%I%M", ZScreen::instance(), 0, ZSkinService::clsListBox);

@@ -14,6 +14,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <limits>
+#include <optional>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,6 +27,7 @@ private slots:
     void outputAndStatusAreShown();
     void programRunsInItsFolderWithoutInput();
     void outputComesWhileTheProgramRuns();
+    void signalThatEndsTheProgramIsTold();
     void programIsStopped();
     void stubbornProgramIsKilled();
     void secondRequestKillsAtOnce();
@@ -126,6 +128,14 @@ void tst_Execute::outputComesWhileTheProgramRuns()
     QCOMPARE(runner.rows(), (QStringList{"begun", "go on"}));
 }
 
+void tst_Execute::signalThatEndsTheProgramIsTold()
+{
+    const ScratchFolder folder;
+    folder.write("a.sh", "kill -SEGV $$\n");
+    const Runner runner(folder.path("a.sh"));
+    QTRY_COMPARE(runner.state(), QString("Signal 11"));
+}
+
 void tst_Execute::programIsStopped()
 {
     const ScratchFolder folder;
@@ -134,7 +144,7 @@ void tst_Execute::programIsStopped()
     QTRY_VERIFY(runner.shows("begun"));
     pressKey(PhoneKey::SoftLeft);
     QCOMPARE(runner.state(), QString("Stopping..."));
-    QTRY_COMPARE(runner.state(), QString("Signal 15"));
+    QTRY_COMPARE(runner.state(), QString("Stopped"));
 }
 
 void tst_Execute::stubbornProgramIsKilled()
@@ -144,7 +154,7 @@ void tst_Execute::stubbornProgramIsKilled()
     const Runner runner(folder.path("a.sh"));
     QTRY_VERIFY(runner.shows("begun"));
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE_WITH_TIMEOUT(runner.state(), QString("Signal 9"), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(runner.state(), QString("Stopped"), 20000);
 }
 
 void tst_Execute::secondRequestKillsAtOnce()
@@ -154,15 +164,17 @@ void tst_Execute::secondRequestKillsAtOnce()
     RunningProgram program(nullptr);
     program.setPatience(std::numeric_limits<int>::max());
     QByteArray output;
-    QString end;
+    std::optional<ProgramEnd> end;
     connect(&program, &RunningProgram::output, this,
             [&](const QByteArray& bytes) { output += bytes; });
-    connect(&program, &RunningProgram::ended, this, [&](const QString& how) { end = how; });
+    connect(&program, &RunningProgram::ended, this, [&](const ProgramEnd& how) { end = how; });
     program.start(Command::forFile(folder.path("a.sh")));
     QTRY_COMPARE(output, QByteArray("begun\n"));
     program.stop();
     program.stop();
-    QTRY_COMPARE(end, QString("Signal 9"));
+    QTRY_VERIFY(end);
+    QVERIFY(end->bySignal && end->asWished);
+    QCOMPARE(end->code, SIGKILL);
     QVERIFY(!program.isRunning());
 }
 
@@ -177,7 +189,7 @@ void tst_Execute::whatItStartedIsStoppedToo()
     const qint64 child = runner.rows().filter(QRegularExpression("^\\d+$")).value(0).toLongLong();
     QVERIFY(isAlive(child));
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE(runner.state(), QString("Signal 15"));
+    QTRY_COMPARE(runner.state(), QString("Stopped"));
     QTRY_VERIFY(!isAlive(child));
 }
 
@@ -205,7 +217,7 @@ void tst_Execute::floodLeavesTheKeysAlone()
     pressKey(PhoneKey::PageDown);
     QVERIFY(runner.shows("flood"));
     pressKey(PhoneKey::SoftLeft);
-    QTRY_COMPARE(runner.state(), QString("Signal 15"));
+    QTRY_COMPARE(runner.state(), QString("Stopped"));
     QVERIFY(runner.shows("flood"));
 }
 

@@ -1,5 +1,5 @@
-#include "plugins/picview/picture.h"
 #include "plugins/picview/pictureloader.h"
+#include "plugins/support/picture.h"
 #include "tests/browser/picturefiles.h"
 #include "tests/plugins/movinggif.h"
 #include "tests/support/scratchfolder.h"
@@ -16,6 +16,12 @@ private slots:
     void sizesAreFitted();
     void pictureIsScaledDownToTheBox_data();
     void pictureIsScaledDownToTheBox();
+    void pictureIsScaledDownToFillTheBox_data();
+    void pictureIsScaledDownToFillTheBox();
+    void picturesOfOneBitAreSmooth_data();
+    void picturesOfOneBitAreSmooth();
+    void pictureIsTurned_data();
+    void pictureIsTurned();
     void orientationIsApplied();
     void withoutABoxItIsDecodedUpToALimit();
     void hugePicturesAreRefused();
@@ -29,7 +35,7 @@ private slots:
     void loaderMayGoWhileItWorks();
 
 private:
-    static Picture read(const QString& path, QSize box = QSize(240, 280));
+    static Picture read(const QString& path, const PictureWish& wish = {QSize(240, 280)});
 };
 
 namespace
@@ -49,10 +55,10 @@ QByteArray turnedJpeg()
 
 } // namespace
 
-Picture tst_Picture::read(const QString& path, QSize box)
+Picture tst_Picture::read(const QString& path, const PictureWish& wish)
 {
     const std::atomic<bool> cancelled = false;
-    return readPicture(path, box, cancelled);
+    return readPicture(path, wish, cancelled);
 }
 
 void tst_Picture::sizesAreFitted_data()
@@ -96,6 +102,93 @@ void tst_Picture::pictureIsScaledDownToTheBox()
     QCOMPARE(small.image.size(), QSize(20, 10));
 }
 
+void tst_Picture::pictureIsScaledDownToFillTheBox_data()
+{
+    QTest::addColumn<QSize>("picture");
+    QTest::addColumn<QSize>("image");
+    QTest::newRow("wide") << QSize(960, 400) << QSize(672, 280);
+    QTest::newRow("high") << QSize(480, 1000) << QSize(240, 500);
+    QTest::newRow("no larger than it is") << QSize(960, 200) << QSize(960, 200);
+    QTest::newRow("small") << QSize(20, 10) << QSize(20, 10);
+}
+
+void tst_Picture::pictureIsScaledDownToFillTheBox()
+{
+    QFETCH(QSize, picture);
+    const ScratchFolder folder;
+    folder.write("a.png", pictureFile(picture, "png", Qt::blue));
+    const Picture filling = read(folder.path("a.png"), {QSize(240, 280), true});
+    QCOMPARE(filling.size, picture);
+    QTEST(filling.image.size(), "image");
+}
+
+void tst_Picture::picturesOfOneBitAreSmooth_data()
+{
+    QTest::addColumn<QSize>("picture");
+    QTest::addColumn<QByteArray>("format");
+    for (const char* format : {"png", "bmp", "xbm"}) {
+        QTest::newRow(format) << QSize(960, 400) << QByteArray(format);
+        QTest::addRow("%s, odd size", format) << QSize(1013, 507) << QByteArray(format);
+        QTest::addRow("%s, a little too large", format) << QSize(300, 300) << QByteArray(format);
+    }
+}
+
+void tst_Picture::picturesOfOneBitAreSmooth()
+{
+    QFETCH(QSize, picture);
+    QFETCH(QByteArray, format);
+    // Every second pixel is black, so that all of it is grey from afar.
+    QImage dots(picture, QImage::Format_Mono);
+    dots.fill(1);
+    for (int y = 0; y < dots.height(); ++y) {
+        for (int x = y % 2; x < dots.width(); x += 2)
+            dots.setPixel(x, y, 0);
+    }
+    const ScratchFolder folder;
+    QVERIFY(dots.save(folder.path("a"), format.constData()));
+    const Picture read = tst_Picture::read(folder.path("a"));
+    QCOMPARE(read.problem, QString());
+    QCOMPARE(read.image.size(), fittingSize(picture, {240, 280}));
+    for (int y = 2; y < read.image.height() - 2; y += 7) {
+        for (int x = 2; x < read.image.width() - 2; x += 7) {
+            const int grey = qGray(read.image.pixel(x, y));
+            QVERIFY2(grey > 64 && grey < 192,
+                     qPrintable(QString("%1 at %2, %3").arg(grey).arg(x).arg(y)));
+        }
+    }
+}
+
+void tst_Picture::pictureIsTurned_data()
+{
+    QTest::addColumn<int>("quarterTurns");
+    QTest::addColumn<QSize>("image");
+    QTest::addColumn<QPoint>("corner"); // in hundredths of the picture
+    QTest::newRow("not") << 0 << QSize(240, 120) << QPoint(5, 5);
+    QTest::newRow("to the right") << 1 << QSize(140, 280) << QPoint(95, 5);
+    QTest::newRow("upside down") << 2 << QSize(240, 120) << QPoint(95, 95);
+    QTest::newRow("to the left") << 3 << QSize(140, 280) << QPoint(5, 95);
+}
+
+void tst_Picture::pictureIsTurned()
+{
+    QFETCH(int, quarterTurns);
+    QFETCH(QPoint, corner);
+    QImage image(800, 400, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    for (int y = 0; y < 100; ++y) {
+        for (int x = 0; x < 100; ++x)
+            image.setPixelColor(x, y, Qt::red);
+    }
+    const ScratchFolder folder;
+    QVERIFY(image.save(folder.path("a.png")));
+    const Picture picture = read(folder.path("a.png"), {QSize(240, 280), false, quarterTurns});
+    QTEST(picture.image.size(), "image");
+    QCOMPARE(picture.size, quarterTurns % 2 == 0 ? QSize(800, 400) : QSize(400, 800));
+    const QPoint place(picture.image.width() * corner.x() / 100,
+                       picture.image.height() * corner.y() / 100);
+    QCOMPARE(picture.image.pixelColor(place), QColor(Qt::red));
+}
+
 void tst_Picture::orientationIsApplied()
 {
     const ScratchFolder folder;
@@ -103,7 +196,7 @@ void tst_Picture::orientationIsApplied()
     const Picture whole = read(folder.path("a.jpg"));
     QCOMPARE(whole.size, QSize(20, 40));
     QCOMPARE(whole.image.size(), QSize(20, 40));
-    const Picture fitted = read(folder.path("a.jpg"), QSize(10, 10));
+    const Picture fitted = read(folder.path("a.jpg"), {QSize(10, 10)});
     QCOMPARE(fitted.size, QSize(20, 40));
     QCOMPARE(fitted.image.size(), QSize(5, 10));
 }
@@ -113,13 +206,13 @@ void tst_Picture::withoutABoxItIsDecodedUpToALimit()
     const ScratchFolder folder;
     folder.write("large.png", blackPng({6000, 4000}));
     folder.write("small.png", blackPng({600, 400}));
-    const Picture large = read(folder.path("large.png"), QSize());
+    const Picture large = read(folder.path("large.png"), {});
     QCOMPARE(large.problem, QString());
     QCOMPARE(large.size, QSize(6000, 4000));
     const qint64 pixels = qint64(large.image.width()) * large.image.height();
     QVERIFY(pixels <= MaxDecodedPixels);
     QVERIFY(pixels > MaxDecodedPixels * 9 / 10);
-    QCOMPARE(read(folder.path("small.png"), QSize()).image.size(), QSize(600, 400));
+    QCOMPARE(read(folder.path("small.png"), {}).image.size(), QSize(600, 400));
 }
 
 void tst_Picture::hugePicturesAreRefused()
@@ -183,7 +276,7 @@ void tst_Picture::cancelledReadingGivesUp()
     const ScratchFolder folder;
     folder.write("a.bmp", pictureFile({1000, 1000}, "bmp", Qt::red));
     const std::atomic<bool> cancelled = true;
-    QVERIFY(readPicture(folder.path("a.bmp"), {240, 280}, cancelled).image.isNull());
+    QVERIFY(readPicture(folder.path("a.bmp"), {QSize(240, 280)}, cancelled).image.isNull());
 }
 
 void tst_Picture::loaderTellsOfTheLastRequest()
@@ -197,15 +290,15 @@ void tst_Picture::loaderTellsOfTheLastRequest()
     connect(&loader, &PictureLoader::loaded, this,
             [&loaded](const Picture& picture) { loaded.append(picture.size); });
     for (int i = 0; i < 20; ++i)
-        loader.load(folder.path("large.png"), {240, 280});
+        loader.load(folder.path("large.png"), {QSize(240, 280)});
     for (int i = 0; i < 20; ++i) {
-        loader.load(folder.path("b.png"), {240, 280});
+        loader.load(folder.path("b.png"), {QSize(240, 280)});
         // It has the time to be done with that before it hears of the next.
         read(folder.path("b.png"));
     }
-    loader.load(folder.path("a.png"), {240, 280});
+    loader.load(folder.path("a.png"), {QSize(240, 280)});
     QTRY_COMPARE(loaded, QList<QSize>({QSize(20, 10)}));
-    loader.load(folder.path("missing"), {240, 280});
+    loader.load(folder.path("missing"), {QSize(240, 280)});
     QTRY_COMPARE(loaded, QList<QSize>({QSize(20, 10), QSize()}));
 }
 
@@ -217,7 +310,7 @@ void tst_Picture::loaderMayGoWhileItWorks()
     {
         PictureLoader loader(nullptr);
         connect(&loader, &PictureLoader::loaded, this, [&told] { ++told; });
-        loader.load(folder.path("large.png"), {240, 280});
+        loader.load(folder.path("large.png"), {QSize(240, 280)});
     }
     QCoreApplication::processEvents();
     QCOMPARE(told, 0);

@@ -15,6 +15,9 @@ private slots:
     void scrollingStopsAtTheEdges();
     void narrowPictureIsNotScrolledSideways();
     void originalSizeOfASmallPictureIsFitted();
+    void pictureFillsTheArea_data();
+    void pictureFillsTheArea();
+    void fillingGoesOnWithTheNextPicture();
     void nothingIsLeftAlone();
     void largerAreaShowsMore();
 };
@@ -113,6 +116,45 @@ void tst_PicturePlace::originalSizeOfASmallPictureIsFitted()
     place.showOriginalSize();
     QVERIFY(place.isFitted());
     QCOMPARE(place.scale(), 1.0);
+}
+
+void tst_PicturePlace::pictureFillsTheArea_data()
+{
+    QTest::addColumn<QSize>("picture");
+    QTest::addColumn<QRectF>("target");
+    QTest::newRow("as large") << QSize(200, 100) << QRectF(0, 0, 200, 100);
+    QTest::newRow("small") << QSize(10, 10) << QRectF(0, -50, 200, 200);
+    QTest::newRow("wide") << QSize(800, 200) << QRectF(-100, 0, 400, 100);
+    QTest::newRow("high") << QSize(100, 400) << QRectF(0, -350, 200, 800);
+}
+
+void tst_PicturePlace::pictureFillsTheArea()
+{
+    QFETCH(QSize, picture);
+    PicturePlace place = placeOf(picture);
+    place.fill();
+    QVERIFY(place.isFilling() && !place.isFitted());
+    QTEST(place.target(), "target");
+    // What does not fit can be looked at, and no more than that.
+    place.scroll(10000, 10000);
+    QCOMPARE(place.target().bottomRight(), QPointF(200, 100));
+    place.setArea({100, 200});
+    QVERIFY(place.isFilling());
+    QVERIFY(place.target().contains(QRectF(0, 0, 100, 200)));
+    place.fit();
+    QVERIFY(place.isFitted() && !place.isFilling());
+}
+
+void tst_PicturePlace::fillingGoesOnWithTheNextPicture()
+{
+    PicturePlace place = placeOf({800, 200});
+    place.fill();
+    place.setPicture({200, 400});
+    QCOMPARE(place.target(), QRectF(0, -150, 200, 400));
+    QVERIFY(place.zoomIn());
+    QVERIFY(!place.isFilling());
+    place.setPicture({800, 200});
+    QVERIFY(place.isFitted());
 }
 
 void tst_PicturePlace::nothingIsLeftAlone()

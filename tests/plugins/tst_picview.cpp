@@ -1,6 +1,9 @@
 #include "platform/keymap.h"
+#include "platform/zscreen.h"
+#include "platform/zsoftkey.h"
 #include "plugins/picview/picturearea.h"
 #include "plugins/picview/picturewindow.h"
+#include "plugins/picview/slideshow.h"
 #include "tests/browser/picturefiles.h"
 #include "tests/plugins/movinggif.h"
 #include "tests/support/keys.h"
@@ -26,7 +29,21 @@ private slots:
     void brokenPictureIsToldAndLeft();
     void movingPictureIsPlayed();
     void messageWithoutAFile();
-    void fullScreenGivesThePictureMoreRoom();
+    void starFillsTheScreen_data();
+    void starFillsTheScreen();
+    void rightSoftKeyLeavesTheFilledScreenFirst();
+    void arrowsMoveAFillingPictureAndGoOn();
+    void digitsTurnThePicture();
+    void turningWhileItLoadsIsNotLost();
+    void nextPictureIsNotTurned();
+    void movingPictureIsTurned();
+    void slideShowGoesRound();
+    void anyKeyEndsTheSlideShow_data();
+    void anyKeyEndsTheSlideShow();
+    void slideShowPassesOverWhatIsBroken();
+    void slideShowOfBrokenPicturesEnds();
+    void slideShowOfOnePictureIsDeclined();
+    void pictureOfOneBitIsSmooth();
     void tapsOnTheSidesTurn();
 };
 
@@ -54,6 +71,9 @@ public:
     }
     const PicturePlace& place() const { return window.area()->place(); }
     QString title() const { return window.mainWidgetTitle(); }
+    /// What the whole screen shows.
+    QImage screen() { return window.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+    bool hasBar() const { return window.findChild<ZSoftKey*>()->isVisible(); }
     QImage picture() const
     {
         auto* area = window.area();
@@ -62,6 +82,21 @@ public:
 
     PictureWindow window;
 };
+
+/// A picture whose left half is red and whose right half is blue.
+QImage halves(QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QPainter(&image).fillRect(size.width() / 2, 0, size.width(), size.height(), Qt::blue);
+    return image;
+}
+
+const QRect WholeScreen(0, 0, ZScreen::Width, ZScreen::Height);
+/// A slide show that need not be waited for.
+constexpr int Short = 20;
+/// And one whose first picture stays.
+constexpr int Endless = 1000000;
 
 /// A picture of red and blue stripes, which cannot be told apart when it is scaled down.
 QImage stripes(QSize size)
@@ -80,7 +115,7 @@ void tst_PicView::pictureIsShownInTheMiddle()
 {
     const ScratchFolder folder;
     folder.write("a.png", pictureFile({40, 20}, "png", Qt::red));
-    const Viewer viewer(folder.path("a.png"));
+    Viewer viewer(folder.path("a.png"));
     const QImage picture = viewer.picture();
     QCOMPARE(boundsOf(picture, Qt::red),
              QRect((picture.width() - 40) / 2, (picture.height() - 20) / 2, 40, 20));
@@ -230,15 +265,241 @@ void tst_PicView::messageWithoutAFile()
     viewer.press('3');
 }
 
-void tst_PicView::fullScreenGivesThePictureMoreRoom()
+void tst_PicView::starFillsTheScreen_data()
+{
+    QTest::addColumn<QSize>("picture");
+    QTest::newRow("wide") << QSize(640, 200);
+    QTest::newRow("high") << QSize(200, 900);
+    QTest::newRow("small") << QSize(7, 5);
+}
+
+void tst_PicView::starFillsTheScreen()
+{
+    QFETCH(QSize, picture);
+    const ScratchFolder folder;
+    folder.write("a.png", pictureFile(picture, "png", Qt::red));
+    folder.write("b.png", pictureFile(picture, "png", Qt::green));
+    Viewer viewer(folder.path("a.png"));
+    const QRect before = boundsOf(viewer.screen(), Qt::red);
+    pressKey('*');
+    QTRY_VERIFY(isPlain(viewer.screen(), WholeScreen, Qt::red));
+    pressKey('6');
+    QTRY_VERIFY(isPlain(viewer.screen(), WholeScreen, Qt::green));
+    pressKey('4');
+    QTRY_VERIFY(isPlain(viewer.screen(), WholeScreen, Qt::red));
+    pressKey('*');
+    QTRY_COMPARE(boundsOf(viewer.screen(), Qt::red), before);
+    QVERIFY(viewer.hasBar());
+}
+
+void tst_PicView::rightSoftKeyLeavesTheFilledScreenFirst()
 {
     const ScratchFolder folder;
-    // As high as the screen without its title.
-    QVERIFY(stripes(QSize(100, 300)).save(folder.path("a.png")));
-    const Viewer viewer(folder.path("a.png"));
-    QVERIFY(boundsOf(viewer.picture(), Qt::red).isEmpty());
+    folder.write("a.png", pictureFile({40, 20}, "png", Qt::red));
+    Viewer viewer(folder.path("a.png"));
     pressKey('*');
-    QTRY_COMPARE(boundsOf(viewer.picture(), Qt::red).height(), 300);
+    QVERIFY(!viewer.hasBar());
+    pressKey(PhoneKey::SoftRight);
+    QVERIFY(viewer.hasBar());
+    QVERIFY(viewer.place().isFitted());
+    QVERIFY(!ZApplication::isQuitting());
+}
+
+void tst_PicView::arrowsMoveAFillingPictureAndGoOn()
+{
+    const ScratchFolder folder;
+    QVERIFY(halves({640, 320}).save(folder.path("a.png")));
+    folder.write("b.png", pictureFile({40, 20}, "png", Qt::green));
+    Viewer viewer(folder.path("a.png"));
+    pressKey('*');
+    QTRY_COMPARE(boundsOf(viewer.screen(), Qt::red).width(), 120);
+    for (int i = 0; i < 4; ++i)
+        viewer.press(PhoneKey::Right);
+    QVERIFY(isPlain(viewer.screen(), WholeScreen, Qt::blue));
+    QCOMPARE(viewer.title(), QString("a.png  1/2"));
+    viewer.press(PhoneKey::Right);
+    QCOMPARE(viewer.title(), QString("b.png  2/2"));
+}
+
+void tst_PicView::digitsTurnThePicture()
+{
+    const ScratchFolder folder;
+    QVERIFY(halves({1000, 600}).save(folder.path("a.png")));
+    Viewer viewer(folder.path("a.png"));
+    const QRect red = boundsOf(viewer.picture(), Qt::red);
+    const QRect blue = boundsOf(viewer.picture(), Qt::blue);
+    QVERIFY(red.right() < blue.left());
+    viewer.press('9');
+    QVERIFY(boundsOf(viewer.picture(), Qt::red).bottom() <
+            boundsOf(viewer.picture(), Qt::blue).top());
+    QCOMPARE(viewer.place().target().size().toSize(), QSize(168, 280));
+    viewer.press('7');
+    viewer.press('7');
+    QVERIFY(boundsOf(viewer.picture(), Qt::red).top() >
+            boundsOf(viewer.picture(), Qt::blue).bottom());
+    viewer.press('7');
+    QVERIFY(boundsOf(viewer.picture(), Qt::red).left() >
+            boundsOf(viewer.picture(), Qt::blue).right());
+    viewer.press('7');
+    viewer.press('7');
+    QCOMPARE(boundsOf(viewer.picture(), Qt::red), red);
+    QCOMPARE(boundsOf(viewer.picture(), Qt::blue), blue);
+}
+
+void tst_PicView::turningWhileItLoadsIsNotLost()
+{
+    const ScratchFolder folder;
+    QVERIFY(halves({1000, 600}).save(folder.path("a.png")));
+    folder.write("b.png", pictureFile({40, 20}, "png", Qt::green));
+    Viewer viewer(folder.path("b.png"));
+    pressKey('4');
+    pressKey('9');
+    QVERIFY(viewer.window.area()->isLoading());
+    viewer.awaitPicture();
+    QVERIFY(boundsOf(viewer.picture(), Qt::red).bottom() <
+            boundsOf(viewer.picture(), Qt::blue).top());
+    // While what is shown gets more of its pixels, too.
+    pressKey('5');
+    QVERIFY(viewer.window.area()->isLoading());
+    pressKey('9');
+    viewer.press('0');
+    QVERIFY(boundsOf(viewer.picture(), Qt::red).left() >
+            boundsOf(viewer.picture(), Qt::blue).right());
+}
+
+void tst_PicView::nextPictureIsNotTurned()
+{
+    const ScratchFolder folder;
+    QVERIFY(halves({100, 60}).save(folder.path("a.png")));
+    QVERIFY(halves({100, 60}).save(folder.path("b.png")));
+    Viewer viewer(folder.path("a.png"));
+    viewer.press('9');
+    viewer.press('6');
+    QCOMPARE(viewer.place().target().size().toSize(), QSize(100, 60));
+    viewer.press('4');
+    QCOMPARE(viewer.place().target().size().toSize(), QSize(100, 60));
+}
+
+void tst_PicView::movingPictureIsTurned()
+{
+    const ScratchFolder folder;
+    folder.write("a.gif", movingGif());
+    Viewer viewer(folder.path("a.gif"));
+    viewer.press('9');
+    for (const QColor& colour : {QColor(Qt::red), QColor(Qt::blue)})
+        QTRY_COMPARE(boundsOf(viewer.picture(), colour).size(), QSize(4, 4));
+}
+
+void tst_PicView::slideShowGoesRound()
+{
+    const ScratchFolder folder;
+    folder.write("a.png", pictureFile({40, 20}, "png", Qt::red));
+    folder.write("b.png", pictureFile({40, 20}, "png", Qt::green));
+    Viewer viewer(folder.path("a.png"));
+    viewer.window.slideShow()->setInterval(Short);
+    pressKey('#');
+    QVERIFY(!viewer.hasBar());
+    for (const QColor& colour : {QColor(Qt::green), QColor(Qt::red), QColor(Qt::green)})
+        QTRY_COMPARE(boundsOf(viewer.picture(), colour).size(), QSize(40, 20));
+}
+
+void tst_PicView::anyKeyEndsTheSlideShow_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("#") << int('#') << "a.png  1/3";
+    QTest::newRow("left soft key") << int(PhoneKey::SoftLeft) << "a.png  1/3";
+    QTest::newRow("right soft key") << int(PhoneKey::SoftRight) << "a.png  1/3";
+    QTest::newRow("unknown") << int(PhoneKey::Hide) << "a.png  1/3";
+    QTest::newRow("next") << int('6') << "b.png  2/3";
+    QTest::newRow("Left") << int(PhoneKey::Left) << "c.png  3/3";
+}
+
+void tst_PicView::anyKeyEndsTheSlideShow()
+{
+    QFETCH(int, key);
+    const ScratchFolder folder;
+    for (const char* name : {"a.png", "b.png", "c.png"})
+        folder.write(name, pictureFile({40, 20}, "png", Qt::red));
+    Viewer viewer(folder.path("a.png"));
+    viewer.window.slideShow()->setInterval(Endless);
+    pressKey('#');
+    QVERIFY(viewer.window.slideShow()->isRunning());
+    QCOMPARE(viewer.window.area()->words(), QString("Slide show"));
+    viewer.press(key);
+    QVERIFY(!viewer.window.slideShow()->isRunning());
+    QVERIFY(viewer.hasBar());
+    QCOMPARE(viewer.window.area()->words(), QString());
+    QTEST(viewer.title(), "title");
+    QVERIFY(viewer.place().isFitted());
+    QVERIFY(!ZApplication::isQuitting());
+}
+
+void tst_PicView::slideShowPassesOverWhatIsBroken()
+{
+    const ScratchFolder folder;
+    folder.write("a.png", pictureFile({40, 20}, "png", Qt::red));
+    folder.write("b.png", "no picture");
+    folder.write("c.png", pictureFile({40, 20}, "png", Qt::green));
+    Viewer viewer(folder.path("a.png"));
+    // Only the first picture goes by itself.
+    SlideShow* show = viewer.window.slideShow();
+    connect(show, &SlideShow::nextWanted, this, [show] { show->setInterval(Endless); });
+    show->setInterval(Short);
+    pressKey('#');
+    QTRY_COMPARE(viewer.title(), QString("c.png  3/3"));
+    QTRY_COMPARE(boundsOf(viewer.picture(), Qt::green).size(), QSize(40, 20));
+    QVERIFY(show->isRunning());
+}
+
+void tst_PicView::slideShowOfBrokenPicturesEnds()
+{
+    const ScratchFolder folder;
+    for (const char* name : {"a.png", "b.png", "c.png"})
+        folder.write(name, "no picture");
+    Viewer viewer(folder.path("a.png"));
+    viewer.window.slideShow()->setInterval(Short);
+    pressKey('#');
+    QTRY_VERIFY(!viewer.window.slideShow()->isRunning());
+    QTRY_VERIFY(viewer.hasBar());
+    QVERIFY(!viewer.window.area()->problem().isEmpty());
+}
+
+void tst_PicView::slideShowOfOnePictureIsDeclined()
+{
+    const ScratchFolder folder;
+    folder.write("a.png", pictureFile({40, 20}, "png", Qt::red));
+    Viewer viewer(folder.path("a.png"));
+    const QImage before = viewer.picture();
+    pressKey('#');
+    QVERIFY(!viewer.window.slideShow()->isRunning());
+    QVERIFY(viewer.hasBar());
+    QVERIFY(viewer.picture() != before);
+    // What it says goes by itself.
+    QTRY_COMPARE(viewer.picture(), before);
+}
+
+void tst_PicView::pictureOfOneBitIsSmooth()
+{
+    const ScratchFolder folder;
+    QImage dots(960, 960, QImage::Format_Mono);
+    dots.fill(1);
+    for (int y = 0; y < dots.height(); ++y) {
+        for (int x = y % 2; x < dots.width(); x += 2)
+            dots.setPixel(x, y, 0);
+    }
+    QVERIFY(dots.save(folder.path("a.png")));
+    Viewer viewer(folder.path("a.png"));
+    // Enlarged, with all of its pixels at hand, and then small again.
+    viewer.press('5');
+    viewer.press('0');
+    const QImage picture = viewer.picture();
+    for (int y = 60; y < 200; y += 7) {
+        for (int x = 10; x < 230; x += 7) {
+            const int grey = qGray(picture.pixel(x, y));
+            QVERIFY2(grey > 64 && grey < 192, qPrintable(QString::number(grey)));
+        }
+    }
 }
 
 void tst_PicView::tapsOnTheSidesTurn()

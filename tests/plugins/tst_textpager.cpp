@@ -16,6 +16,8 @@ private slots:
     void linesAreBroken();
     void rowsCoverTheTextFromWhereverOneComes_data();
     void rowsCoverTheTextFromWhereverOneComes();
+    void rowsKnowWhereTheirLineBegins_data();
+    void rowsKnowWhereTheirLineBegins();
     void wordsOfALongLineStayWhole();
     void charactersOfALongLineStayWhole();
     void linesThatFillABlockStayWhole();
@@ -169,6 +171,37 @@ void tst_TextPager::rowsCoverTheTextFromWhereverOneComes()
         QCOMPARE(pager.moved(row.start, -30), rows.at(std::max<qsizetype>(i - 30, 0)).start);
         QCOMPARE(pager.rows(row.start, 1).front().text, row.text);
     }
+}
+
+void tst_TextPager::rowsKnowWhereTheirLineBegins_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QList<bool>>("fromTheRight"); // each row
+    const QString shalom = QString::fromUtf8("\u05e9\u05dc\u05d5\u05dd");
+    const QString salam = QString::fromUtf8("\u0633\u0644\u0627\u0645");
+    QTest::newRow("Latin") << "abc" << QList<bool>{false};
+    QTest::newRow("Hebrew") << shalom << QList<bool>{true};
+    QTest::newRow("Arabic") << salam << QList<bool>{true};
+    QTest::newRow("nothing but signs") << "12 + 3!" << QList<bool>{false};
+    QTest::newRow("signs first") << "12. " + shalom << QList<bool>{true};
+    QTest::newRow("the first letter says") << shalom + " abc" << QList<bool>{true};
+    QTest::newRow("the first letter says, Latin") << "abc " + shalom << QList<bool>{false};
+    QTest::newRow("line by line") << "abc\n" + shalom + "\n\nabc"
+                                  << QList<bool>{false, true, false, false};
+    QTest::newRow("all rows of a line")
+        << shalom + " abcdefg " + shalom << QList<bool>{true, true, true};
+}
+
+void tst_TextPager::rowsKnowWhereTheirLineBegins()
+{
+    QFETCH(QString, text);
+    const MemoryText source(text.toUtf8());
+    TextPager pager(source, oneColumn);
+    pager.setWidth(8);
+    QList<bool> fromTheRight;
+    for (const TextRow& row : pager.rows(0, 10))
+        fromTheRight.append(row.rightToLeft);
+    QTEST(fromTheRight, "fromTheRight");
 }
 
 void tst_TextPager::wordsOfALongLineStayWhole()

@@ -24,6 +24,8 @@ private slots:
     void longLinesAreSwitched_data();
     void longLinesAreSwitched();
     void longLinesAreMovedSideways();
+    void linesThatAreWrittenFromTheRightBeginThere();
+    void longLinesFromTheRightAreMovedTheOtherWay();
     void unusableFilesGiveAMessage_data();
     void unusableFilesGiveAMessage();
     void fileThatShrinksIsShownFromItsEnd();
@@ -60,6 +62,17 @@ public:
 
     TextWindow window;
 };
+
+/// What is drawn of a row, without the bar beside the rows.
+QRect inkOfRow(const Viewer& viewer, int row)
+{
+    constexpr int Top = 2;
+    constexpr int Bar = 5;
+    auto* pane = viewer.window.pane();
+    const int height = pane->fontMetrics().height();
+    const QImage shown = pane->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    return inkBounds(shown, QRect(0, Top + row * height, shown.width() - Bar, height), Qt::white);
+}
 
 } // namespace
 
@@ -188,6 +201,42 @@ void tst_TextView::longLinesAreMovedSideways()
     QVERIFY(!isPlain(end.convertToFormat(QImage::Format_RGB32), QRect(1, 1, 220, 30), Qt::white));
     pressKey('1');
     QCOMPARE(viewer.window.grab().toImage(), start);
+}
+
+void tst_TextView::linesThatAreWrittenFromTheRightBeginThere()
+{
+    const ScratchFolder folder;
+    folder.write("a.txt", "\u05e9\u05dc\u05d5\u05dd\nabc\n\u05e9\u05dc\t\u05d5\u05dd\n");
+    const Viewer viewer(folder.path("a.txt"));
+    const auto rowInk = [&viewer](int row) { return inkOfRow(viewer, row); };
+    const int width = viewer.window.pane()->width();
+    QVERIFY(rowInk(0).left() > width / 2);
+    QVERIFY(rowInk(0).right() > width - 16);
+    QVERIFY(rowInk(1).right() < width / 2);
+    QVERIFY(rowInk(1).left() < 8);
+    // Behind a tab it goes on to the left.
+    QCOMPARE(rowInk(2).right(), rowInk(0).right());
+    QVERIFY(rowInk(2).left() < rowInk(0).left());
+}
+
+void tst_TextView::longLinesFromTheRightAreMovedTheOtherWay()
+{
+    const ScratchFolder folder;
+    folder.write("a.txt", QByteArray("\u05e9").repeated(100) + QByteArray(" ").repeated(100) +
+                              QByteArray("\u05e9").repeated(100));
+    const Viewer viewer(folder.path("a.txt"));
+    pressKey('0');
+    const QImage start = viewer.window.pane()->grab().toImage();
+    pressKey(PhoneKey::Right);
+    QCOMPARE(viewer.window.pane()->grab().toImage(), start);
+    pressKey(PhoneKey::Left);
+    QVERIFY(viewer.window.pane()->grab().toImage() != start);
+    for (int i = 0; i < ManyRows; ++i)
+        pressKey(PhoneKey::Left);
+    // The end of the line, which is at its left, comes into view and not beyond.
+    QVERIFY(inkOfRow(viewer, 0).left() < 8);
+    pressKey('1');
+    QCOMPARE(viewer.window.pane()->grab().toImage(), start);
 }
 
 void tst_TextView::unusableFilesGiveAMessage_data()

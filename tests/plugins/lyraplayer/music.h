@@ -29,7 +29,8 @@ inline QByteArray riffChunk(const QByteArray& name, const QByteArray& content)
 }
 
 /// A WAV file of silence.
-inline QByteArray wav(double seconds, const QByteArray& title = {}, const QByteArray& artist = {})
+inline QByteArray wav(double seconds, const QByteArray& title = {}, const QByteArray& artist = {},
+                      const QByteArray& album = {})
 {
     constexpr quint32 Rate = 8000; // samples of one byte a second
     const QByteArray format = littleEndian(1, 2) + littleEndian(1, 2) + littleEndian(Rate, 4) +
@@ -39,6 +40,8 @@ inline QByteArray wav(double seconds, const QByteArray& title = {}, const QByteA
         tags += riffChunk("INAM", title + '\0');
     if (!artist.isEmpty())
         tags += riffChunk("IART", artist + '\0');
+    if (!album.isEmpty())
+        tags += riffChunk("IPRD", album + '\0');
     return riffChunk("RIFF", "WAVE" + riffChunk("fmt ", format) + riffChunk("LIST", tags) +
                                  riffChunk("data", QByteArray(int(seconds * Rate), '\x80')));
 }

@@ -42,6 +42,8 @@ class tst_MpvEngine : public QObject
 private slots:
     void initTestCase();
     void tagsAndLengthAreToldWhenATrackIsOpened();
+    void brokenTagsDoNotKeepATrackFromPlaying_data();
+    void brokenTagsDoNotKeepATrackFromPlaying();
     void namesOfEveryKindArePlayed_data();
     void namesOfEveryKindArePlayed();
     void theEndOfATrackIsTold();
@@ -88,6 +90,37 @@ void tst_MpvEngine::tagsAndLengthAreToldWhenATrackIsOpened()
     const auto second = loaded.at(1).at(0).value<TrackInfo>();
     QCOMPARE(second.title, QString());
     QCOMPARE(second.length, 3.0);
+}
+
+void tst_MpvEngine::brokenTagsDoNotKeepATrackFromPlaying_data()
+{
+    QTest::addColumn<QByteArray>("title");
+    QTest::addColumn<QString>("begin");
+    QTest::newRow("no UTF-8") << QByteArray("M\xfcller") << "M";
+    QTest::newRow("ten thousand lines") << QByteArray("line\n").repeated(10000) << "line line";
+    QTest::newRow("longer than any message") << QByteArray(6 * 1024 * 1024, 'x') << "";
+}
+
+void tst_MpvEngine::brokenTagsDoNotKeepATrackFromPlaying()
+{
+    QFETCH(QByteArray, title);
+    QFETCH(QString, begin);
+    const ScratchFolder folder;
+    folder.write("a.wav", wav(60, title, "The Artist"));
+    MpvEngine engine(silentMpv());
+    QSignalSpy loaded(&engine, &MpvEngine::loaded);
+    QSignalSpy failed(&engine, &MpvEngine::failed);
+    QSignalSpy position(&engine, &MpvEngine::position);
+    engine.load(trackIn(folder, "a.wav"));
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
+    const auto track = loaded.at(0).at(0).value<TrackInfo>();
+    QVERIFY(track.title.startsWith(begin));
+    QVERIFY(track.title.size() <= 300);
+    QCOMPARE(track.artist, QString("The Artist"));
+    QCOMPARE(track.length, 60.0);
+    engine.askPosition();
+    QTRY_COMPARE_WITH_TIMEOUT(position.size(), 1, Patience);
+    QVERIFY(failed.isEmpty());
 }
 
 void tst_MpvEngine::namesOfEveryKindArePlayed_data()

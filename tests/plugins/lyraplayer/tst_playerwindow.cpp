@@ -7,7 +7,9 @@
 #include "plugins/lyraplayer/nowplaying.h"
 #include "plugins/lyraplayer/player.h"
 #include "plugins/lyraplayer/playerwindow.h"
+#include "tests/browser/picturefiles.h"
 #include "tests/plugins/lyraplayer/music.h"
+#include "tests/plugins/lyraplayer/taggedfiles.h"
 #include "tests/support/keys.h"
 #include "tests/support/pictures.h"
 #include "tests/support/scratchfolder.h"
@@ -47,6 +49,12 @@ private slots:
     void fullScreenGivesThePageMoreRoom();
     void namesOfAnyLengthAndKindAreShown();
     void twentyThousandTracksAreListed();
+    void theListIsDarkAndHasTheTitlesOfTheTags();
+    void theCoverIsShown();
+    void theCoverChangesWithTheTrack();
+    void artistAndAlbumHaveLinesOfTheirOwn();
+    void aLongArtistIsNotCutAtAWord();
+    void anAbsurdArtistStaysInBounds();
 
 private:
     struct Fixture {
@@ -182,7 +190,7 @@ void tst_PlayerWindow::returnLeadsToTheListAndPlaysTheChosenTrack()
     pressKey(PhoneKey::Return);
     QVERIFY(f.window->showsList());
     QCOMPARE(f.window->list()->currentItem(), 0);
-    QCOMPARE(f.window->list()->item(2)->getSubItemText(1, 0), QString("3. 3.wav"));
+    QCOMPARE(f.window->list()->item(2)->getSubItemText(1, 0), QString("3. 3"));
     const int volume = f.player.volume();
     pressKey(PhoneKey::Down);
     pressKey(PhoneKey::Down);
@@ -411,6 +419,76 @@ void tst_PlayerWindow::twentyThousandTracksAreListed()
     QCOMPARE(f.window->list()->count(), 20000);
     QCOMPARE(f.window->list()->currentItem(), 19999);
     QTRY_VERIFY_WITH_TIMEOUT(f.plays(19999), Patience);
+}
+
+void tst_PlayerWindow::theListIsDarkAndHasTheTitlesOfTheTags()
+{
+    const ScratchFolder folder;
+    folder.write("01 a.mp3", mp3With(id3Text("TIT2", "First Light")));
+    folder.write("02 b.mp3", mp3With(QByteArray()));
+    Fixture f({trackIn(folder, "01 a.mp3"), trackIn(folder, "02 b.mp3")}, false);
+    f.window->showList(true);
+    const auto row = [&f](int number) {
+        return f.window->list()->item(number)->getSubItemText(1, 0);
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(row(0), QString("1. First Light"), Patience);
+    QCOMPARE(row(1), QString("2. b"));
+    const QColor ground = ZSkinService::look(ZSkinService::clsDarkListBox).background;
+    QVERIFY(ground.lightness() < 40);
+    QCOMPARE(f.picture().pixelColor(120, 240), ground);
+}
+
+void tst_PlayerWindow::theCoverIsShown()
+{
+    const ScratchFolder folder;
+    folder.write("a.mp3", mp3With(id3Picture(pictureFile({300, 300}, "png", Qt::green))));
+    Fixture f({trackIn(folder, "a.mp3")}, false);
+    QTRY_VERIFY_WITH_TIMEOUT(!f.window->nowPlaying()->cover().isNull(), Patience);
+    const QRect green = boundsOf(f.picture().convertToFormat(QImage::Format_RGB32), Qt::green);
+    QVERIFY(green.width() > 80);
+    QVERIFY(std::abs(green.width() - green.height()) <= 2);
+    QVERIFY(std::abs(green.center().x() - ZScreen::Width / 2) <= 1);
+}
+
+void tst_PlayerWindow::theCoverChangesWithTheTrack()
+{
+    const ScratchFolder folder;
+    folder.write("a/a.mp3", mp3With(QByteArray()));
+    folder.write("a/cover.png", pictureFile({300, 300}, "png", Qt::green));
+    folder.write("b/b.mp3", mp3With(QByteArray()));
+    Fixture f({trackIn(folder, "a/a.mp3"), trackIn(folder, "b/b.mp3")}, false);
+    QTRY_VERIFY_WITH_TIMEOUT(!f.window->nowPlaying()->cover().isNull(), Patience);
+    f.player.play(1);
+    QTRY_VERIFY_WITH_TIMEOUT(f.window->nowPlaying()->cover().isNull(), Patience);
+}
+
+void tst_PlayerWindow::artistAndAlbumHaveLinesOfTheirOwn()
+{
+    folder_->write("tagged.wav", wav(60, "Title", "The Sines", "Pure Tones"));
+    Fixture f({trackIn(*folder_, "tagged.wav")});
+    QTRY_COMPARE_WITH_TIMEOUT(f.window->nowPlaying()->shownLines(),
+                              (QStringList{"Title", "The Sines", "Pure Tones"}), Patience);
+}
+
+void tst_PlayerWindow::aLongArtistIsNotCutAtAWord()
+{
+    const QByteArray artist = "The Symphonic Orchestra of the Town by the River";
+    folder_->write("tagged.wav", wav(60, "Title", artist));
+    Fixture f({trackIn(*folder_, "tagged.wav")});
+    QTRY_COMPARE_WITH_TIMEOUT(f.window->nowPlaying()->shownLines().size(), 3, Patience);
+    QCOMPARE(f.window->nowPlaying()->shownLines().mid(1).join(' '), QString::fromUtf8(artist));
+}
+
+void tst_PlayerWindow::anAbsurdArtistStaysInBounds()
+{
+    const QByteArray endless = QByteArray("word ").repeated(2000);
+    folder_->write("tagged.wav", wav(60, endless, endless, endless));
+    Fixture f({trackIn(*folder_, "tagged.wav")});
+    QTRY_COMPARE_WITH_TIMEOUT(f.window->nowPlaying()->shownLines().size(), 5, Patience);
+    const QColor ground = ZSkinService::look(ZSkinService::clsMainWidget).background;
+    const QImage page = f.picture();
+    QVERIFY(isPlain(page, QRect(0, 22, 8, 270), ground));
+    QVERIFY(isPlain(page, QRect(232, 22, 8, 270), ground));
 }
 
 QUARN_TEST_MAIN(tst_PlayerWindow)

@@ -1,10 +1,12 @@
-#include "plugins/picview/picture.h"
+#include "plugins/support/picture.h"
 
+#include "platform/smoothpicture.h"
 #include "plugins/support/plugintexts.h"
 #include "plugins/support/regularopen.h"
 
 #include <QFile>
 #include <QImageReader>
+#include <QTransform>
 
 #include <algorithm>
 #include <cmath>
@@ -51,9 +53,17 @@ QSize largestSensible(QSize size)
     return {std::max(int(size.width() * factor), 1), std::max(int(size.height() * factor), 1)};
 }
 
-QSize decodedSize(QSize size, QSize box)
+QSize decodedSize(QSize size, const PictureWish& wish)
 {
-    return box.isEmpty() ? largestSensible(size) : fittingSize(size, box);
+    if (wish.box.isEmpty())
+        return largestSensible(size);
+    return wish.fills ? fillingSize(size, wish.box) : fittingSize(size, wish.box);
+}
+
+/// The size of what has one size after a quarter turn or three.
+QSize turned(QSize size, int quarterTurns)
+{
+    return quarterTurns % 2 != 0 ? size.transposed() : size;
 }
 
 QString problemOf(const QImageReader& reader)
@@ -70,28 +80,27 @@ Picture withProblem(const QString& problem)
     return picture;
 }
 
-Picture decode(QImageReader& reader, QSize box)
+Picture decode(QImageReader& reader, const PictureWish& wish)
 {
-    const QSize stored = reader.size();
+    const QSize stored = sizeToBe(reader);
     if (stored.isValid() && pixels(stored) > MaxPicturePixels)
         return withProblem(tooLarge(stored));
-    const bool turned = (reader.transformation() & QImageIOHandler::TransformationRotate90) != 0;
     Picture picture;
-    picture.size = turned ? stored.transposed() : stored;
+    picture.size = turned(stored, wish.quarterTurns);
     picture.animated =
         reader.supportsAnimation() && reader.imageCount() != 1 && pixels(stored) <= MaxMovingPixels;
-    if (stored.isValid()) {
-        const QSize wanted = decodedSize(picture.size, box);
-        if (wanted != picture.size)
-            reader.setScaledSize(turned ? wanted.transposed() : wanted);
-    }
-    picture.image = reader.read();
+    const QSize wanted = stored.isValid() ? decodedSize(picture.size, wish) : QSize();
+    picture.image = readSmooth(reader, turned(wanted, wish.quarterTurns));
     if (picture.image.isNull())
         return withProblem(problemOf(reader));
+    picture.image = turnedBy(picture.image, wish.quarterTurns);
+    // Of one bit a pixel the toolkit would leave out most when it draws it smaller.
+    if (picture.image.depth() == 1)
+        picture.image = picture.image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     // Some formats do not tell their size before.
     if (!stored.isValid()) {
         picture.size = picture.image.size();
-        picture.image = picture.image.scaled(decodedSize(picture.size, box), Qt::IgnoreAspectRatio,
+        picture.image = picture.image.scaled(decodedSize(picture.size, wish), Qt::IgnoreAspectRatio,
                                              Qt::SmoothTransformation);
     }
     return picture;
@@ -106,19 +115,38 @@ QSize fittingSize(QSize picture, QSize box)
     return picture.scaled(box, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
 }
 
-Picture readPicture(const QString& path, QSize box, const std::atomic<bool>& cancelled)
+QSize fillingSize(QSize picture, QSize box)
+{
+    const QSize size = picture.scaled(box, Qt::KeepAspectRatioByExpanding);
+    return size.width() >= picture.width() ? picture : size;
+}
+
+QImage turnedBy(const QImage& image, int quarterTurns)
+{
+    constexpr double QuarterTurn = 90;
+    return quarterTurns == 0 ? image
+                             : image.transformed(QTransform().rotate(quarterTurns * QuarterTurn));
+}
+
+Picture readPicture(const QString& path, const PictureWish& wish,
+                    const std::atomic<bool>& cancelled)
 {
     CancellableFile file(cancelled);
     QString problem;
     if (!openWithProblem(file, path, problem))
         return withProblem(problem);
-    if (file.size() == 0)
+    return readPicture(file, wish);
+}
+
+Picture readPicture(QIODevice& device, const PictureWish& wish)
+{
+    if (device.size() == 0)
         return withProblem(pluginTexts().fileEmpty);
-    if (file.size() > MaxPictureBytes)
+    if (device.size() > MaxPictureBytes)
         return withProblem(pluginTexts().pictureFileTooLarge);
     QImageReader::setAllocationLimit(DecodingMegabytes);
-    QImageReader reader(&file);
+    QImageReader reader(&device);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
-    return decode(reader, box);
+    return decode(reader, wish);
 }

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "launch/shellcommand.h"
+
+/// runShell() for a command that starts a plugin, which is told where this program's window is.
+int startPlugin(const ShellBytes& command);

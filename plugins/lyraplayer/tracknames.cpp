@@ -1,0 +1,39 @@
+#include "plugins/lyraplayer/tracknames.h"
+
+#include "plugins/lyraplayer/playlist.h"
+
+#include <QRegularExpression>
+
+namespace
+{
+
+QString withoutNumber(const QString& name, int number)
+{
+    static const QRegularExpression begin(QStringLiteral(R"(^(\d{1,3})(\s*[-._)]+\s*|\s+)(?=\S))"));
+    const QRegularExpressionMatch match = begin.match(name);
+    if (!match.hasMatch())
+        return name;
+    const QString digits = match.captured(1);
+    const bool isTracks = digits.startsWith(QLatin1Char('0')) || digits.toInt() == number ||
+                          !match.captured(2).trimmed().isEmpty();
+    return isTracks ? name.mid(match.capturedLength()) : name;
+}
+
+QString nameWithoutExtension(const QByteArray& track)
+{
+    const QString name = trackName(track);
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return isStream(track) || dot <= 0 ? name : name.left(dot);
+}
+
+} // namespace
+
+QString songName(const QString& title, const QByteArray& track, int number)
+{
+    return withoutNumber(title.isEmpty() ? nameWithoutExtension(track) : title, number);
+}
+
+QString trackRow(const QString& title, const QByteArray& track, int number)
+{
+    return QStringLiteral("%1. %2").arg(QString::number(number), songName(title, track, number));
+}
