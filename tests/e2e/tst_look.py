@@ -4,6 +4,7 @@ long for the screen. With --renew the reference pictures are made anew: look at 
 they are kept."""
 
 import itertools
+import struct
 import sys
 
 import operations
@@ -70,6 +71,56 @@ class TestThemes(Case):
 
     def test_oneIsDark(self):
         self.assertEqual(self.ground(1)[0], DARK_GROUND)
+
+
+def without_letters(font):
+    """A font whose lists of characters are of a kind that there is not."""
+    font = bytearray(font)
+    count, = struct.unpack_from(">H", font, 4)
+    tables = {bytes(font[at:at + 4]): struct.unpack_from(">L", font, at + 8)[0]
+              for at in range(12, 12 + 16 * count, 16)}
+    letters = tables[b"cmap"]
+    for number in range(struct.unpack_from(">H", font, letters + 2)[0]):
+        each, = struct.unpack_from(">L", font, letters + 8 + 8 * number)
+        struct.pack_into(">H", font, letters + each, 99)
+    return bytes(font)
+
+
+class TestOddFonts(Case):
+    """Whatever the font's files hold, rows, menus and boxes say something."""
+
+    def check(self, change):
+        program = self.program()
+        tst_scripts.make_tree(program.base / "tree")
+        program.settings["Start_path_tab1"] = program.base / "tree"
+        program.write_settings()
+        for name in ("font.ttf", "font-bold.ttf"):
+            path = program.stage / "res" / name
+            font = path.read_bytes()
+            path.unlink()
+            change(path, font)
+        program.start()
+        listing = program.wait_stable()
+        # In the row below the highlighted one a name stands beside the icon.
+        self.assertGreater(len(set(listing.crop((45, 76, 120, 104)).getdata())), 4)
+        program.key("down", "softleft")
+        menu = program.wait_change(listing)
+        self.assertGreater(len(set(menu.crop((40, 190, 120, 210)).getdata())), 4)
+        program.key("8")
+        quarn.wait_until(program.shows_box, "the properties")
+        program.key("softright")
+        quarn.wait_until(lambda: not program.shows_box(), "the box to go")
+        program.key("hash")
+        program.wait_for_listing(program.settings["Start_path_tab1"])
+
+    def test_lettersAreMissing(self):
+        self.check(lambda path, font: path.write_bytes(without_letters(font)))
+
+    def test_filesAreCut(self):
+        self.check(lambda path, font: path.write_bytes(font[:len(font) // 3]))
+
+    def test_filesAreMissing(self):
+        self.check(lambda path, font: None)
 
 
 class TestHighBox(Case):
