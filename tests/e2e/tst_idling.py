@@ -31,6 +31,17 @@ def over_a_question(program):
     quarn.wait_until(program.shows_box, "the question")
 
 
+def after_a_glide(program):
+    """Over a name that is too long for its row, once it has been shown whole."""
+    before = program.screenshot()
+    program.key(*["down"] * 6)
+    program.wait_change(before)
+    resting = program.screenshot()
+    quarn.wait_until(lambda: program.screenshot().tobytes() != resting.tobytes(), "the glide")
+    # Longer than it rests between.
+    program.wait_idle(calm=1.5)
+
+
 def when_hidden(program):
     program.key("hide")
     program.wait_hidden()
@@ -51,15 +62,13 @@ def after_a_search(program):
 
 
 STATES = (over_a_listing, over_a_menu, over_a_message, over_a_question, when_hidden,
-          after_the_test_box, after_a_search)
-# What a state is about.
-EXTRAS = {after_a_search: {"Find": 1, "Status": 1}}
+          after_the_test_box, after_a_search, after_a_glide)
 
 
 class TestIdling(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        programs = {state: cls.started(state) for state in STATES}
+        programs = {state: cls.started() for state in STATES}
         for state, program in programs.items():
             program.wait_ready()
             state(program)
@@ -73,13 +82,14 @@ class TestIdling(unittest.TestCase):
         cls.woken[over_a_listing] = programs[over_a_listing].wake_ups() - before[over_a_listing]
 
     @classmethod
-    def started(cls, state):
+    def started(cls):
         display = quarn.Display()
         cls.addClassCleanup(display.stop)
-        program = quarn.Program(display, extras=EXTRAS.get(state))
+        program = quarn.Program(display, extras={"Find": 1, "Status": 1, "Motion": 1})
         cls.addClassCleanup(program.stop)
         for number in range(5):
             quarn.make_file(program.home / f"{number}.txt", b"x")
+        quarn.make_file(program.home / f"{'a name that is too long for its row ' * 2}.txt", b"x")
         return program.start(wait=False)
 
     def check_idle(self, state):
@@ -96,6 +106,9 @@ class TestIdling(unittest.TestCase):
 
     def test_nothingWakesTheProgramOverAQuestion(self):
         self.check_idle(over_a_question)
+
+    def test_nothingWakesTheProgramAfterAGlide(self):
+        self.check_idle(after_a_glide)
 
     def test_nothingWakesTheProgramWhenHidden(self):
         self.check_idle(when_hidden)
