@@ -105,9 +105,12 @@ private slots:
         QTest::addColumn<QString>("place");
         QTest::addColumn<QString>("scale");
         QTest::addColumn<QByteArray>("found");
-        QTest::newRow("somewhere") << "30,20" << "1" << QByteArray("30,20");
-        QTest::newRow("left of the display") << "-30,0" << "1" << QByteArray("-30,0");
-        QTest::newRow("in pixels of the display") << "60,20" << "2" << QByteArray("60,20");
+        QTest::newRow("somewhere") << "30,20"
+                                   << "1" << QByteArray("30,20");
+        QTest::newRow("left of the display") << "-30,0"
+                                             << "1" << QByteArray("-30,0");
+        QTest::newRow("in pixels of the display") << "60,20"
+                                                  << "2" << QByteArray("60,20");
         // Nothing of this is a place: it opens where it would anyway.
         for (const char* junk : {"", "30", "30,", "30,20,10", "a,b", "30;20", "1e9,0", ","})
             QTest::newRow(junk) << junk << "1" << probePlace(QString(), "1").output;
