@@ -55,6 +55,11 @@ QString EntryRows::name(int number)
     return scan_.name(scan_.entry(number));
 }
 
+QByteArrayView EntryRows::nameBytes(int number)
+{
+    return scan_.nameBytes(scan_.entry(number));
+}
+
 bool EntryRows::isDetailed(int number)
 {
     if (iconSet_ == 0)

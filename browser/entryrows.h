@@ -37,6 +37,8 @@ public:
     /// How many rows there are; with `dirsOnly` those of folders alone.
     int count(bool dirsOnly) const;
     QString name(int number);
+    /// The name as the system has it; no row is made for it. Valid as long as this.
+    QByteArrayView nameBytes(int number);
     /// Whether the row has a second text, for which its entry must tell size and time.
     bool isDetailed(int number);
     /// The width and height that the icons of the kinds among the first `rows` need.

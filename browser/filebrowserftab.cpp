@@ -6,9 +6,11 @@
 #include "files/entry.h"
 #include "files/entrytexts.h"
 #include "platform/keymap.h"
+#include "platform/zlistfind.h"
 #include "platform/zpixmap.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -122,6 +124,12 @@ void FileBrowserFtab::setFullInf()
     fullInfo = fullInfo == 0 ? 1 : 0;
     if (multiSelect)
         itemFormat = fullInfo == 1 ? QStringLiteral("%I%M170%C") : QStringLiteral("%I%M186%C");
+}
+
+void FileBrowserFtab::enableFinding(std::function<bool()> digitsAreTaken)
+{
+    auto* find = new ZListFind(this, [this](int row) { return entryNameBytes(row); });
+    find->setDigitsAreTaken(std::move(digitsAreTaken));
 }
 
 QStringList FileBrowserFtab::getChkFileList() const

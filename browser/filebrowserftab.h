@@ -5,6 +5,8 @@
 #include <QDateTime>
 #include <QTimer>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 
 class EntryRows;
@@ -35,6 +37,13 @@ public:
     /// Flips multi-selection mode; the rows follow with the next setDir().
     void switchMultiSelect();
     bool isMultiSelect() const { return multiSelect; }
+    /// Lets letters and digits find entries from now on (ZListFind); digits not while
+    /// `digitsAreTaken` says so. Call it once.
+    void enableFinding(std::function<bool()> digitsAreTaken);
+    /// How many entries are listed, the back entry not counted.
+    int entryCount() const { return std::max(count() - backEntries(), 0); }
+    /// The place of the highlighted entry among them, from 1 on; 0 for the back entry or none.
+    int entryPosition() const { return std::max(currentItem() - backEntries() + 1, 0); }
     /// Full paths of the checked entries, in row order.
     QStringList getChkFileList() const;
     /// Makes a folder inside `parent`. False if either text is empty or the file system refuses.
@@ -64,6 +73,8 @@ protected:
 
 private:
     QString entryName(int row) const;
+    QByteArrayView entryNameBytes(int row) const;
+    int backEntries() const { return hasBackEntry_ ? 1 : 0; }
     QString entryPath(int row) const;
     void openFolder(const QString& path);
     void restartPreview();

@@ -30,6 +30,13 @@ QString FileBrowserFtab::entryName(int row) const
     return number < 0 ? QStringLiteral("..") : entries_->name(number);
 }
 
+/// Empty for the back entry: that is no name.
+QByteArrayView FileBrowserFtab::entryNameBytes(int row) const
+{
+    const int number = row - backEntries();
+    return number < 0 || row >= count() ? QByteArrayView() : entries_->nameBytes(number);
+}
+
 void FileBrowserFtab::setDir(const QString& path, int index)
 {
     // The argument may be a field that this function changes.

@@ -121,11 +121,10 @@ def glyph_of(table, code):
 
 
 def even_figures(tables):
-    """Gives all figures the width that is in the middle of theirs, and keeps them in the middle."""
+    """Gives all figures the width of the narrowest, and keeps them in the middle of it."""
     glyphs = [glyph_of(tables[b"cmap"], code) for code in b"0123456789"]
     sizes = {glyph: struct.unpack_from(">Hh", tables[b"hmtx"], 4 * glyph) for glyph in glyphs}
-    widths = [width for width, _ in sizes.values()]
-    even = (min(widths) + max(widths)) // 2
+    even = min(width for width, _ in sizes.values())
     for glyph, (width, left) in sizes.items():
         tables[b"hmtx"] = with_numbers(tables[b"hmtx"], ">Hh", 4 * glyph, even,
                                        left + (even - width) // 2)

@@ -43,6 +43,8 @@ public:
     FolderEntry& entry(int number);
     /// As decodeName() gives it.
     QString name(const FolderEntry& entry) const;
+    /// The name as the system has it. Valid as long as the scan.
+    QByteArrayView nameBytes(const FolderEntry& entry) const;
     /// Whether the name begins with a dot.
     bool isHidden(const FolderEntry& entry) const;
     /// Asks for the size and time of an entry of this scan, unless they are known. They stay
@@ -52,7 +54,6 @@ public:
 private:
     void add(int folder, const char* name, unsigned char type, bool withInfo);
     void sort(std::vector<FolderEntry>& entries) const;
-    QByteArrayView nameBytes(const FolderEntry& entry) const;
 
     QByteArray path_;
     QByteArray names_;

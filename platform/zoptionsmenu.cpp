@@ -127,6 +127,12 @@ bool ZOptionsMenu::disconnectItem(int id, QObject* receiver, const char* slot)
     return item != nullptr && item->connections.removeOne({receiver, slotSignature(slot)});
 }
 
+bool ZOptionsMenu::isItemConnected(int id, QObject* receiver, const char* slot) const
+{
+    const Item* item = itemOf(id);
+    return item != nullptr && item->connections.contains({receiver, slotSignature(slot)});
+}
+
 int ZOptionsMenu::count() const
 {
     return int(items_.size());

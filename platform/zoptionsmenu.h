@@ -53,6 +53,7 @@ public:
     /// is connected already stays connected once. False if there is no such item or slot.
     bool connectItem(int id, QObject* receiver, const char* slot);
     bool disconnectItem(int id, QObject* receiver, const char* slot);
+    bool isItemConnected(int id, QObject* receiver, const char* slot) const;
 
     int count() const;
     /// Positions run from 0 to count() - 1.

@@ -1,5 +1,6 @@
 #include "platform/zsoftkey.h"
 
+#include "platform/zlistrowpainter.h"
 #include "platform/zoptionsmenu.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
@@ -14,9 +15,14 @@ namespace
 {
 
 constexpr int BarFontSize = 14;
+constexpr int StatusFontSize = 13;
 constexpr int Margin = 6;
 /// What at least is between the two texts.
 constexpr int Gap = 10;
+constexpr int StatusGap = 8;
+/// With less room a name tells nothing.
+constexpr int SmallestName = 30;
+const QColor StatusColour(0xb8, 0xbd, 0xc6);
 
 bool isKey(int key)
 {
@@ -60,20 +66,73 @@ QString ZSoftKey::shownText(int key) const
     return isKey(key) ? wantedTexts().at(size_t(key)) : QString();
 }
 
-ZSoftKey::Texts ZSoftKey::wantedTexts() const
+bool ZSoftKey::isInert() const
 {
     const ZScreen* screen = ZScreen::instance();
-    const bool inert = screen->active() != nullptr && !screen->takesInput(this);
-    return inert ? screen->softKeys().texts : Texts{sides_[Left].text, sides_[Right].text};
+    return screen->active() != nullptr && !screen->takesInput(this);
+}
+
+ZSoftKey::Texts ZSoftKey::wantedTexts() const
+{
+    return isInert() ? ZScreen::instance()->softKeys().texts
+                     : Texts{sides_[Left].text, sides_[Right].text};
+}
+
+void ZSoftKey::setStatus(const QString& name, const QString& text)
+{
+    status_ = {ZListRowPainter::visibleText(name), text};
+    setAccessibleDescription(name.isEmpty() ? text : name + QStringLiteral(", ") + text);
+    refresh();
+}
+
+QStringList ZSoftKey::shownStatus() const
+{
+    const Status status = wanted().status;
+    return {status.name, status.text};
+}
+
+ZSoftKey::Content ZSoftKey::wanted() const
+{
+    Content content{wantedTexts(), {}};
+    if (!isInert() && content.texts[Right].isEmpty()) {
+        const int left = QFontMetrics(fontOf(BarFontSize)).horizontalAdvance(content.texts[Left]);
+        content.status = fitting(inner().width() - (left > 0 ? left + Gap : 0));
+    }
+    return content;
+}
+
+/// What of the status fits into a width.
+ZSoftKey::Status ZSoftKey::fitting(int room) const
+{
+    const QFontMetrics metrics(fontOf(StatusFontSize));
+    const int needed = metrics.horizontalAdvance(status_.text);
+    if (needed > room)
+        return {};
+    const int left = room - (needed > 0 ? needed + StatusGap : 0);
+    const QString name = metrics.elidedText(status_.name, Qt::ElideLeft, std::max(left, 0));
+    const bool isTold = left >= SmallestName || name == status_.name;
+    return {isTold ? name : QString(), status_.text};
+}
+
+QRect ZSoftKey::inner() const
+{
+    return rect().adjusted(Margin, 0, -Margin, -1);
+}
+
+QFont ZSoftKey::fontOf(int size) const
+{
+    QFont barFont = font();
+    barFont.setPixelSize(size);
+    return barFont;
 }
 
 /// Many things come and go over the bar that change nothing in it.
 void ZSoftKey::refresh()
 {
-    const Texts wanted = wantedTexts();
-    if (wanted == shown_)
+    const Content content = wanted();
+    if (content == shown_)
         return;
-    shown_ = wanted;
+    shown_ = content;
     update();
 }
 
@@ -106,21 +165,32 @@ void ZSoftKey::paintEvent(QPaintEvent* /*event*/)
     const auto& look = ZSkinService::look(ZSkinService::clsSoftKey);
     QPainter painter(this);
     painter.fillRect(rect(), look.background);
-    QFont barFont = font();
-    barFont.setPixelSize(BarFontSize);
-    painter.setFont(barFont);
+    painter.setFont(fontOf(BarFontSize));
     painter.setPen(look.text);
-    shown_ = wantedTexts();
-    const QRect inner = rect().adjusted(Margin, 0, -Margin, -1);
+    shown_ = wanted();
     const QFontMetrics metrics = painter.fontMetrics();
     for (const size_t key : {size_t(Left), size_t(Right)}) {
-        const int other =
-            shown_.at(1 - key).isEmpty() ? -Gap : metrics.horizontalAdvance(shown_.at(1 - key));
+        const QString& beside = shown_.texts.at(1 - key);
+        const int other = beside.isEmpty() ? -Gap : metrics.horizontalAdvance(beside);
         const auto align = key == Left ? Qt::AlignLeft : Qt::AlignRight;
-        painter.drawText(
-            inner, int(align | Qt::AlignVCenter | Qt::TextSingleLine),
-            metrics.elidedText(shown_.at(key), Qt::ElideRight, roomBeside(inner.width(), other)));
+        painter.drawText(inner(), int(align | Qt::AlignVCenter | Qt::TextSingleLine),
+                         metrics.elidedText(shown_.texts.at(key), Qt::ElideRight,
+                                            roomBeside(inner().width(), other)));
     }
+    paintStatus(painter);
+}
+
+void ZSoftKey::paintStatus(QPainter& painter) const
+{
+    constexpr int Align = Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine;
+    painter.setFont(fontOf(StatusFontSize));
+    painter.setPen(StatusColour);
+    QRect room = inner();
+    painter.drawText(room, Align, shown_.status.text);
+    const int behind = painter.fontMetrics().horizontalAdvance(shown_.status.text);
+    if (behind > 0)
+        room.setRight(room.right() - behind - StatusGap);
+    painter.drawText(room, Align, shown_.status.name);
 }
 
 void ZSoftKey::mousePressEvent(QMouseEvent* event)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QStringList>
 #include <QWidget>
 
 #include <array>
@@ -9,6 +10,9 @@ class ZOptionsMenu;
 
 /// The bar at the bottom of a main widget that says what the two soft keys do, each with an
 /// optional menu. A tap on a side works like its key.
+///
+/// Where the right key has no text, a status may stand: small, with less of a name if there is not
+/// the room for it, and never over the text of the left key.
 ///
 /// While its widget gets no keys the bar says what the soft keys do in the one that does
 /// (ZScreen::setSoftKeys()), which may be nothing. Texts that do not fit beside each other are cut.
@@ -29,6 +33,11 @@ public:
     QString text(int key) const;
     /// What stands over a key now: its text, or that of what has the keys instead.
     QString shownText(int key) const;
+    /// What stands at the right: a name, which is cut at its beginning where it must be, and behind
+    /// it a text that is shown as a whole or, where it has no room, not at all. Both may be empty.
+    void setStatus(const QString& name, const QString& text);
+    /// What of the status stands there now: both texts as they are shown.
+    QStringList shownStatus() const;
     /// The menu that a key opens; nullptr for none. Not owned.
     void setOptMenu(int key, ZOptionsMenu* menu);
     ZOptionsMenu* optMenu(int key) const;
@@ -52,9 +61,28 @@ private:
     };
     using Texts = std::array<QString, 2>;
 
+    /// What of the bar is not a key's.
+    struct Status {
+        QString name;
+        QString text;
+        bool operator==(const Status&) const = default;
+    };
+    struct Content {
+        Texts texts;
+        Status status;
+        bool operator==(const Content&) const = default;
+    };
+
+    bool isInert() const;
     Texts wantedTexts() const;
+    Content wanted() const;
+    Status fitting(int room) const;
+    QRect inner() const;
+    QFont fontOf(int size) const;
     void refresh();
+    void paintStatus(QPainter& painter) const;
 
     std::array<Side, 2> sides_;
-    Texts shown_;
+    Status status_;
+    Content shown_;
 };

@@ -30,6 +30,7 @@ ZTheme light()
     theme.highlight = rgb(0xffe6d6);
     theme.highlightText = theme.text;
     theme.mark = rgb(0xd24a00);
+    theme.frame = rgb(0x000000);
     theme.outline = rgb(0x767b85);
     theme.thumb = rgb(0x767b85);
     theme.selection = rgb(0x5b616b);
@@ -51,6 +52,7 @@ ZTheme dark()
     theme.highlight = rgb(0x3a2417);
     theme.highlightText = rgb(0xffffff);
     theme.mark = rgb(0xd24a00);
+    theme.frame = rgb(0x7e848f);
     theme.outline = rgb(0x7e848f);
     theme.thumb = rgb(0x7e848f);
     theme.selection = rgb(0x9ba1ab);

@@ -16,6 +16,7 @@ struct ZTheme {
     QColor highlight;  ///< the ground of the current row
     QColor highlightText;
     QColor mark;          ///< the bar at the current row; the part that is done
+    QColor frame;         ///< around a page that lies over others
     QColor outline;       ///< of menus, fields and check boxes
     QColor thumb;         ///< of a scroll bar
     QColor selection;     ///< the ground of selected text

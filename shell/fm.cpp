@@ -14,6 +14,7 @@
 #include "platform/zsoftkey.h"
 #include "shell/qdaemonapp.h"
 #include "shell/settings.h"
+#include "shell/statusline.h"
 #include "shell/util.h"
 #include "widgets/kwidget.h"
 #include "widgets/textinput.h"
@@ -124,6 +125,8 @@ void FM::createPanels()
         panels_[i] = new FileBrowserFtab(full_inf, QStringLiteral("%I%M"), this, 0,
                                          ZSkinService::clsListBox);
         panels_[i]->setDir(starts[i], 0);
+        if (extras.find)
+            panels_[i]->enableFinding([this] { return modKeyHeld; });
     }
     addTab(panels_[0], "res/img/1.png");
     addTab(panels_[1], "res/img/2.png");
@@ -146,6 +149,8 @@ void FM::connectSignals()
     connect(panels_[0], &FileBrowserFtab::isFilePicked, this, &FM::slot_ClickFile);
     connect(a, &ZApplication::signalRaise, this, &QWidget::show);
     connect(ZScreen::instance(), &ZScreen::closeRequested, this, &FM::slotCloseRequested);
+    if (extras.status)
+        new StatusLine(this);
 }
 
 FileBrowserFtab* FM::panel(int page) const

@@ -231,7 +231,7 @@ void TextInput::finish(bool confirmed)
 void TextInput::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    painter.setPen(ZTheme::current().outline);
+    painter.setPen(ZTheme::current().frame);
     painter.drawRect(view_->geometry().adjusted(-1, -1, 0, 0));
 }
 

@@ -5,6 +5,7 @@ Draws a sheet for each language, FOLDER/LANGUAGE.png, with what the program and 
 side by side: to be looked at whenever texts, fonts or drawing change. QUARN_STAGE names the staged work
 folder, QUARN_SHEET_SCALE how many pixels of the sheet are one of the screen (1)."""
 
+import contextlib
 import os
 import pathlib
 import sys
@@ -12,6 +13,7 @@ import sys
 from PIL import Image
 
 import quarn
+import tst_bluetooth
 import tst_plugins
 
 COLUMNS = 6
@@ -88,6 +90,23 @@ def plugin(display, language, name, steps, file, content=b"", leave=("softright"
         program.stop()
 
 
+def sharing(display, language):
+    """The list of devices, and a file that is sent and then not."""
+    program = program_in(display, language)
+    with contextlib.ExitStack() as stack:
+        stack.callback(program.stop)
+        services = tst_bluetooth.Services(stack)
+        quarn.make_file(program.home / "song.mp3", b"x" * 100000)
+        program.start(DBUS_SYSTEM_BUS_ADDRESS=services.address,
+                      DBUS_SESSION_BUS_ADDRESS=services.address)
+        pictures = screens(program, ["-down", "softleft 7", "select"])
+        quarn.wait_until(services.transfer, "the transfer")
+        pictures += screens(program, ["softright"])
+        program.key("5")
+        program.wait_stable()
+        return pictures
+
+
 def plugins(display, language):
     text = "".join(f"{number}. Hello world, hello again and again.\n" for number in range(60))
     return [
@@ -115,7 +134,8 @@ def main(folder, languages):
     display = quarn.Display(window_manager=True)
     try:
         for language in languages or known:
-            pictures = main_window(display, language) + plugins(display, language)
+            pictures = main_window(display, language) + sharing(display, language) + \
+                plugins(display, language)
             sheet_of(pictures).save(folder / f"{language}.png")
             print(folder / f"{language}.png", flush=True)
     finally:

@@ -31,6 +31,17 @@ def over_a_question(program):
     quarn.wait_until(program.shows_box, "the question")
 
 
+def after_a_glide(program):
+    """Over a name that is too long for its row, once it has been shown whole."""
+    before = program.screenshot()
+    program.key(*["down"] * 6)
+    program.wait_change(before)
+    resting = program.screenshot()
+    quarn.wait_until(lambda: program.screenshot().tobytes() != resting.tobytes(), "the glide")
+    # Longer than it rests between.
+    program.wait_idle(calm=1.5)
+
+
 def when_hidden(program):
     program.key("hide")
     program.wait_hidden()
@@ -44,7 +55,7 @@ def after_the_test_box(program):
 
 
 STATES = (over_a_listing, over_a_menu, over_a_message, over_a_question, when_hidden,
-          after_the_test_box)
+          after_the_test_box, after_a_glide)
 
 
 class TestIdling(unittest.TestCase):
@@ -67,10 +78,11 @@ class TestIdling(unittest.TestCase):
     def started(cls):
         display = quarn.Display()
         cls.addClassCleanup(display.stop)
-        program = quarn.Program(display)
+        program = quarn.Program(display, extras={"Motion": 1})
         cls.addClassCleanup(program.stop)
         for number in range(5):
             quarn.make_file(program.home / f"{number}.txt", b"x")
+        quarn.make_file(program.home / f"{'a name that is too long for its row ' * 2}.txt", b"x")
         return program.start(wait=False)
 
     def check_idle(self, state):
@@ -87,6 +99,9 @@ class TestIdling(unittest.TestCase):
 
     def test_nothingWakesTheProgramOverAQuestion(self):
         self.check_idle(over_a_question)
+
+    def test_nothingWakesTheProgramAfterAGlide(self):
+        self.check_idle(after_a_glide)
 
     def test_nothingWakesTheProgramWhenHidden(self):
         self.check_idle(when_hidden)

@@ -495,7 +495,7 @@ class TestPictures(Case):
                 self.blocks.step()
         # It is about to read the third block: what it said of the second is on the display.
         self.blocks.wait_reached()
-        self.check_screen("copy_box_built_in", (57, 136, 70, 13), (57, 174, 70, 13))
+        self.check_screen("copy_box_built_in", (52, 127, 78, 13), (52, 165, 78, 13))
         self.blocks.open()
         self.user.wait_nothing()
 
@@ -542,9 +542,9 @@ class TestPictures(Case):
     def test_properties(self):
         # The number, and the owner's name.
         for name, picture, number, owner in (
-                ("notes.txt", "properties_of_a_file", (52, 172, 65, 13), (55, 216, 155, 18)),
-                ("Holidays", "properties_of_a_folder", (52, 163, 65, 13), (55, 226, 155, 18)),
-                ("link to notes", "properties_of_a_link", (89, 144, 65, 13), (55, 226, 155, 18))):
+                ("notes.txt", "properties_of_a_file", (52, 172, 72, 13), (55, 216, 155, 18)),
+                ("Holidays", "properties_of_a_folder", (52, 163, 72, 13), (55, 226, 155, 18)),
+                ("link to notes", "properties_of_a_link", (52, 154, 72, 13), (55, 236, 155, 16))):
             self.user.choose(name)
             self.user.command("properties")
             self.user.wait_message()

@@ -224,7 +224,7 @@ class TestWhoHasAKeypad(Case):
 
 class TestLook(Case):
     # The cursor in the field blinks.
-    FIELD_END = (70, 148, 60, 24)
+    FIELD_END = (62, 148, 60, 24)
 
     def check(self, program, name, *holes):
         operations.View(program, *holes).check(name, RENEW)

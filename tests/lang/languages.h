@@ -46,16 +46,25 @@ inline void expectDrawn(QWidget& widget, const QStringList& texts)
     QCOMPARE(misplaced(drawn, widget.rect()), QString());
 }
 
-/// Whether lines are a text that was broken between its words. Scripts without blanks may be broken
-/// anywhere.
-inline bool isBrokenBetweenWords(const QStringList& lines, const QString& text)
+/// Whether a line may end between two characters neither of which is a blank: behind a hyphen, and
+/// beside those of scripts without blanks.
+inline bool isPlaceToBreak(QChar before, QChar behind)
 {
     constexpr char16_t FirstWithoutBlanks = 0x2e80;
+    return before == QLatin1Char('-') || before.unicode() >= FirstWithoutBlanks ||
+           behind.unicode() >= FirstWithoutBlanks;
+}
+
+/// Whether lines are a text that was broken between its words.
+inline bool isBrokenBetweenWords(const QStringList& lines, const QString& text)
+{
     qsizetype end = 0;
     for (const QString& line : lines) {
+        if (end >= text.size())
+            return false;
         if (end > 0 && text.at(end) == QLatin1Char(' '))
             ++end;
-        else if (end > 0 && text.at(end - 1).unicode() < FirstWithoutBlanks)
+        else if (end > 0 && !isPlaceToBreak(text.at(end - 1), text.at(end)))
             return false;
         if (text.mid(end, line.size()) != line)
             return false;

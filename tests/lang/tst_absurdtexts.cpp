@@ -1,6 +1,8 @@
 #include "lang/texts.h"
 #include "platform/keymap.h"
+#include "platform/zlistbox.h"
 #include "platform/zoptionsmenu.h"
+#include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
 #include "plugins/support/plugintexts.h"
 #include "plugins/support/pluginwindow.h"
@@ -66,6 +68,27 @@ private slots:
         expectElided(*quarn->softKey, 1);
         pressKey(PhoneKey::SoftLeft);
         expectElided(*quarn->softKey, 2);
+    }
+
+    void statusThatHasNoRoomIsLeftOut_data() { addTexts(); }
+    void statusThatHasNoRoomIsLeftOut()
+    {
+        quarn->softKey->setStatus("folder", LANG_MARKED);
+        expectElided(*quarn->softKey, 1);
+        quarn->softKey->setText(ZSoftKey::Left, "Go");
+        QCOMPARE(textsDrawnBy(*quarn->softKey).size(), 1);
+    }
+
+    void emptyListKeepsToItsPlace_data() { addTexts(); }
+    void emptyListKeepsToItsPlace()
+    {
+        ZListBox list("%M", quarn, 0, ZSkinService::clsListBox);
+        list.resize(ZScreen::Width, 200);
+        list.setEmptyText(LANG_NO_ENTRIES);
+        list.show();
+        const QList<DrawnText> drawn = textsDrawnBy(list);
+        QVERIFY(!drawn.isEmpty());
+        QCOMPARE(misplaced(drawn, list.rect()), QString());
     }
 
     void answersOfABoxShareItsBar_data() { addTexts(); }

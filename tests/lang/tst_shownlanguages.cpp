@@ -1,6 +1,9 @@
+#include "browser/filebrowserftab.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
+#include "platform/zlistbox.h"
 #include "platform/zoptionsmenu.h"
+#include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
 #include "shell/fm.h"
 #include "shell/settings.h"
@@ -90,6 +93,28 @@ private slots:
         expectDrawn(*quarn->softKey, {LANG_OPTIONS});
         pressKey(PhoneKey::SoftLeft);
         expectDrawn(*quarn->softKey, {LANG_SELECT, LANG_BACK});
+    }
+
+    void statusFitsTheBar_data() { addLanguages(); }
+    void statusFitsTheBar()
+    {
+        for (const QString& text : {LANG_MARKED, LANG_TO_COPY, LANG_TO_MOVE}) {
+            const QString status = withNumber(text, 1234);
+            quarn->softKey->setStatus("folder", status);
+            expectDrawn(*quarn->softKey, {LANG_OPTIONS, status});
+        }
+    }
+
+    void emptyListSaysWhy_data() { addLanguages(); }
+    void emptyListSaysWhy()
+    {
+        for (const QString& text : {LANG_NO_ENTRIES, LANG_CANNOT_READ}) {
+            ZListBox list("%M", quarn, 0, ZSkinService::clsListBox);
+            list.resize(quarn->panel(1)->size());
+            list.setEmptyText(text);
+            list.show();
+            expectDrawn(list, {text});
+        }
     }
 
     void answersFitTheBarOfABox_data() { addLanguages(); }

@@ -2,6 +2,7 @@
 #include "plugins/lyraplayer/messagebar.h"
 #include "plugins/lyraplayer/nowplaying.h"
 #include "plugins/lyraplayer/player.h"
+#include "plugins/support/notice.h"
 #include "plugins/support/plugintexts.h"
 #include "plugins/support/pluginwindow.h"
 #include "tests/lang/languages.h"
@@ -44,9 +45,48 @@ private slots:
         PluginWindow window("Plugin");
         window.show();
         for (const QString& state : {texts.running, texts.stopping, texts.exitCode.arg(127),
-                                     texts.endedBySignal.arg(15)}) {
+                                     texts.endedBySignal.arg(15), texts.programStopped}) {
             window.showTitle("backup.sh", state);
             expectDrawn(window, {"backup.sh  " + state});
+        }
+    }
+
+    void noticesAreBrokenBetweenWords_data() { addLanguages(); }
+    void noticesAreBrokenBetweenWords()
+    {
+        const PluginTexts& texts = pluginTexts();
+        const QRect page(0, 0, ZScreen::Width, 280);
+        for (const QString& text : {texts.noFile,
+                                    texts.noSuchFile,
+                                    texts.isFolder,
+                                    texts.notRegular,
+                                    texts.mayNotRead,
+                                    texts.cannotOpen.arg("Too many open files"),
+                                    texts.fileEmpty,
+                                    texts.notAPicture,
+                                    texts.pictureDamaged,
+                                    texts.pictureTooLarge.arg("20000", "10000"),
+                                    texts.pictureFileTooLarge,
+                                    texts.notExecutable,
+                                    texts.noOutputYet,
+                                    texts.noOutput,
+                                    texts.cannotRun.arg("python3", "No such file or directory"),
+                                    texts.noProgram.arg(".pdf"),
+                                    texts.noProgram.arg(texts.thisFile),
+                                    texts.programFailed.arg(".pdf"),
+                                    texts.noOpener,
+                                    texts.installProgram,
+                                    texts.anotherWay,
+                                    texts.onlyPicture}) {
+            const auto drawn = textsDrawnOn(page.size(), [&](QPainter& painter) {
+                painter.setFont(ZSkinService::font(ProgramNames::Font, 14, 25));
+                paintNotice(painter, page, text);
+            });
+            QCOMPARE(misplaced(drawn, page), QString());
+            QStringList lines;
+            for (const DrawnText& line : drawn)
+                lines.append(line.text.trimmed());
+            QVERIFY2(isBrokenBetweenWords(lines, text), qPrintable(lines.join('|')));
         }
     }
 

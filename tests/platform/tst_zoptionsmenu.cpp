@@ -160,7 +160,12 @@ private slots:
         const auto menu = makeMenu(2);
         QVERIFY(menu->connectItem(0, &receiver, "first()"));
         QVERIFY(menu->connectItem(0, &receiver, "second()"));
+        QVERIFY(menu->isItemConnected(0, &receiver, "first()"));
         QVERIFY(menu->disconnectItem(0, &receiver, "first()"));
+        QVERIFY(!menu->isItemConnected(0, &receiver, "first()"));
+        QVERIFY(menu->isItemConnected(0, &receiver, "second()"));
+        QVERIFY(!menu->isItemConnected(1, &receiver, "second()"));
+        QVERIFY(!menu->isItemConnected(9, &receiver, "second()"));
         QVERIFY(!menu->disconnectItem(0, &receiver, "first()"));
         QVERIFY(!menu->disconnectItem(1, &receiver, "second()"));
         QVERIFY(!menu->disconnectItem(9, &receiver, "second()"));

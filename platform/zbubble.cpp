@@ -1,0 +1,111 @@
+#include "platform/zbubble.h"
+
+#include "platform/zlistrowpainter.h"
+#include "platform/zskinservice.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr int NoteFontSize = 15;
+constexpr int LetterFontSize = 30;
+constexpr int Padding = 9;
+constexpr int SignSize = 14;
+constexpr int SignGap = 6;
+constexpr int Corner = 2;
+/// What a text may be wider than its advance in whole pixels.
+constexpr int Rounding = 2;
+const QColor EdgeColour(0x76, 0x7b, 0x85);
+const QColor WarningColour(0xff, 0xb4, 0x54);
+
+QFont fontOf(const QWidget& widget, int size)
+{
+    QFont font = widget.font();
+    font.setPixelSize(size);
+    font.setWeight(QFont::Bold);
+    return font;
+}
+
+} // namespace
+
+ZBubble::ZBubble(QWidget* over) : QWidget(over)
+{
+    hide();
+    setObjectName(QStringLiteral("ZBubble"));
+    setFocusPolicy(Qt::NoFocus);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+void ZBubble::showNote(const QString& text, bool isWarning, const QRect& spared)
+{
+    isWarning_ = isWarning;
+    isLetter_ = false;
+    const QRect over = parentWidget()->rect().adjusted(Margin, Margin, -Margin, -Margin);
+    const int wanted = QFontMetrics(fontOf(*this, NoteFontSize))
+                           .horizontalAdvance(ZListRowPainter::visibleText(text)) +
+                       Rounding + 2 * Padding + (isWarning ? SignSize + SignGap : 0);
+    const int width = std::clamp(wanted, int(NoteHeight), over.width());
+    QRect place(over.left() + (over.width() - width) / 2, over.bottom() + 1 - NoteHeight, width,
+                NoteHeight);
+    if (place.intersects(spared))
+        place.moveTop(over.top());
+    showAt(place, text);
+}
+
+void ZBubble::showLetter(const QString& letter)
+{
+    isWarning_ = false;
+    isLetter_ = true;
+    const QRect over = parentWidget()->rect();
+    // As far from the edge as it is wide: the thumb of the scroll bar is in view.
+    showAt(QRect(over.right() + 1 - LetterSize - LetterSize / 2,
+                 over.top() + (over.height() - LetterSize) / 2, LetterSize, LetterSize),
+           letter);
+}
+
+void ZBubble::showAt(const QRect& place, const QString& text)
+{
+    setAccessibleName(text);
+    setGeometry(place);
+    raise();
+    setVisible(true);
+    update();
+}
+
+void ZBubble::paintEvent(QPaintEvent* /*event*/)
+{
+    const ZSkinService::Look& look = ZSkinService::look(ZSkinService::clsSoftKey);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(EdgeColour);
+    painter.setBrush(look.background);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Corner, Corner);
+    painter.setFont(fontOf(*this, isLetter_ ? LetterFontSize : NoteFontSize));
+    QRect room = isLetter_ ? rect() : rect().adjusted(Padding, 0, -Padding, 0);
+    if (isWarning_) {
+        paintSign(painter, QRect(room.left(), (height() - SignSize) / 2, SignSize, SignSize));
+        room.setLeft(room.left() + SignSize + SignGap);
+    }
+    painter.setPen(isWarning_ ? WarningColour : look.text);
+    const QString shown = painter.fontMetrics().elidedText(ZListRowPainter::visibleText(text()),
+                                                           Qt::ElideLeft, room.width());
+    painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine, shown);
+}
+
+/// A triangle with a mark of exclamation.
+void ZBubble::paintSign(QPainter& painter, const QRect& area) const
+{
+    const QPointF corners[] = {{area.left() + area.width() / 2.0, area.top() + 0.5},
+                               {area.right() + 0.5, area.bottom() + 0.5},
+                               {area.left() + 0.5, area.bottom() + 0.5}};
+    painter.setPen(QPen(WarningColour, 1, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
+    painter.setBrush(WarningColour);
+    painter.drawPolygon(corners, 3);
+    const QColor ground = ZSkinService::look(ZSkinService::clsSoftKey).background;
+    const int middle = area.left() + area.width() / 2 - 1;
+    painter.fillRect(middle, area.top() + 4, 2, 5, ground);
+    painter.fillRect(middle, area.top() + 10, 2, 2, ground);
+}
