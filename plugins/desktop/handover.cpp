@@ -81,7 +81,7 @@ QByteArray answerOf(const QList<QByteArray>& words)
     ::close(ends[0]);
     if (process >= 0)
         codeOf(process);
-    return answer.left(answer.indexOf('\n')).trimmed();
+    return answer.split('\n').front().trimmed();
 }
 
 bool hasProgram(const QByteArray& path, const DesktopTools& tools)

@@ -21,4 +21,4 @@ TrackTags readTags(const QByteArray& file, bool withPicture, const std::atomic<b
 
 /// No more of a file is read than this, bytes: tags stand at its ends, and what has none would be
 /// searched through.
-inline constexpr qint64 MaxTagBytes = 32 * 1024 * 1024;
+inline constexpr qint64 MaxTagBytes = 16 * 1024 * 1024;

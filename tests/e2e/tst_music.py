@@ -14,6 +14,8 @@ import subprocess
 import sys
 import tempfile
 
+from PIL import Image
+
 import keyscript
 import quarn
 
@@ -34,6 +36,18 @@ def make_songs(folder):
         subprocess.run([*ffmpeg, "-i", encoded, "-c:a", "copy", "-metadata", f"title={title}",
                         "-metadata", "artist=The Sines", "-metadata", "album=Pure Tones",
                         folder / f"{name}.mp3"], check=True)
+
+
+def make_covered_song(folder):
+    """A song with a cover, and with names that are longer than a line."""
+    cover = folder / "cover.png"
+    Image.linear_gradient("L").resize((400, 400)).convert("RGB").save(cover)
+    subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", folder / "tone.mp3", "-i", cover,
+                    "-map", "0", "-map", "1", "-c", "copy", "-disposition:v", "attached_pic",
+                    "-metadata", "title=Morning", "-metadata",
+                    "artist=The Symphonic Orchestra of the Town by the River",
+                    "-metadata", "album=Hours of a Day", folder / "07 covered.mp3"], check=True)
+    cover.unlink()
 
 
 class Mpv:
@@ -143,6 +157,7 @@ class Case(quarn.Case):
         cls.songs = pathlib.Path(tempfile.mkdtemp(prefix="qm"))
         cls.addClassCleanup(shutil.rmtree, cls.songs, True)
         make_songs(cls.songs)
+        make_covered_song(cls.songs)
 
     def music(self, *names):
         """A file manager, not started yet, with these songs in its folder, and its player."""
@@ -264,6 +279,22 @@ class TestPlayer(Case):
         player.check("player")
         self.display.pressed("select", "down")
         player.check("player_list")
+        self.display.pressed("softright", "softright")
+        self.assertEqual(process.wait(quarn.DEADLINE), 0)
+
+    def test_showsTheCoverOfTheSong(self):
+        _, player, process = self.playing("07 covered.mp3", "a.mp3")
+        self.display.pressed("softleft")
+        quarn.wait_until(lambda: player.mpv.get("pause"), "the pause")
+
+        def is_at_the_start():
+            self.display.pressed("0")
+            return player.position() < 0.5
+
+        quarn.wait_until(is_at_the_start, "the start of the song")
+        player.check("player_cover")
+        self.display.pressed("select")
+        player.check("player_list_of_titles")
         self.display.pressed("softright", "softright")
         self.assertEqual(process.wait(quarn.DEADLINE), 0)
 

@@ -124,7 +124,8 @@ class KeyboardCase:
         program.key("down", "select")
         return Plugin(program, "TextView")
 
-    def assertListHasKeyboard(self, program):
+    def assertListHasKeyboard(self, program, folder=None):
+        """The list, which shows this folder, answers a key."""
         client = self.display.client
         holder = client.active if self.display.manager else client.focus
         quarn.wait_until(lambda: holder() == program.window(),
@@ -132,9 +133,7 @@ class KeyboardCase:
         # It may still say that it starts the plugin, and then takes all keys.
         quarn.wait_until(lambda: not program.shows_box(), "the busy box to go")
         program.key("folderup")
-        program.wait_for_listing(program.base)
-        program.key("hash")
-        program.wait_for_listing(program.home)
+        program.wait_for_listing(f"{folder or program.home}/..")
 
     def test_thePluginOpensWhereTheFileManagerIs(self):
         program = self.program()
@@ -188,7 +187,7 @@ class TestKeyboardWithoutAManager(KeyboardCase, TestPlugins):
         program.wait_hidden()
         self.assertEqual(program.start_again()[0], 0)
         program.wait_shown()
-        self.assertListHasKeyboard(program)
+        self.assertListHasKeyboard(program, program.base)
 
 
 class TestPictures(TestPlugins):
@@ -212,7 +211,98 @@ class TestPictures(TestPlugins):
         self.assertTrue(program.is_running())
 
 
+    def test_aPictureFillsTheScreenAndIsTurned(self):
+        program = self.program()
+        draw_picture(program.home / "a landscape.png", (640, 400))
+        viewer = self.picked(program, "PicView")
+        viewer.wait_stable()
+        viewer.key("9")
+        viewer.snapshot("picview_turned_right")
+        viewer.key("star")
+        viewer.snapshot("picview_filled")
+        viewer.key("star", "7")
+        viewer.snapshot("picview_fitted_alone")
+        viewer.key("hash")
+        viewer.snapshot("picview_only_one")
+        viewer.end()
+
+    def test_aSlideShowGoesOnByItself(self):
+        program = self.program()
+        colours = {"a": (200, 30, 30), "b": (30, 200, 30), "c": (30, 30, 200)}
+        for name, colour in colours.items():
+            Image.new("RGB", (quarn.WIDTH, quarn.HEIGHT), colour).save(program.home / f"{name}.png")
+        viewer = self.picked(program, "PicView")
+        viewer.wait_stable()
+        viewer.key("hash")
+        for name in "bca":
+            quarn.wait_until(lambda: self.is_filled(viewer, colours[name]), f"the picture {name}")
+        viewer.key("softright")
+        quarn.wait_until(lambda: not self.is_filled(viewer, colours["a"]), "the end of the show")
+        viewer.end()
+
+    @staticmethod
+    def is_filled(viewer, colour):
+        return all(viewer.screenshot().getpixel(point) == colour
+                   for point in ((0, 0), (239, 0), (120, 160), (0, 290), (239, 290)))
+
+
+class TestDesktop(TestPlugins):
+    """What the desktop opens; scripts stand in for its tools."""
+
+    def started(self, opener, types="exit 1"):
+        program = self.program()
+        tools = program.base / "tools"
+        for name, script in (("xdg-open", opener), ("xdg-mime", types)):
+            tool = quarn.make_file(tools / name, f"#!/bin/sh\n{script}\n".encode())
+            tool.chmod(0o755)
+        quarn.make_file(program.home / "report.pdf", b"%PDF")
+        program.start(PATH=f"{tools}:{program.environment['PATH']}")
+        program.key("down", "select")
+        return program
+
+    def test_aKindThatNobodyOpensIsSaid(self):
+        program = self.started("exit 3")
+        window = Plugin(program, "Desktop")
+        window.snapshot("desktop_no_program")
+        window.end()
+        self.assertTrue(program.is_running())
+
+    def test_aProgramThatFailsIsSaid(self):
+        program = self.started("exit 4", "echo application/pdf")
+        window = Plugin(program, "Desktop")
+        window.snapshot("desktop_failed")
+        window.end()
+
+    def test_whatIsOpenedShowsNoWindow(self):
+        noted = "\"$HOME/noted\""
+        program = self.started(f"echo \"$1\" > {noted}.new && mv {noted}.new {noted}; "
+                               "read line < \"$HOME/gate\"")
+        os.mkfifo(program.home / "gate")
+        noted = program.home / "noted"
+        quarn.wait_until(noted.exists, "the opener to be started")
+        self.assertEqual(noted.read_text(), f"{program.home}/report.pdf\n")
+        with open(program.home / "gate", "w") as gate:
+            gate.write("go\n")
+        quarn.wait_until(lambda: not program.relatives(), "the plugin to end")
+        self.assertEqual(self.display.client.windows("Desktop"), [])
+
+
 class TestTexts(TestPlugins):
+    def test_linesFromTheRightBeginThere(self):
+        program = self.program()
+        quarn.make_file(program.home / "letter.txt", (
+            "Shalom means peace.\n"
+            "\u05e9\u05dc\u05d5\u05dd \u05dc\u05db\u05d5\u05dc\u05dd, "
+            "\u05d6\u05d4\u05d5 \u05de\u05db\u05ea\u05d1 \u05e7\u05e6\u05e8 "
+            "\u05de\u05df \u05d4\u05d7\u05d5\u05e4\u05e9\u05d4 \u05e9\u05dc\u05e0\u05d5 "
+            "(2008).\n\n"
+            "1. \u0627\u0644\u0633\u0644\u0627\u0645 "
+            "\u0639\u0644\u064a\u0643\u0645, file.txt\n"
+            "The end.\n").encode())
+        viewer = self.picked(program, "TextView")
+        viewer.snapshot("textview_from_the_right")
+        viewer.end()
+
     def test_aTextIsPagedToItsEnd(self):
         program = self.program()
         lines = "".join(f"{number}. Über allen Gipfeln ist Ruh, in allen Wipfeln spürest du kaum "

@@ -1,5 +1,6 @@
 #include "assoc/plugintable.h"
 #include "browser/filebrowserftab.h"
+#include "files/programnames.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
 #include "platform/zoptionsmenu.h"
@@ -69,6 +70,21 @@ private slots:
         QCOMPARE(taken(),
                  (QStringList{Log::busy(), folderLine("Viewer", file), pathLine("Viewer", file)}));
         QVERIFY(!textView->isUp());
+    }
+
+    void pluginIsToldWhereTheWindowIs()
+    {
+        start({"07 0 Viewer"}, {"001 07 PIC"}, {"a.pic"});
+        QList<QByteArray> places;
+        fixture_->log().setShell([&places](const QByteArray& /*command*/) {
+            places.append(qgetenv(ProgramNames::PlaceVariable));
+            return 0;
+        });
+        pick("a.pic");
+        QVERIFY(!ZScreen::placeOnDisplay().isEmpty());
+        QCOMPARE(places, QList<QByteArray>(2, ZScreen::placeOnDisplay()));
+        // It is not for what else is started.
+        QVERIFY(!qEnvironmentVariableIsSet(ProgramNames::PlaceVariable));
     }
 
     void busyBoxLingersForTwentyFiveTicks()

@@ -100,7 +100,40 @@ private slots:
         QCOMPARE(run.output, "1 120 160 240 320");
     }
 
+    void windowOpensWhereItIsWanted_data()
+    {
+        QTest::addColumn<QString>("place");
+        QTest::addColumn<QString>("scale");
+        QTest::addColumn<QByteArray>("found");
+        QTest::newRow("somewhere") << "30,20"
+                                   << "1" << QByteArray("30,20");
+        QTest::newRow("left of the display") << "-30,0"
+                                             << "1" << QByteArray("-30,0");
+        QTest::newRow("in pixels of the display") << "60,20"
+                                                  << "2" << QByteArray("60,20");
+        // Nothing of this is a place: it opens where it would anyway.
+        for (const char* junk : {"", "30", "30,", "30,20,10", "a,b", "30;20", "1e9,0", ","})
+            QTest::newRow(junk) << junk << "1" << probePlace(QString(), "1").output;
+    }
+
+    void windowOpensWhereItIsWanted()
+    {
+        QFETCH(QString, place);
+        QFETCH(QString, scale);
+        const SelfRun run = probePlace(place, scale);
+        QCOMPARE(run.status, 0);
+        QTEST(run.output, "found");
+    }
+
 private:
+    static SelfRun probePlace(const QString& place, const QString& scale)
+    {
+        return SelfRun::with({"--place"}, {{"QT_QPA_PLATFORM", "offscreen"},
+                                           {"PROBE_SCALE", scale},
+                                           {"PROBE_PLACE", place},
+                                           {"QT_SCALE_FACTOR", QString()}});
+    }
+
     static SelfRun probe(const QString& platform, const QString& scale)
     {
         // The last keeps newer toolkits from asking the desktop's services, and from leaking the
@@ -141,12 +174,29 @@ int printScale(int argc, char** argv)
     return 0;
 }
 
+/// Prints where the window has opened.
+int printPlace(int argc, char** argv)
+{
+    ZScreen::setScaleVariable("PROBE_SCALE");
+    const ZApplication application(argc, argv, ZApplication::GuiClient);
+    ZScreen::setPlace(qgetenv("PROBE_PLACE"));
+    QWidget main(ZScreen::instance());
+    ZScreen::instance()->place(&main, ZScreen::Layer::Main);
+    if (!ZScreen::placeOnDisplay().isEmpty())
+        return 1;
+    main.show();
+    std::fputs(ZScreen::placeOnDisplay().constData(), stdout);
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     if (argc == 2 && qstrcmp(argv[1], "--probe") == 0)
         return printScale(argc, argv);
+    if (argc == 2 && qstrcmp(argv[1], "--place") == 0)
+        return printPlace(argc, argv);
     return runTest<tst_ZScreenScale>(argc, argv);
 }
 

@@ -1,11 +1,8 @@
 #include "platform/keymap.h"
 #include "platform/zscreen.h"
-#include "platform/zsoftkey.h"
-#include "plugins/picview/picturearea.h"
-#include "plugins/picview/picturewindow.h"
-#include "plugins/picview/slideshow.h"
 #include "tests/browser/picturefiles.h"
 #include "tests/plugins/movinggif.h"
+#include "tests/plugins/pictureviewer.h"
 #include "tests/support/keys.h"
 #include "tests/support/pictures.h"
 #include "tests/support/scratchfolder.h"
@@ -37,51 +34,12 @@ private slots:
     void turningWhileItLoadsIsNotLost();
     void nextPictureIsNotTurned();
     void movingPictureIsTurned();
-    void slideShowGoesRound();
-    void anyKeyEndsTheSlideShow_data();
-    void anyKeyEndsTheSlideShow();
-    void slideShowPassesOverWhatIsBroken();
-    void slideShowOfBrokenPicturesEnds();
-    void slideShowOfOnePictureIsDeclined();
     void pictureOfOneBitIsSmooth();
     void tapsOnTheSidesTurn();
 };
 
 namespace
 {
-
-/// The viewer on the screen, showing a file.
-class Viewer
-{
-public:
-    explicit Viewer(const QString& path) : window(path)
-    {
-        window.show();
-        [this] { QVERIFY(QTest::qWaitFor([this] { return keyReceiver() == &window; })); }();
-        awaitPicture();
-    }
-    void awaitPicture()
-    {
-        QVERIFY(QTest::qWaitFor([this] { return !window.area()->isLoading(); }));
-    }
-    void press(int key)
-    {
-        pressKey(key);
-        awaitPicture();
-    }
-    const PicturePlace& place() const { return window.area()->place(); }
-    QString title() const { return window.mainWidgetTitle(); }
-    /// What the whole screen shows.
-    QImage screen() { return window.grab().toImage().convertToFormat(QImage::Format_RGB32); }
-    bool hasBar() const { return window.findChild<ZSoftKey*>()->isVisible(); }
-    QImage picture() const
-    {
-        auto* area = window.area();
-        return area->grab().toImage().convertToFormat(QImage::Format_RGB32);
-    }
-
-    PictureWindow window;
-};
 
 /// A picture whose left half is red and whose right half is blue.
 QImage halves(QSize size)
@@ -93,11 +51,6 @@ QImage halves(QSize size)
 }
 
 const QRect WholeScreen(0, 0, ZScreen::Width, ZScreen::Height);
-/// A slide show that need not be waited for.
-constexpr int Short = 20;
-/// And one whose first picture stays.
-constexpr int Endless = 1000000;
-
 /// A picture of red and blue stripes, which cannot be told apart when it is scaled down.
 QImage stripes(QSize size)
 {
@@ -388,95 +341,6 @@ void tst_PicView::movingPictureIsTurned()
     viewer.press('9');
     for (const QColor& colour : {QColor(Qt::red), QColor(Qt::blue)})
         QTRY_COMPARE(boundsOf(viewer.picture(), colour).size(), QSize(4, 4));
-}
-
-void tst_PicView::slideShowGoesRound()
-{
-    const ScratchFolder folder;
-    folder.write("a.png", pictureFile({40, 20}, "png", Qt::red));
-    folder.write("b.png", pictureFile({40, 20}, "png", Qt::green));
-    Viewer viewer(folder.path("a.png"));
-    viewer.window.slideShow()->setInterval(Short);
-    pressKey('#');
-    QVERIFY(!viewer.hasBar());
-    for (const QColor& colour : {QColor(Qt::green), QColor(Qt::red), QColor(Qt::green)})
-        QTRY_COMPARE(boundsOf(viewer.picture(), colour).size(), QSize(40, 20));
-}
-
-void tst_PicView::anyKeyEndsTheSlideShow_data()
-{
-    QTest::addColumn<int>("key");
-    QTest::addColumn<QString>("title");
-    QTest::newRow("#") << int('#') << "a.png  1/3";
-    QTest::newRow("left soft key") << int(PhoneKey::SoftLeft) << "a.png  1/3";
-    QTest::newRow("right soft key") << int(PhoneKey::SoftRight) << "a.png  1/3";
-    QTest::newRow("unknown") << int(PhoneKey::Hide) << "a.png  1/3";
-    QTest::newRow("next") << int('6') << "b.png  2/3";
-    QTest::newRow("Left") << int(PhoneKey::Left) << "c.png  3/3";
-}
-
-void tst_PicView::anyKeyEndsTheSlideShow()
-{
-    QFETCH(int, key);
-    const ScratchFolder folder;
-    for (const char* name : {"a.png", "b.png", "c.png"})
-        folder.write(name, pictureFile({40, 20}, "png", Qt::red));
-    Viewer viewer(folder.path("a.png"));
-    viewer.window.slideShow()->setInterval(Endless);
-    pressKey('#');
-    QVERIFY(viewer.window.slideShow()->isRunning());
-    QCOMPARE(viewer.window.area()->words(), QString("Slide show"));
-    viewer.press(key);
-    QVERIFY(!viewer.window.slideShow()->isRunning());
-    QVERIFY(viewer.hasBar());
-    QCOMPARE(viewer.window.area()->words(), QString());
-    QTEST(viewer.title(), "title");
-    QVERIFY(viewer.place().isFitted());
-    QVERIFY(!ZApplication::isQuitting());
-}
-
-void tst_PicView::slideShowPassesOverWhatIsBroken()
-{
-    const ScratchFolder folder;
-    folder.write("a.png", pictureFile({40, 20}, "png", Qt::red));
-    folder.write("b.png", "no picture");
-    folder.write("c.png", pictureFile({40, 20}, "png", Qt::green));
-    Viewer viewer(folder.path("a.png"));
-    // Only the first picture goes by itself.
-    SlideShow* show = viewer.window.slideShow();
-    connect(show, &SlideShow::nextWanted, this, [show] { show->setInterval(Endless); });
-    show->setInterval(Short);
-    pressKey('#');
-    QTRY_COMPARE(viewer.title(), QString("c.png  3/3"));
-    QTRY_COMPARE(boundsOf(viewer.picture(), Qt::green).size(), QSize(40, 20));
-    QVERIFY(show->isRunning());
-}
-
-void tst_PicView::slideShowOfBrokenPicturesEnds()
-{
-    const ScratchFolder folder;
-    for (const char* name : {"a.png", "b.png", "c.png"})
-        folder.write(name, "no picture");
-    Viewer viewer(folder.path("a.png"));
-    viewer.window.slideShow()->setInterval(Short);
-    pressKey('#');
-    QTRY_VERIFY(!viewer.window.slideShow()->isRunning());
-    QTRY_VERIFY(viewer.hasBar());
-    QVERIFY(!viewer.window.area()->problem().isEmpty());
-}
-
-void tst_PicView::slideShowOfOnePictureIsDeclined()
-{
-    const ScratchFolder folder;
-    folder.write("a.png", pictureFile({40, 20}, "png", Qt::red));
-    Viewer viewer(folder.path("a.png"));
-    const QImage before = viewer.picture();
-    pressKey('#');
-    QVERIFY(!viewer.window.slideShow()->isRunning());
-    QVERIFY(viewer.hasBar());
-    QVERIFY(viewer.picture() != before);
-    // What it says goes by itself.
-    QTRY_COMPARE(viewer.picture(), before);
 }
 
 void tst_PicView::pictureOfOneBitIsSmooth()

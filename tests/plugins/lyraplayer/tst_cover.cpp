@@ -69,8 +69,8 @@ void tst_Cover::picturesBesideTheFileComeInOrder()
 void tst_Cover::otherNamesAreNoCovers_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"cover", "cover.txt", "mycover.jpg", "cover.jpg.part", ".jpg",
-                             "cover.jpg/in a folder"})
+    for (const char* name :
+         {"cover", "cover.txt", "mycover.jpg", "cover.jpg.part", ".jpg", "cover.jpg/in a folder"})
         QTest::newRow(name) << name;
 }
 

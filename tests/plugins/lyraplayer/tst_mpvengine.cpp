@@ -114,7 +114,7 @@ void tst_MpvEngine::brokenTagsDoNotKeepATrackFromPlaying()
     engine.load(trackIn(folder, "a.wav"));
     QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), 1, Patience);
     const auto track = loaded.at(0).at(0).value<TrackInfo>();
-    QVERIFY(track.title.startsWith(begin));
+    QVERIFY(begin.isEmpty() ? track.title.isEmpty() : track.title.startsWith(begin));
     QVERIFY(track.title.size() <= 300);
     QCOMPARE(track.artist, QString("The Artist"));
     QCOMPARE(track.length, 60.0);

@@ -72,7 +72,8 @@ void tst_Tags::theFrontCoverIsChosen()
     const ScratchFolder folder;
     folder.write("a.mp3", mp3With(id3Picture("back", BackCover) + id3Picture("front") +
                                   id3Picture("other", OtherPicture)));
-    folder.write("b.mp3", mp3With(id3Picture("back", BackCover) + id3Picture("other", OtherPicture)));
+    folder.write("b.mp3",
+                 mp3With(id3Picture("back", BackCover) + id3Picture("other", OtherPicture)));
     QCOMPARE(read(folder, "a.mp3").picture, QByteArray("front"));
     QCOMPARE(read(folder, "b.mp3").picture, QByteArray("back"));
 }
@@ -92,8 +93,8 @@ void tst_Tags::titlesAreOneLine_data()
     QTest::addColumn<QString>("title");
     QTest::newRow("lines") << QByteArray(" one\n two\r\n\tthree ") << "one two three";
     QTest::newRow("blanks alone") << QByteArray(" \n ") << "";
-    QTest::newRow("ten thousand lines") << QByteArray("line\n").repeated(10000)
-                                        << QString("line ").repeated(60);
+    QTest::newRow("ten thousand lines")
+        << QByteArray("line\n").repeated(10000) << QString("line ").repeated(60);
     QTest::newRow("no UTF-8") << QByteArray("M\xfcller") << QString("M") + QChar(0xfffd) + "ller";
 }
 
@@ -137,8 +138,12 @@ void tst_Tags::brokenTagsGiveNothing_data()
         << "a.flac" << flacWith("x").replace(bigEndian(1) + "x", bigEndian(0x7fffffff) + "x");
     QTest::newRow("FLAC, cut off") << "a.flac" << flacWith(QByteArray(1000, 'x')).left(100);
     QTest::newRow("MP4 with a size that never ends")
-        << "a.m4a" << QByteArray("\0\0\0\x10" "ftypM4A \0\0\0\0\xff\xff\xff\xffmoov", 24);
-    QTest::newRow("Ogg, zeros") << "a.ogg" << "OggS" + QByteArray(1000, '\0');
+        << "a.m4a"
+        << QByteArray("\0\0\0\x10"
+                      "ftypM4A \0\0\0\0\xff\xff\xff\xffmoov",
+                      24);
+    QTest::newRow("Ogg, zeros") << "a.ogg"
+                                << "OggS" + QByteArray(1000, '\0');
 }
 
 void tst_Tags::brokenTagsGiveNothing()
