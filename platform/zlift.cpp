@@ -13,7 +13,11 @@ ZLift::ZLift(QWidget* lifted, const QColor& ground, const QColor& outline)
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
     lifted->installEventFilter(this);
-    connect(lifted, &QObject::destroyed, this, &QObject::deleteLater);
+    connect(lifted, &QObject::destroyed, this, [this] {
+        // Until it goes it may be asked to paint.
+        hide();
+        deleteLater();
+    });
 }
 
 bool ZLift::eventFilter(QObject* /*watched*/, QEvent* event)
