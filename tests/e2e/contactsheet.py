@@ -3,7 +3,8 @@
 
 Draws a sheet for each language, FOLDER/LANGUAGE.png, with what the program and its plugins show in it
 side by side: to be looked at whenever texts, fonts or drawing change. QUARN_STAGE names the staged work
-folder, QUARN_SHEET_SCALE how many pixels of the sheet are one of the screen (1), QUARN_SHEET_THEME the theme (0)."""
+folder, QUARN_SHEET_SCALE how many pixels of the sheet are one of the screen (1),
+QUARN_SHEET_THEME the theme (0)."""
 
 import contextlib
 import os
@@ -114,7 +115,8 @@ def plugins(display, language):
         *plugin(display, language, "TextView", ["0"], "text.txt", text.encode()),
         *plugin(display, language, "TextView", [], "empty.txt"),
         *plugin(display, language, "PicView", [], "broken.png", b"no picture"),
-        *plugin(display, language, "Execute", [], "script.sh", b"#!/bin/sh\necho hello\nexit 3\n"),
+        *plugin(display, language, "Execute", [], "script.sh",
+                b"#!/bin/sh\necho hello\nexit 3\n"),
         *plugin(display, language, "LyraPlayer", ["folderup"], "song.mp3", b"no music",
                 ("softright", "softright"), player=True),
     ]
