@@ -86,6 +86,7 @@ private:
     void addEntries(const QFont& ownFont);
     void applyFonts(QFont rowFont, int pixelSize);
     void sayWhyEmpty(const QString& text);
+    void sayFolder();
     void addBackEntry();
 
     // One step of the thumbnail loader for a picture's row.

@@ -5,6 +5,7 @@
 #include "browser/filebrowserftab.h"
 #include "files/entry.h"
 #include "files/folderscan.h"
+#include "files/paths.h"
 #include "lang/texts.h"
 #include "platform/zpixmap.h"
 #include "shell/settings.h"
@@ -64,7 +65,15 @@ void FileBrowserFtab::setDir(const QString& path, int index)
         curPath != QLatin1String("/") && curPath != QLatin1String("//") && curPath.size() > 1;
     if (hasBackEntry_)
         addBackEntry();
+    sayFolder();
     setCurrentItem(index);
+}
+
+/// What the list is called by programs that read the screen.
+void FileBrowserFtab::sayFolder()
+{
+    const QString name = namePart(curPath);
+    setAccessibleName(name.isEmpty() ? curPath : name);
 }
 
 void FileBrowserFtab::addEntries(const QFont& ownFont)

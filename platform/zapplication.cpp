@@ -1,5 +1,6 @@
 #include "platform/zapplication.h"
 
+#include "platform/zaccessible.h"
 #include "platform/zscreen.h"
 
 #include <QApplication>
@@ -143,6 +144,7 @@ ZApplication::ZApplication(const int& argc, char** argv, [[maybe_unused]] int ty
     auto* toolkit = new ToolkitApplication(arguments().count, arguments().pointers.data());
     // A hidden program goes on running.
     QApplication::setQuitOnLastWindowClosed(false);
+    ZAccessible::install();
     connect(toolkit, &QGuiApplication::commitDataRequest, toolkit,
             [] { callAll(&ZApplication::slotShutdown); });
 }

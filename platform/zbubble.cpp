@@ -3,6 +3,7 @@
 #include "platform/zlistrowpainter.h"
 #include "platform/ztheme.h"
 
+#include <QAccessibleWidget>
 #include <QPainter>
 
 #include <algorithm>
@@ -71,6 +72,13 @@ void ZBubble::showAt(const QRect& place, const QString& text)
     raise();
     setVisible(true);
     update();
+    if (isWarning_)
+        ZAccessible::tellAlert(this);
+}
+
+QAccessibleInterface* ZBubble::makeAccessible()
+{
+    return new QAccessibleWidget(this, QAccessible::StaticText);
 }
 
 void ZBubble::paintEvent(QPaintEvent* /*event*/)

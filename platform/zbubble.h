@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/zaccessible.h"
+
 #include <QWidget>
 
 /// A small note over a part of a widget: what is being looked for, or in one large letter where one
 /// is. It takes no keys and no pointer. Its text is its accessible name.
-class ZBubble : public QWidget
+class ZBubble : public QWidget, public ZAccessibleSource
 {
     Q_OBJECT
 
@@ -27,6 +29,8 @@ public:
     QString text() const { return accessibleName(); }
     bool isWarning() const { return isWarning_; }
     bool isLetter() const { return isLetter_; }
+
+    QAccessibleInterface* makeAccessible() override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -1,10 +1,12 @@
 #include "platform/zkeypadinput.h"
 
 #include "platform/keymap.h"
+#include "platform/zaccessible.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsymbolsheet.h"
 
+#include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -24,7 +26,7 @@ constexpr int BadgePadding = 4;
 constexpr int BadgeRight = 5; ///< between the badge and the field's edge
 
 /// Says the mode. It is not for fingers: what lies behind it is the field.
-class ModeBadge : public QWidget
+class ModeBadge : public QWidget, public ZAccessibleSource
 {
 public:
     explicit ModeBadge(QWidget* field) : QWidget(field)
@@ -51,6 +53,11 @@ public:
             return;
         setAccessibleName(text);
         update();
+    }
+
+    QAccessibleInterface* makeAccessible() override
+    {
+        return new QAccessibleWidget(this, QAccessible::StaticText);
     }
 
 protected:

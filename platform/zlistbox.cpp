@@ -92,7 +92,7 @@ ZListBox::ZListBox([[maybe_unused]] const QString& type, QWidget* parent,
     setItemDelegate(new Delegate(this));
     fonts_.fill(font());
     updateRowHeight();
-    connect(glide_, &ZGlide::moved, this, [this] { viewport()->update(currentRowRect()); });
+    connect(glide_, &ZGlide::moved, this, [this] { viewport()->update(rowRect(currentItem())); });
 }
 
 ZListBox::~ZListBox()
@@ -223,6 +223,8 @@ void ZListBox::currentChanged(const QModelIndex& current, const QModelIndex& pre
     QListView::currentChanged(current, previous);
     viewport()->update();
     restartGlide();
+    ZAccessible::tellSelection(this, previous.row());
+    ZAccessible::tellSelection(this, current.row());
     if (current.isValid() && !silent_)
         emit highlighted(current.row());
 }
@@ -381,9 +383,9 @@ ZListRowPainter::State ZListBox::rowState(int row) const
             highlighted ? glide_->offset() : -1};
 }
 
-QRect ZListBox::currentRowRect()
+QRect ZListBox::rowRect(int row)
 {
-    return {0, (currentItem() - topItem()) * rowHeight_, viewport()->width(), rowHeight_};
+    return {0, (row - topItem()) * rowHeight_, viewport()->width(), rowHeight_};
 }
 
 void ZListBox::restartGlide()
@@ -393,13 +395,14 @@ void ZListBox::restartGlide()
         return glide_->stop();
     const ZListRowPainter::State state = rowState(currentItem());
     glide_->start(ZListRowPainter::nameWidth(*current, state) -
-                  ZListRowPainter::nameRect(currentRowRect(), *current, state).width());
+                  ZListRowPainter::nameRect(rowRect(currentItem()), *current, state).width());
 }
 
 void ZListBox::focusInEvent(QFocusEvent* event)
 {
     QListView::focusInEvent(event);
     restartGlide();
+    ZAccessible::tellFocusSoon(this);
 }
 
 void ZListBox::focusOutEvent(QFocusEvent* event)

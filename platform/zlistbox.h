@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/zaccessible.h"
 #include "platform/zlistboxitem.h"
 #include "platform/zlistrowpainter.h"
 #include "platform/ztapordrag.h"
@@ -21,7 +22,7 @@ class ZGlide;
 /// Rows inserted in a run become part of the list together: with the next call that needs them or
 /// when the event loop is back. Of a long list the rows can be made when they are first painted or
 /// asked for.
-class ZListBox : public QListView
+class ZListBox : public QListView, public ZAccessibleSource
 {
     Q_OBJECT
 
@@ -69,6 +70,8 @@ public:
     void setEmptyText(const QString& text);
     const QString& emptyText() const { return emptyText_; }
 
+    QAccessibleInterface* makeAccessible() override;
+
 signals:
     void highlighted(int row);
     void selected(int row);
@@ -86,6 +89,7 @@ protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
 private:
+    class Accessible;
     class Model;
     class Delegate;
     friend class ZListBoxItem;
@@ -106,8 +110,8 @@ private:
     void ensureVisible(int row);
     void selectRow(int row);
     int rowAt(QPoint point);
+    QRect rowRect(int row);
     ZListRowPainter::State rowState(int row) const;
-    QRect currentRowRect();
     void restartGlide();
     void paintEmptyText(QPainter& painter);
     void paintThumb(QPainter& painter);

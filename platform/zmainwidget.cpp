@@ -1,20 +1,27 @@
 #include "platform/zmainwidget.h"
 
 #include "platform/keymap.h"
+#include "platform/zaccessible.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
 
+#include <QAccessibleWidget>
 #include <QPainter>
 #include <QVBoxLayout>
 
-class ZMainWidget::Header : public QWidget
+class ZMainWidget::Header : public QWidget, public ZAccessibleSource
 {
 public:
     explicit Header(QWidget* parent) : QWidget(parent)
     {
         setFixedHeight(ZSkinService::HeaderHeight);
         setAttribute(Qt::WA_OpaquePaintEvent);
+    }
+
+    QAccessibleInterface* makeAccessible() override
+    {
+        return new QAccessibleWidget(this, QAccessible::Heading);
     }
 
     QString title;
@@ -68,6 +75,7 @@ QFont ZMainWidget::titleFont(const QFont& font)
 void ZMainWidget::setMainWidgetTitle(const QString& title)
 {
     header_->title = title;
+    header_->setAccessibleName(title);
     header_->update();
     setWindowTitle(title);
 }

@@ -1,7 +1,11 @@
 #include "platform/znavtabwidget.h"
 
 #include "platform/keymap.h"
+#include "platform/shownname.h"
+#include "platform/zaccessible.h"
+#include "platform/zaccessibleparts.h"
 #include "platform/zpixmap.h"
+#include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 
 #include <QMouseEvent>
@@ -9,7 +13,7 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
-class ZNavTabWidget::Bar : public QWidget
+class ZNavTabWidget::Bar : public QWidget, public ZAccessibleSource
 {
 public:
     static constexpr int MarkHeight = 2; ///< of the line under the tab in front
@@ -28,6 +32,24 @@ public:
 
     QList<Tab> tabs;
 
+    QAccessibleInterface* makeAccessible() override;
+
+    QRect tabRect(int index) const
+    {
+        const int count = int(tabs.size());
+        const int left = width() * index / count;
+        return {left, 0, width() * (index + 1) / count - left, height()};
+    }
+
+    int tabAt(QPoint point) const
+    {
+        for (int i = 0; i < tabs.size(); ++i) {
+            if (tabRect(i).contains(point))
+                return i;
+        }
+        return -1;
+    }
+
 protected:
     void paintEvent(QPaintEvent* /*event*/) override
     {
@@ -39,20 +61,12 @@ protected:
 
     void mousePressEvent(QMouseEvent* event) override
     {
-        for (int i = 0; i < tabs.size(); ++i) {
-            if (tabRect(i).contains(event->position().toPoint()))
-                owner_->setCurrentPage(i);
-        }
+        owner_->setCurrentPage(tabAt(event->position().toPoint()));
         event->accept();
     }
 
 private:
-    QRect tabRect(int index) const
-    {
-        const int count = int(tabs.size());
-        const int left = width() * index / count;
-        return {left, 0, width() * (index + 1) / count - left, height()};
-    }
+    class Accessible;
 
     void paintTab(QPainter& painter, int index) const
     {
@@ -80,6 +94,76 @@ private:
     ZNavTabWidget* owner_;
     const ZSkinService::Look& look_;
 };
+
+/// What the bar tells programs that read the screen: its parts are the tabs.
+class ZNavTabWidget::Bar::Accessible final : public ZAccessibleParts
+{
+public:
+    explicit Accessible(Bar* bar) : ZAccessibleParts(bar, QAccessible::PageTabList) {}
+
+    int partCount() const override
+    {
+        const Bar* bar = as<Bar>();
+        return bar != nullptr ? int(bar->tabs.size()) : 0;
+    }
+
+    QAccessible::Role partRole(int /*part*/) const override { return QAccessible::PageTab; }
+
+    /// A tab that has only a picture is called what its page is, or by its number.
+    QString partText(int part, QAccessible::Text kind) const override
+    {
+        const Bar* bar = as<Bar>();
+        if (kind != QAccessible::Name || bar == nullptr)
+            return {};
+        const QString& label = bar->tabs.at(part).label;
+        const QString page = withMarks(bar->owner_->pages_->widget(part)->accessibleName());
+        if (!label.isEmpty())
+            return label;
+        return page.isEmpty() ? QString::number(part + 1) : page;
+    }
+
+    QAccessible::State partState(int part) const override
+    {
+        QAccessible::State state;
+        state.selectable = true;
+        state.selected = part == currentPart();
+        return state;
+    }
+
+    QRect partRect(int part) const override
+    {
+        const Bar* bar = as<Bar>();
+        return bar != nullptr ? bar->tabRect(part) : QRect();
+    }
+
+    QStringList partActions(int /*part*/) const override
+    {
+        return ZScreen::instance()->takesInput(as<Bar>()) ? QStringList{pressAction()}
+                                                          : QStringList();
+    }
+
+    void actOn(int part, const QString& /*action*/) override
+    {
+        as<Bar>()->owner_->setCurrentPage(part);
+    }
+
+    int partAt(QPoint point) const override
+    {
+        const Bar* bar = as<Bar>();
+        return bar != nullptr ? bar->tabAt(point) : -1;
+    }
+
+    int currentPart() const override
+    {
+        const Bar* bar = as<Bar>();
+        return bar != nullptr ? bar->owner_->currentPageIndex() : -1;
+    }
+};
+
+QAccessibleInterface* ZNavTabWidget::Bar::makeAccessible()
+{
+    return new Accessible(this);
+}
 
 ZNavTabWidget::ZNavTabWidget([[maybe_unused]] int style, [[maybe_unused]] bool buttons,
                              [[maybe_unused]] bool closable, QWidget* parent, const char* name,
@@ -115,10 +199,13 @@ QWidget* ZNavTabWidget::currentPage() const
 
 void ZNavTabWidget::setCurrentPage(int index)
 {
-    if (index == currentPageIndex() || index < 0 || index >= count())
+    const int before = currentPageIndex();
+    if (index == before || index < 0 || index >= count())
         return;
     pages_->setCurrentIndex(index);
     bar_->update();
+    ZAccessible::tellSelection(bar_, before);
+    ZAccessible::tellSelection(bar_, index);
     currentPage()->setFocus(Qt::OtherFocusReason);
     emit currentChanged(currentPage());
 }

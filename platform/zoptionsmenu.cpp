@@ -213,8 +213,15 @@ void ZOptionsMenu::showEvent(QShowEvent* /*event*/)
     place_ = placeFor(contentSize());
     setGeometry(place_);
     tellSoftKeys();
+    ZAccessible::tellMenu(this, true);
     if (ZMotion::isEnabled())
         rise();
+}
+
+void ZOptionsMenu::focusInEvent(QFocusEvent* event)
+{
+    QWidget::focusInEvent(event);
+    ZAccessible::tellFocusSoon(this);
 }
 
 /// Its top goes up; what is not up yet is cut off at its bottom.
@@ -244,6 +251,7 @@ void ZOptionsMenu::hideEvent(QHideEvent* /*event*/)
     if (opener_)
         opener_->update();
     opener_ = nullptr;
+    ZAccessible::tellMenu(this, false);
 }
 
 void ZOptionsMenu::moveTo(int position)
@@ -254,6 +262,7 @@ void ZOptionsMenu::moveTo(int position)
     else if (current_ >= first_ + visibleRows())
         scrollTo(current_ - visibleRows() + 1);
     tellSoftKeys();
+    ZAccessible::tellFocus(this, current_);
     update();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/zaccessible.h"
 #include "platform/zpicture.h"
 #include "platform/ztapordrag.h"
 
@@ -24,7 +25,7 @@ class QVariantAnimation;
 /// A submenu leaves the icons of the menu that opened it in view and hides the rest beside it.
 ///
 /// A menu whose parent is given is deleted with it; otherwise it is the screen's.
-class ZOptionsMenu : public QWidget
+class ZOptionsMenu : public QWidget, public ZAccessibleSource
 {
     Q_OBJECT
 
@@ -70,6 +71,8 @@ public:
     /// left corner, the room reaching to the soft-key bar.
     void setLimitRect(const QRect& rect);
 
+    QAccessibleInterface* makeAccessible() override;
+
 public slots:
     /// Closes the menu, its submenus and its openers.
     void closeAll();
@@ -77,6 +80,7 @@ public slots:
 protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -85,6 +89,8 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
+    class Accessible;
+
     /// So many items have a digit that chooses them.
     static constexpr int DigitCount = 9;
 

@@ -2,10 +2,12 @@
 
 #include "platform/keymap.h"
 #include "platform/x11focus.h"
+#include "platform/zaccessible.h"
 #include "platform/zboxpan.h"
 #include "platform/zskinservice.h"
 #include "platform/ztheme.h"
 
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMouseEvent>
@@ -56,7 +58,7 @@ std::optional<QPoint> wantedCorner(double density)
 
 /// The window around the screen. A window manager or a bare display may make it larger than the
 /// screen, which then sits in its middle on black.
-class ZScreenFrame : public QWidget
+class ZScreenFrame : public QWidget, public ZAccessibleSource
 {
 public:
     ZScreenFrame() : QWidget(nullptr)
@@ -70,6 +72,11 @@ public:
         setFixedSize(ZScreen::Width, ZScreen::Height);
         if (const auto corner = wantedCorner(devicePixelRatioF()))
             move(*corner);
+    }
+
+    QAccessibleInterface* makeAccessible() override
+    {
+        return new QAccessibleWidget(this, QAccessible::Window, windowTitle());
     }
 
 protected:

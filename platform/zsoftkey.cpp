@@ -10,6 +10,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -131,8 +132,19 @@ void ZSoftKey::refresh()
     const Content content = wanted();
     if (content == shown_)
         return;
-    shown_ = content;
+    const Content before = std::exchange(shown_, content);
     update();
+    tellNames(before);
+}
+
+void ZSoftKey::tellNames(const Content& before)
+{
+    for (const int key : {int(Left), int(Right)}) {
+        if (before.texts.at(size_t(key)) != shown_.texts.at(size_t(key)))
+            ZAccessible::tellName(this, key);
+    }
+    if (!(before.status == shown_.status))
+        ZAccessible::tellName(this, StatusPart);
 }
 
 void ZSoftKey::setOptMenu(int key, ZOptionsMenu* menu)
@@ -155,6 +167,8 @@ bool ZSoftKey::activate(int key)
         emit pressed(key);
         return answered;
     }
+    // What the key says, the menu is called by programs that read the screen.
+    menu->setAccessibleName(text(key));
     menu->show();
     return true;
 }

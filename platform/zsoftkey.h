@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/zaccessible.h"
+
 #include <QPointer>
 #include <QStringList>
 #include <QWidget>
@@ -16,7 +18,7 @@ class ZOptionsMenu;
 ///
 /// While its widget gets no keys the bar says what the soft keys do in the one that does
 /// (ZScreen::setSoftKeys()), which may be nothing. Texts that do not fit beside each other are cut.
-class ZSoftKey : public QWidget
+class ZSoftKey : public QWidget, public ZAccessibleSource
 {
     Q_OBJECT
 
@@ -46,6 +48,8 @@ public:
     /// is neither a menu nor anybody connected.
     bool activate(int key);
 
+    QAccessibleInterface* makeAccessible() override;
+
 signals:
     /// A key that has no menu was pressed or tapped.
     void pressed(int key);
@@ -55,6 +59,8 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
+    class Accessible;
+
     struct Side {
         QString text;
         QPointer<ZOptionsMenu> menu;
@@ -73,6 +79,9 @@ private:
         bool operator==(const Content&) const = default;
     };
 
+    /// Behind the keys, to programs that read the screen.
+    static constexpr int StatusPart = 2;
+
     bool isInert() const;
     Texts wantedTexts() const;
     Content wanted() const;
@@ -80,6 +89,7 @@ private:
     QRect inner() const;
     QFont fontOf(int size) const;
     void refresh();
+    void tellNames(const Content& before);
     void paintStatus(QPainter& painter) const;
 
     std::array<Side, 2> sides_;

@@ -96,7 +96,14 @@ void ZSymbolSheet::move(int steps)
 {
     const int count = int(symbols().size());
     current_ = (current_ + steps + count) % count;
+    ZAccessible::tellFocus(this, current_);
     update();
+}
+
+void ZSymbolSheet::focusInEvent(QFocusEvent* event)
+{
+    QWidget::focusInEvent(event);
+    ZAccessible::tellFocusSoon(this);
 }
 
 void ZSymbolSheet::choose()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/zaccessible.h"
+
 #include <QWidget>
 
 /// A sheet of the characters that a keypad has no keys for, opened by openBeside() as a box of the
@@ -8,7 +10,7 @@
 /// A digit chooses what stands in its place. Arrows move, beyond the edge to the next nine and at
 /// the end round, and Return or the left soft key chooses; "*" turns to the next nine, "#" back.
 /// The clear key, the right soft key or a tap beside it closes the sheet without a choice.
-class ZSymbolSheet : public QWidget
+class ZSymbolSheet : public QWidget, public ZAccessibleSource
 {
     Q_OBJECT
 
@@ -27,17 +29,22 @@ public:
     /// All symbols, in the order of the sheet; a multiple of OnPage.
     static QString symbols();
 
+    QAccessibleInterface* makeAccessible() override;
+
 signals:
     /// The sheet is closed already.
     void chosen(const QString& symbol);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
+    class Accessible;
+
     int page() const { return current_ / OnPage; }
     QRect cellRect(int place) const;
     int placeAt(QPoint point) const;

@@ -36,8 +36,7 @@ ShareBox::ShareBox()
 
 void ShareBox::showProgress(const QString& text, qint64 sent, qint64 size)
 {
-    result_ = false;
-    text_ = text;
+    say(text, false);
     size_ = std::max<qint64>(size, 0);
     sent_ = std::clamp<qint64>(sent, 0, size_);
     fit();
@@ -45,9 +44,35 @@ void ShareBox::showProgress(const QString& text, qint64 sent, qint64 size)
 
 void ShareBox::showResult(const QString& text)
 {
-    result_ = true;
-    text_ = text;
+    say(text, true);
     fit();
+}
+
+/// Programs that read the screen are told what is new in it, not each block that is sent.
+void ShareBox::say(const QString& text, bool isResult)
+{
+    if (text == text_ && isResult == result_)
+        return;
+    text_ = text;
+    result_ = isResult;
+    ZAccessible::tellParts(this);
+    ZAccessible::tellContent(this);
+    ZAccessible::tellAlert(this);
+}
+
+ZBoxWords ShareBox::boxWords() const
+{
+    const ShareTexts& texts = ShareTexts::instance();
+    const QStringList answers = result_ ? QStringList() : QStringList(texts.cancel);
+    return {texts.title, {text_}, answers, !result_, result_};
+}
+
+void ShareBox::chooseAnswer(int /*answer*/)
+{
+    if (result_)
+        emit closed();
+    else
+        emit cancelled();
 }
 
 int ShareBox::percent() const

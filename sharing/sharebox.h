@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/zaccessiblebox.h"
 #include "widgets/boxfont.h"
 
 #include <QString>
@@ -9,7 +10,7 @@
 /// The box in the middle of the screen that tells how sharing goes on and how it ended. While it
 /// goes on, the right soft key or a tap on the key bar cancels; the end is closed by any key or
 /// tap. Everything below it on the screen is inert while it is shown.
-class ShareBox : public QWidget
+class ShareBox : public QWidget, public ZSpokenBox
 {
     Q_OBJECT
     Q_PROPERTY(QString text READ text)
@@ -29,6 +30,9 @@ public:
     int percent() const;
     bool isResult() const { return result_; }
 
+    ZBoxWords boxWords() const override;
+    void chooseAnswer(int answer) override;
+
 signals:
     void cancelled();
     void closed();
@@ -40,6 +44,7 @@ protected:
 
 private:
     void fit();
+    void say(const QString& text, bool isResult);
     QString progressText() const;
 
     BoxFont titleFont_;

@@ -54,6 +54,8 @@ void FM::createAboutPage()
                    QString()};
     const ZPicture logo = ZPicture::fromFile(programDir + QStringLiteral("fm.png"));
     aboutPage_ = new PicturePage(this, aboutPicture_, [this, logo] { drawAbout(logo); });
+    aboutPage_->setAccessibleName(aboutTexts_.at(0));
+    aboutPage_->setAccessibleDescription(aboutTexts_.mid(1).join(QLatin1Char('\n')).trimmed());
     addTab(aboutPage_, "res/img/about.png");
 }
 

@@ -1,5 +1,6 @@
 #include "widgets/kwidget.h"
 
+#include "lang/texts.h"
 #include "platform/keymap.h"
 #include "platform/zapplication.h"
 #include "platform/zpixmap.h"
@@ -72,8 +73,14 @@ int kWidget::showProcess(const QString& title, const QString& above, int alignAb
 
 void kWidget::setContent(const Content& next)
 {
+    const bool isOfOtherParts = next.process != content_.process || next.keyBar != content_.keyBar;
     content_ = next;
     stale_ = true;
+    if (isOfOtherParts)
+        ZAccessible::tellParts(this);
+    // One that is about to be shown is told then.
+    if (isVisible())
+        ZAccessible::tellContent(this);
 }
 
 QRegion kWidget::compose()
@@ -188,6 +195,12 @@ QRect kWidget::frameRect() const
     return {QPoint((Box::Width - size.width()) / 2, aniY), size};
 }
 
+void kWidget::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    ZAccessible::tellAlert(this);
+}
+
 void kWidget::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
@@ -233,6 +246,32 @@ void kWidget::mouseReleaseEvent(QMouseEvent* event)
         close(1);
     else if (waiting && onBar)
         close(point.x() < width() / 2 ? 1 : 0);
+}
+
+QStringList kWidget::answersOf(int keyBar)
+{
+    if (keyBar == NoKeys)
+        return {};
+    return keyBar == YesNo ? QStringList{LANG_YES, LANG_NO} : QStringList{LANG_CANCEL};
+}
+
+ZBoxWords kWidget::boxWords() const
+{
+    ZBoxWords words{content_.title, {}, answersOf(content_.keyBar), content_.process, false};
+    for (const QString& text : {content_.text, content_.below}) {
+        QString spoken = text;
+        spoken.replace(QLatin1String("<hr>"), QLatin1String("\n"));
+        if (!spoken.isEmpty())
+            words.texts.append(spoken);
+    }
+    words.closes = result && words.answers.isEmpty();
+    return words;
+}
+
+void kWidget::chooseAnswer(int answer)
+{
+    if (result)
+        close(answer == 0 ? 1 : 0);
 }
 
 void kWidget::focusInEvent(QFocusEvent* /*event*/)

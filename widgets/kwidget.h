@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/zaccessiblebox.h"
 #include "widgets/boxfont.h"
 
 #include <QPixmap>
@@ -14,7 +15,7 @@
 /// its caller in an event loop until it is answered. What commands ask of a box is virtual: a box
 /// in the place of one of the program's two can tell what they do. All lengths are pixels of the
 /// screen.
-class kWidget : public QWidget
+class kWidget : public QWidget, public ZSpokenBox
 {
     Q_OBJECT
 
@@ -58,11 +59,15 @@ public:
     QString shownTitle() const { return content_.title; }
     QString shownText() const { return content_.text; }
 
+    ZBoxWords boxWords() const override;
+    void chooseAnswer(int answer) override;
+
 public slots:
     void paint();
     void aniUpdate();
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -95,6 +100,7 @@ private:
     int Show(int mode);
     void close(int answer);
     void setContent(const Content& next);
+    static QStringList answersOf(int keyBar);
     /// Draws the content if that has not been done; returns the part of the box that is to be
     /// painted, which is never empty.
     QRegion compose();

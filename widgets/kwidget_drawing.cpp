@@ -175,8 +175,7 @@ void kWidget::drawSoftKeys(int kind)
 {
     reserve(y + Box::KeyBarHeight);
     QPainter painter(&canvas);
-    Box::drawKeyBar(painter, textFont_, y,
-                    kind == YesNo ? QStringList{LANG_YES, LANG_NO} : QStringList{LANG_CANCEL});
+    Box::drawKeyBar(painter, textFont_, y, answersOf(kind));
     y += Box::KeyBarHeight;
 }
 

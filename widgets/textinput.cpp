@@ -177,18 +177,39 @@ int TextInput::showText(const QString& title, const QString& prompt, const QStri
     menu->closeAll();
     edit->setText(inputText);
     edit->selectAll();
+    setWords(title, prompt);
     // A name may hold anything; it must be shown and not be taken for markup.
     layOut(titleHtml(title, icon) + QStringLiteral("<p align=\"center\" >") +
            withFittingParts(withMarks(prompt), font(), Qt::ElideMiddle).toHtmlEscaped() +
            QStringLiteral("</p>"));
     show();
     edit->setFocus();
+    ZAccessible::tellAlert(this);
     // Of a page that is too high the field and the answers must be seen.
     view_->verticalScrollBar()->setValue(view_->verticalScrollBar()->maximum());
     if (!ZApplication::waitUntil([this] { return !running; }))
         finish(false);
     inputText = edit->text();
     return accepted ? 1 : 0;
+}
+
+/// For programs that read the screen, to which the page says too much in one.
+void TextInput::setWords(const QString& title, const QString& prompt)
+{
+    setAccessibleName(title);
+    setAccessibleDescription(prompt);
+    label->setAccessibleName(withMarks(prompt));
+    edit->setAccessibleName(withMarks(prompt));
+}
+
+ZBoxWords TextInput::boxWords() const
+{
+    return {accessibleName(), {accessibleDescription()}, {yesText, noText}, false, false};
+}
+
+void TextInput::chooseAnswer(int answer)
+{
+    finish(answer == 0);
 }
 
 int TextInput::pageHeight() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/zaccessiblebox.h"
+
 #include <QWidget>
 
 class QLabel;
@@ -9,7 +11,7 @@ class ZOptionsMenu;
 
 /// The dialog in which a line of text is typed. It blocks its caller in an event loop until the
 /// user confirms or cancels. One serves the whole program.
-class TextInput : public QWidget
+class TextInput : public QWidget, public ZSpokenBox
 {
     Q_OBJECT
 
@@ -34,6 +36,9 @@ public:
     /// A path up to and including its last "/".
     static QString getProgramDir(const QString& path);
 
+    ZBoxWords boxWords() const override;
+    void chooseAnswer(int answer) override;
+
 public slots:
     void Copy();
     void Paste();
@@ -46,6 +51,7 @@ protected:
 
 private:
     QString titleHtml(const QString& title, const QString& icon) const;
+    void setWords(const QString& title, const QString& prompt);
     void layOut(const QString& page);
     int pageHeight() const;
     void tellSoftKeys(int height);
