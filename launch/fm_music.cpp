@@ -15,6 +15,8 @@
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
+#include <QDebug>
+
 namespace
 {
 
@@ -39,7 +41,6 @@ void playMarked(const QStringList& entries)
     const QString list = CommandLine::playlist(work_folder);
     if (entryExists(list))
         removeFile(list);
-    QString leftOut;
     // One pass more than there are entries: the list ends with an empty line.
     for (qsizetype i = 0; i <= entries.size(); ++i) {
         const QString entry = entries.value(i);
@@ -47,12 +48,10 @@ void playMarked(const QStringList& entries)
                                     ? CommandLine::addFolder(work_folder, entry)
                                     : CommandLine::addFile(work_folder, entry);
         if (!line)
-            leftOut = entry;
+            qWarning().noquote() << "playlist: left out:" << entry;
         runShellInByteOrder(line);
     }
     startOnList();
-    if (!leftOut.isEmpty())
-        showError(QStringLiteral("Don`t known how to open ") + leftOut);
 }
 
 void playFolder(const QString& folder)

@@ -17,7 +17,7 @@ extern int header_type;
 /// Whether the panels show the line with size and date.
 extern bool full_inf;
 
-/// What came later than the rest and is switched by the group "Extras". Each is off, or 0, unless
+/// What can be left out, switched by the group "Extras". Each is off, or 0, unless
 /// the file says otherwise.
 struct Extras {
     bool find = false;   ///< letters and digits find rows of the panels

@@ -7,7 +7,9 @@
 namespace
 {
 
-QString withoutNumber(const QString& name, int number)
+/// A file's name without the number that it begins with: one that begins with 0, is the row's own, or
+/// has a sign behind it.
+QString nameWithoutNumber(const QString& name, int number)
 {
     static const QRegularExpression begin(QStringLiteral(R"(^(\d{1,3})(\s*[-._)]+\s*|\s+)(?=\S))"));
     const QRegularExpressionMatch match = begin.match(name);
@@ -17,6 +19,16 @@ QString withoutNumber(const QString& name, int number)
     const bool isTracks = digits.startsWith(QLatin1Char('0')) || digits.toInt() == number ||
                           !match.captured(2).trimmed().isEmpty();
     return isTracks ? name.mid(match.capturedLength()) : name;
+}
+
+/// A title mostly has no number but its own ("7 Years"): only what looks like the row's is taken off.
+QString titleWithoutNumber(const QString& title, int number)
+{
+    static const QRegularExpression begin(QStringLiteral(R"(^(\d{1,3})(?:\s*[.)_]|\s+-)\s+(?=\S))"));
+    const QRegularExpressionMatch match = begin.match(title);
+    const bool isRows = match.hasMatch() && (match.captured(1).startsWith(QLatin1Char('0')) ||
+                                             match.captured(1).toInt() == number);
+    return isRows ? title.mid(match.capturedLength()) : title;
 }
 
 QString nameWithoutExtension(const QByteArray& track)
@@ -30,7 +42,8 @@ QString nameWithoutExtension(const QByteArray& track)
 
 QString songName(const QString& title, const QByteArray& track, int number)
 {
-    return withoutNumber(title.isEmpty() ? nameWithoutExtension(track) : title, number);
+    return title.isEmpty() ? nameWithoutNumber(nameWithoutExtension(track), number)
+                           : titleWithoutNumber(title, number);
 }
 
 QString trackRow(const QString& title, const QByteArray& track, int number)

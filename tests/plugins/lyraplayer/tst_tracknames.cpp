@@ -34,6 +34,10 @@ void tst_TrackNames::songsHaveOneNumberAtMost_data()
     row("its place", "", "/x/7 Seventh.mp3", 7, "Seventh");
     row("in a title, too", "03. Third", "/x/a.mp3", 9, "Third");
     row("a number that belongs to the name", "99 Luftballons", "/x/a.mp3", 3, "99 Luftballons");
+    row("one that is its place", "7 Years", "/x/a.mp3", 7, "7 Years");
+    row("a number before a dash", "1-800-273-8255", "/x/a.mp3", 1, "1-800-273-8255");
+    row("a time", "4.48 Psychosis", "/x/a.mp3", 4, "4.48 Psychosis");
+    row("its place with a dash", "4 - Fourth", "/x/a.mp3", 4, "Fourth");
     row("a year", "", "/x/1979 - Song.mp3", 3, "1979 - Song");
     row("nothing but a number", "", "/x/05.mp3", 5, "05");
     row("a stream", "", "http://host/7.mp3", 7, "http://host/7.mp3");
