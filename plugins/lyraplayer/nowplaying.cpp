@@ -76,7 +76,8 @@ QStringList brokenLines(const QString& text, const QFont& font, int width)
 /// The part of a bar that is filled.
 void paintBar(QPainter& painter, const QRect& bar, double part)
 {
-    painter.fillRect(bar, skin().border);
+    // Dark enough for the filled part to be told from it, which needs 3:1.
+    painter.fillRect(bar, QColor(0x4a, 0x4d, 0x55));
     QRect filled = bar;
     filled.setWidth(int(std::lround(bar.width() * std::clamp(part, 0.0, 1.0))));
     painter.fillRect(filled, skin().highlight);

@@ -7,8 +7,8 @@
 namespace
 {
 
-/// A file's name without the number that it begins with: one that begins with 0, is the row's own, or
-/// has a sign behind it.
+/// A file's name without the number that it begins with: one that begins with 0, is the row's own,
+/// or has a sign behind it.
 QString nameWithoutNumber(const QString& name, int number)
 {
     static const QRegularExpression begin(QStringLiteral(R"(^(\d{1,3})(\s*[-._)]+\s*|\s+)(?=\S))"));
@@ -21,10 +21,12 @@ QString nameWithoutNumber(const QString& name, int number)
     return isTracks ? name.mid(match.capturedLength()) : name;
 }
 
-/// A title mostly has no number but its own ("7 Years"): only what looks like the row's is taken off.
+/// A title mostly has no number but its own ("7 Years"): only what looks like the row's is taken
+/// off.
 QString titleWithoutNumber(const QString& title, int number)
 {
-    static const QRegularExpression begin(QStringLiteral(R"(^(\d{1,3})(?:\s*[.)_]|\s+-)\s+(?=\S))"));
+    static const QRegularExpression begin(
+        QStringLiteral(R"(^(\d{1,3})(?:\s*[.)_]|\s+-)\s+(?=\S))"));
     const QRegularExpressionMatch match = begin.match(title);
     const bool isRows = match.hasMatch() && (match.captured(1).startsWith(QLatin1Char('0')) ||
                                              match.captured(1).toInt() == number);
