@@ -221,7 +221,9 @@ void PictureArea::paintWords(QPainter& painter, const QString& words)
                       ZSkinService::HeaderHeight);
     painter.fillRect(label, QColor(0, 0, 0, 0xa0));
     painter.setPen(Qt::white);
-    painter.drawText(label, Qt::AlignCenter, words);
+    constexpr int Margin = 4;
+    painter.drawText(label, Qt::AlignCenter,
+                     painter.fontMetrics().elidedText(words, Qt::ElideRight, width() - 2 * Margin));
 }
 
 void PictureArea::paintPicture(QPainter& painter)
