@@ -1,3 +1,4 @@
+#include "platform/screenscale.h"
 #include "platform/zscreen.h"
 #include "tests/platform/selfrun.h"
 #include "tests/support/testmain.h"
@@ -156,7 +157,7 @@ namespace
 /// Prints the density of the display and where the screen is in its window.
 int printScale(int argc, char** argv)
 {
-    ZScreen::setScaleVariable("PROBE_SCALE");
+    ScreenScale::setVariable("PROBE_SCALE");
     const ZApplication application(argc, argv, ZApplication::GuiClient);
     QWidget main(ZScreen::instance());
     ZScreen::instance()->place(&main, ZScreen::Layer::Main);
@@ -177,7 +178,7 @@ int printScale(int argc, char** argv)
 /// Prints where the window has opened.
 int printPlace(int argc, char** argv)
 {
-    ZScreen::setScaleVariable("PROBE_SCALE");
+    ScreenScale::setVariable("PROBE_SCALE");
     const ZApplication application(argc, argv, ZApplication::GuiClient);
     ZScreen::setPlace(qgetenv("PROBE_PLACE"));
     QWidget main(ZScreen::instance());
