@@ -65,8 +65,8 @@ public:
     /// Anything else is ignored.
     static void setPlace(const QByteArray& place);
     /// Where the window is on the display: "x,y", its corner with the window manager's frame, and
-    /// ",w,h", its size without it, if its scale follows that; in pixels of the display. Empty while
-    /// it is not shown.
+    /// ",w,h", its size without it, if its scale follows that; in pixels of the display. Empty
+    /// while it is not shown.
     static QByteArray placeOnDisplay();
 
     /// Makes a child one of the stack's. Call it once, before the child is first shown.

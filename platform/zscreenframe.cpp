@@ -155,10 +155,16 @@ void ZScreenFrame::openFollowing()
 /// Before the window comes: the toolkit gives it the size of the widget.
 void ZScreenFrame::sizeWindow()
 {
-    if (isX11WithoutManager())
-        windowHandle()->setGeometry(windowHandle()->screen()->geometry());
-    else
-        windowHandle()->resize(size_);
+    QWindow* window = windowHandle();
+    if (isX11WithoutManager()) {
+        window->setGeometry(window->screen()->geometry());
+        return;
+    }
+    const QPoint corner = pos();
+    window->resize(size_);
+    // With a size a window is told the place of its inside.
+    if (testAttribute(Qt::WA_Moved))
+        window->setFramePosition(corner);
 }
 
 /// Whether the toolkit must not make the widget as large as the window.

@@ -298,12 +298,10 @@ class TestScale(quarn.Case):
                 self.assertTrue(named[0].endswith(scale))
                 program.stop()
 
-    def test_withoutAScaleTheWindowIsNotSmallerThanTheScreen(self):
+    def test_withoutAScaleTheDisplayIsFilled(self):
         program = self.program()
         program.start(QUARN_SCALE=None)
-        width, height = program.wait_stable().size
-        self.assertGreaterEqual(width, 240)
-        self.assertEqual(width * 4, height * 3)
+        self.assertEqual(program.wait_stable().size, (800, 1000))
 
 
 class TestLoading(quarn.Case):
