@@ -5,6 +5,7 @@
 #include "platform/zpixmap.h"
 
 #include <QFontInfo>
+#include <QLinearGradient>
 #include <QPainter>
 
 #include <algorithm>
@@ -35,6 +36,24 @@ bool isLaterLineBreak(QChar character)
 int pixelSize(const QFont& font)
 {
     return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
+}
+
+/// Lets a text that is cut at the left or the right of its line end in the ground there.
+void fadeEdges(QPainter& painter, const QRect& line, const QColor& ground, bool left, bool right)
+{
+    constexpr int Width = 8;
+    QColor clear = ground;
+    clear.setAlpha(0);
+    const auto fade = [&](int from, int to) {
+        QLinearGradient gradient(from, 0, to, 0);
+        gradient.setColorAt(0, ground);
+        gradient.setColorAt(1, clear);
+        painter.fillRect(std::min(from, to), line.top(), Width, line.height(), gradient);
+    };
+    if (left)
+        fade(line.left(), line.left() + Width);
+    if (right)
+        fade(line.right() + 1, line.right() + 1 - Width);
 }
 
 /// The base lines of a row's texts, which stand as one block in its middle: capitals decide, what
@@ -160,6 +179,10 @@ void ZListRowPainter::paintTexts(QPainter& painter, const QRect& area, const ZLi
         painter.setClipRect(area, Qt::IntersectClip);
         painter.drawText(QPointF(area.left() - state.glide, lines.first), name);
         painter.restore();
+        const QRect line(area.left(), lines.first - metrics.ascent(), area.width(),
+                         metrics.height());
+        const bool isCutAtEnd = metrics.horizontalAdvance(name) - state.glide > area.width();
+        fadeEdges(painter, line, look.highlight, state.glide > 0, isCutAtEnd);
     }
     if (!detailed)
         return;

@@ -60,7 +60,7 @@ void MessageBar::breakLines()
 
 void MessageBar::paintEvent(QPaintEvent* /*event*/)
 {
-    const auto& look = ZSkinService::look(ZSkinService::clsListBox);
+    const auto& look = ZSkinService::look(ZSkinService::clsDarkListBox);
     QPainter painter(this);
     painter.fillRect(rect(), look.highlight);
     painter.setFont(textFont(*this));

@@ -3,7 +3,8 @@
 
 Draws a sheet for each language, FOLDER/LANGUAGE.png, with what the program and its plugins show in it
 side by side: to be looked at whenever texts, fonts or drawing change. QUARN_STAGE names the staged work
-folder, QUARN_SHEET_SCALE how many pixels of the sheet are one of the screen (1)."""
+folder, QUARN_SHEET_SCALE how many pixels of the sheet are one of the screen (1),
+QUARN_SHEET_THEME the theme (0)."""
 
 import contextlib
 import os
@@ -19,6 +20,7 @@ import tst_plugins
 COLUMNS = 6
 GAP = 4
 SCALE = int(os.environ.get("QUARN_SHEET_SCALE", "1"))
+EXTRAS = {"Status": 1, "Theme": int(os.environ.get("QUARN_SHEET_THEME", "0"))}
 
 # Keys, and behind each step what is seen then. One that begins with "-" is a way back and left out.
 STEPS = ["down", "softleft", "3", "softright 6", "-softright softright",
@@ -61,7 +63,7 @@ def screens(seen, steps):
 
 
 def program_in(display, language, **options):
-    return quarn.Program(display, settings={"Language": language}, **options)
+    return quarn.Program(display, settings={"Language": language}, extras=EXTRAS, **options)
 
 
 def main_window(display, language):
@@ -113,7 +115,8 @@ def plugins(display, language):
         *plugin(display, language, "TextView", ["0"], "text.txt", text.encode()),
         *plugin(display, language, "TextView", [], "empty.txt"),
         *plugin(display, language, "PicView", [], "broken.png", b"no picture"),
-        *plugin(display, language, "Execute", [], "script.sh", b"#!/bin/sh\necho hello\nexit 3\n"),
+        *plugin(display, language, "Execute", [], "script.sh",
+                b"#!/bin/sh\necho hello\nexit 3\n"),
         *plugin(display, language, "LyraPlayer", ["folderup"], "song.mp3", b"no music",
                 ("softright", "softright"), player=True),
     ]

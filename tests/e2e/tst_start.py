@@ -122,7 +122,7 @@ class TestSettings(quarn.Case):
         names = ("fm.cfg", "mime_types.cfg", "fm_plugins.cfg", "bookmark.cfg", "keymap.cfg",
                      "lang/english.lang", "res/font.ttf", "fm.png", "res/img/1.png",
                      "res/img/process/3.png", "res/img/browser/1/folder.png",
-                     "plugins/full_path/5/desktop.ini", "plugins/full_path/5/icon.png")
+                     "plugins/full_path/6/desktop.ini", "plugins/full_path/6/icon.png")
         cases = [(name, make) for name in names
                  for make in (os.mkfifo, self.link_to_zero, os.mkdir)]
         for first in range(0, len(cases), self.TOGETHER):

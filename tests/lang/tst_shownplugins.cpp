@@ -98,7 +98,7 @@ private slots:
         player.setTracks({"/a.mp3", "/b.mp3"});
         NowPlaying page(player, ZScreen::instance());
         page.resize(ZScreen::Width, 280);
-        expectDrawn(page, {texts.stopped, texts.okForList, "1 / 2", "a.mp3"});
+        expectDrawn(page, {texts.stopped, texts.okForList, "1 / 2", "a"});
         player.play(0);
         expectDrawn(page, {texts.opening, texts.okForList});
         player.setTracks({});

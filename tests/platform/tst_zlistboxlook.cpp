@@ -41,12 +41,13 @@ QRect inkBetween(const QImage& picture, int top, int bottom)
     return inkBounds(picture, {40, top, 190, bottom - top}, listLook().background);
 }
 
+/// A name that is so much wider than the list. It is inked everywhere.
 QString longName(const ListFixture& list, int wider)
 {
     const QFontMetrics metrics(ZSkinService::font("any", 13));
-    QString name("H");
+    QString name("_");
     while (metrics.horizontalAdvance(name) < list.box->width() + wider)
-        name += 'H';
+        name += '_';
     return name;
 }
 
@@ -174,14 +175,20 @@ private slots:
         list.box->setCurrentItem(1);
         list.box->setCurrentItem(0);
         QVERIFY(listPicture(list) == resting);
-        QTRY_VERIFY_WITH_TIMEOUT(listPicture(list) != resting, RowPatience);
+        const auto* glide = list.box->findChild<ZGlide*>();
+        QTRY_VERIFY_WITH_TIMEOUT(glide->offset() > 1, RowPatience);
         const QImage gliding = listPicture(list);
+        QVERIFY(gliding != resting);
         // Nothing but the row moves, and of it only the text.
         const int height = list.box->rowHeight();
         QCOMPARE(gliding.copy(0, height, 240, 250 - height),
                  resting.copy(0, height, 240, 250 - height));
         QCOMPARE(gliding.copy(234, 0, 6, height), resting.copy(234, 0, 6, height));
         QCOMPARE(gliding.copy(0, 0, 5, height), resting.copy(0, 0, 5, height));
+        // Letters that are cut off fade away.
+        const int first = ZSkinService::MarkWidth + 4;
+        QVERIFY(inkBounds(gliding, {first, 0, 1, height}, listLook().highlight).isEmpty());
+        QVERIFY(!inkBounds(gliding, {first + 6, 0, 10, height}, listLook().highlight).isEmpty());
         pressKey(PhoneKey::Down);
         pressKey(PhoneKey::Up);
         QVERIFY(listPicture(list) == resting);

@@ -290,7 +290,7 @@ void tst_PlayerWindow::aLongMessageStaysInBounds()
     QVERIFY(f.message().height() < 100);
     QCOMPARE(f.window->size(), QSize(ZScreen::Width, ZScreen::Height));
     QCOMPARE(f.message().width(), ZScreen::Width);
-    const QColor ground = ZSkinService::look(ZSkinService::clsListBox).highlight;
+    const QColor ground = ZSkinService::look(ZSkinService::clsDarkListBox).highlight;
     const QRect area(f.message().pos(), f.message().size());
     const QRect ink = inkBounds(f.picture(), area, ground);
     QVERIFY(ink.left() > 2 && ink.right() < ZScreen::Width - 3);
