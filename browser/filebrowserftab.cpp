@@ -7,6 +7,7 @@
 #include "files/entrytexts.h"
 #include "files/paths.h"
 #include "platform/keymap.h"
+#include "platform/screenscale.h"
 #include "platform/zlistfind.h"
 #include "platform/zpixmap.h"
 
@@ -181,7 +182,7 @@ void FileBrowserFtab::showPreview(int row, const QString& path)
 {
     QPixmap preview;
     if (!ZPixmapCache::find(path, preview)) {
-        preview = QPixmap::fromImage(readThumbnail(path, devicePixelRatio()));
+        preview = QPixmap::fromImage(readThumbnail(path, ScreenScale::density()));
         // A failure is kept too: a broken file is not read again at each listing.
         ZPixmapCache::insert(path, preview);
     }

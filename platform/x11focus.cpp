@@ -45,13 +45,28 @@ bool isOrphaned(const xcb_focus_in_event_t& event)
            event.detail == XCB_NOTIFY_DETAIL_POINTER_ROOT || event.detail == XCB_NOTIFY_DETAIL_NONE;
 }
 
+xcb_connection_t* toolkitsConnection()
+{
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 != nullptr ? x11->connection() : nullptr;
+}
+
+bool isManaged(xcb_connection_t* connection, xcb_window_t rootWindow)
+{
+    const auto root = attributesOf(connection, rootWindow);
+    return root == nullptr || (root->all_event_masks & XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT) != 0;
+}
+
 } // namespace
 
-X11Focus::X11Focus(QWidget& window) : window_(window)
+bool isX11WithoutManager()
 {
-    if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
-        connection_ = x11->connection();
+    xcb_connection_t* connection = toolkitsConnection();
+    return connection != nullptr &&
+           !isManaged(connection, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root);
 }
+
+X11Focus::X11Focus(QWidget& window) : window_(window), connection_(toolkitsConnection()) {}
 
 X11Focus::~X11Focus() = default;
 
@@ -74,19 +89,13 @@ void X11Focus::watch()
 
 void X11Focus::take()
 {
-    if (connection_ == nullptr || root_ == 0 || isManaged())
+    if (connection_ == nullptr || root_ == 0 || isManaged(connection_, root_))
         return;
     // With the time of the last event, as the toolkit does it, the server would refuse what comes
     // after another program's wish.
     xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_PARENT, xcb_window_t(window_.winId()),
                         XCB_CURRENT_TIME);
     xcb_flush(connection_);
-}
-
-bool X11Focus::isManaged() const
-{
-    const auto root = attributesOf(connection_, root_);
-    return root == nullptr || (root->all_event_masks & XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT) != 0;
 }
 
 bool X11Focus::isTopmost() const

@@ -6,6 +6,9 @@
 class QWidget;
 struct xcb_connection_t;
 
+/// Whether the display is one of X without a window manager. Asks the server.
+bool isX11WithoutManager();
+
 /// Sees to it that a window has the keyboard on an X display without a window manager. There nobody
 /// hands it on: when the window that had it goes, no other has it.
 ///
@@ -28,7 +31,6 @@ protected:
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
 
 private:
-    bool isManaged() const;
     bool isTopmost() const;
 
     QWidget& window_;

@@ -1,5 +1,6 @@
 #include "platform/zapplication.h"
 
+#include "platform/screenscale.h"
 #include "platform/zaccessible.h"
 #include "platform/zscreen.h"
 
@@ -140,7 +141,7 @@ ZApplication::ZApplication(const int& argc, char** argv, [[maybe_unused]] int ty
     const KeptVariable shared("QT_XCB_NO_MITSHM");
     sendPicturesAtOnce();
     keepArguments(argc, argv);
-    ZScreen::prepareScale(arguments().count, arguments().pointers.data());
+    ScreenScale::prepare(arguments().count, arguments().pointers.data());
     auto* toolkit = new ToolkitApplication(arguments().count, arguments().pointers.data());
     // A hidden program goes on running.
     QApplication::setQuitOnLastWindowClosed(false);

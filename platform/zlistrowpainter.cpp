@@ -110,8 +110,10 @@ void ZListRowPainter::paintIcon(QPainter& painter, const QRect& area, const ZLis
 {
     const QSize size = pixmapSize(item.icon_);
     painter.setOpacity(item.isEnabled() ? 1 : DisabledOpacity);
-    painter.drawPixmap(area.left() + RowIconLeft + (state.iconWidth - size.width()) / 2,
-                       area.top() + (area.height() - size.height()) / 2, item.icon_);
+    drawPicture(painter,
+                {area.left() + RowIconLeft + (state.iconWidth - size.width()) / 2,
+                 area.top() + (area.height() - size.height()) / 2},
+                item.icon_);
     painter.setOpacity(1);
 }
 

@@ -85,7 +85,7 @@ private:
             metrics.elidedText(tab.label, Qt::ElideRight, area.width() - size.width());
         const int labelWidth = metrics.horizontalAdvance(label);
         int x = area.center().x() - (size.width() + labelWidth) / 2;
-        painter.drawPixmap(x, area.top() + (area.height() - size.height()) / 2, tab.icon);
+        drawPicture(painter, {x, area.top() + (area.height() - size.height()) / 2}, tab.icon);
         x += size.width();
         painter.setPen(current ? look_.highlightText : look_.text);
         painter.drawText(x, area.top(), labelWidth, area.height(), Qt::AlignVCenter, label);

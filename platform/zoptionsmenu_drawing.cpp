@@ -166,8 +166,9 @@ void ZOptionsMenu::paintRow(QPainter& painter, int position) const
     const QPixmap icon = item.icon.pixmap();
     const QSize iconSize = pixmapSize(icon);
     painter.setOpacity(item.enabled ? 1 : 0.4);
-    painter.drawPixmap(area.left() + IconLeft, area.top() + (area.height() - iconSize.height()) / 2,
-                       icon);
+    drawPicture(painter,
+                {area.left() + IconLeft, area.top() + (area.height() - iconSize.height()) / 2},
+                icon);
     painter.setOpacity(1);
     painter.setPen(!item.enabled ? look.disabledText : current ? look.highlightText : look.text);
     const int tabs = leadingTabs(item.text);

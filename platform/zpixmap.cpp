@@ -1,11 +1,13 @@
 #include "platform/zpixmap.h"
 
 #include "platform/regularfile.h"
+#include "platform/screenscale.h"
 
 #include <QBuffer>
 #include <QCache>
-#include <QGuiApplication>
+#include <QHash>
 #include <QImageReader>
+#include <QPainter>
 
 #include <algorithm>
 #include <cmath>
@@ -38,8 +40,7 @@ int densest(const QString& path)
     constexpr int DensestVariant = 3;
     const bool hasVariants =
         path.lastIndexOf(QLatin1Char('.')) > path.lastIndexOf(QLatin1Char('/'));
-    return hasVariants ? std::clamp(int(std::ceil(qGuiApp->devicePixelRatio())), 1, DensestVariant)
-                       : 1;
+    return hasVariants ? std::clamp(int(std::ceil(ScreenScale::density())), 1, DensestVariant) : 1;
 }
 
 /// Nothing if there is no such file.
@@ -47,7 +48,44 @@ std::optional<PictureFile> readVariant(const QString& path, int density)
 {
     const auto bytes =
         readRegularFile(density > 1 ? densePath(path, density) : path, MaxPictureBytes);
-    return bytes ? std::optional(PictureFile{*bytes, density}) : std::nullopt;
+    return bytes ? std::optional(PictureFile{*bytes, density, path}) : std::nullopt;
+}
+
+/// A picture that was loaded, and what is drawn in its place at other scales, by the density.
+struct Loaded {
+    QString path;
+    int density;
+    QHash<int, QPixmap> others;
+};
+
+/// By the key of the pixmap. Many are loaded again and again; what is not drawn any more goes.
+QCache<qint64, Loaded>& loadedPictures()
+{
+    constexpr int Kept = 500;
+    static QCache<qint64, Loaded> pictures(Kept);
+    return pictures;
+}
+
+QPixmap forDensity(const QPixmap& picture)
+{
+    Loaded* loaded =
+        ScreenScale::followsWindow() ? loadedPictures().object(picture.cacheKey()) : nullptr;
+    if (loaded == nullptr)
+        return picture;
+    const int density = densest(loaded->path);
+    if (density == loaded->density)
+        return picture;
+    const auto kept = loaded->others.constFind(density);
+    if (kept != loaded->others.constEnd())
+        return *kept;
+    QPixmap other = picture;
+    loadPixmap(other, loaded->path);
+    // One of another size is another picture by now.
+    if (pixmapSize(other) != pixmapSize(picture))
+        other = picture;
+    if ((loaded = loadedPictures().object(picture.cacheKey())) != nullptr)
+        loaded->others.insert(density, other);
+    return other;
 }
 
 qsizetype cost(const QPixmap& pixmap)
@@ -95,9 +133,22 @@ QPixmap decoded(const PictureFile& file)
     if (qint64(size.width()) * size.height() > MaxPicturePixels)
         return {};
     QPixmap pixmap = QPixmap::fromImage(reader.read());
-    if (!pixmap.isNull())
-        pixmap.setDevicePixelRatio(file.density);
+    if (pixmap.isNull())
+        return pixmap;
+    pixmap.setDevicePixelRatio(file.density);
+    if (!file.path.isEmpty() && ScreenScale::followsWindow())
+        loadedPictures().insert(pixmap.cacheKey(), new Loaded{file.path, densest(file.path), {}});
     return pixmap;
+}
+
+void drawPicture(QPainter& painter, QPoint corner, const QPixmap& picture)
+{
+    const QPixmap fitting = forDensity(picture);
+    const bool wasSmooth = painter.testRenderHint(QPainter::SmoothPixmapTransform);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                          wasSmooth || fitting.devicePixelRatio() != ScreenScale::density());
+    painter.drawPixmap(corner, fitting);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, wasSmooth);
 }
 
 QSize pixmapSize(const QPixmap& pixmap)

@@ -5,16 +5,23 @@
 #include <QPixmap>
 #include <QString>
 
+class QPainter;
+
 /// Loads the picture file `path` into `pixmap`. On a dense screen "NAME@2x.EXT" or "NAME@3x.EXT"
 /// beside it is preferred, so that the pixmap keeps its size in screen pixels and gains detail.
 /// Returns false, and leaves `pixmap` as it was, when there is no such picture or one of more than
 /// 32 megapixels.
 bool loadPixmap(QPixmap& pixmap, const QString& path);
 
+/// Draws a picture with its corner at `corner`. If the scale has become another one since it was
+/// loaded, its variant for that is taken, as long as it is at hand.
+void drawPicture(QPainter& painter, QPoint corner, const QPixmap& picture);
+
 /// What a picture file holds, not decoded yet. `density`: its pixels in a pixel of the screen.
 struct PictureFile {
     QByteArray bytes;
     int density = 1;
+    QString path; ///< as it was named, without the density
 };
 
 /// The variants of a picture file that loadPixmap() would try, in that order. What cannot be read

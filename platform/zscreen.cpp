@@ -2,104 +2,22 @@
 
 #include "platform/keymap.h"
 #include "platform/x11focus.h"
-#include "platform/zaccessible.h"
 #include "platform/zboxpan.h"
+#include "platform/zscreenframe.h"
 #include "platform/zskinservice.h"
-#include "platform/ztheme.h"
 
-#include <QAccessibleWidget>
 #include <QApplication>
-#include <QCloseEvent>
 #include <QMouseEvent>
-#include <QPainter>
-#include <QResizeEvent>
-#include <QScreen>
-#include <QWindow>
+#include <QPaintEvent>
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
-#include <optional>
 #include <utility>
 
 namespace
 {
 
 QPointer<ZScreen> theScreen;
-const char* scaleVariable = nullptr;
-constexpr double SmallestScale = 0.25;
-constexpr double LargestScale = 16;
-
-/// Platforms of the toolkit that show one full-screen window and have no window manager.
-bool isBareDisplay(const QString& platform)
-{
-    static const QStringList bare{"linuxfb",  "eglfs", "directfb",
-                                  "kmsconvt", "vnc",   "vkkhrdisplay"};
-    return bare.contains(platform);
-}
-
-QByteArray& wantedPlace()
-{
-    static QByteArray place;
-    return place;
-}
-
-/// The corner that the window is wanted at, in the toolkit's pixels.
-std::optional<QPoint> wantedCorner(double density)
-{
-    const QList<QByteArray> numbers = wantedPlace().split(',');
-    bool isX = false;
-    bool isY = false;
-    const QPoint corner(numbers.value(0).toInt(&isX), numbers.value(1).toInt(&isY));
-    if (numbers.size() != 2 || !isX || !isY)
-        return std::nullopt;
-    return (QPointF(corner) / density).toPoint();
-}
-
-/// The window around the screen. A window manager or a bare display may make it larger than the
-/// screen, which then sits in its middle on black.
-class ZScreenFrame : public QWidget, public ZAccessibleSource
-{
-public:
-    ZScreenFrame() : QWidget(nullptr)
-    {
-        setWindowTitle(QGuiApplication::applicationDisplayName());
-        setAttribute(Qt::WA_OpaquePaintEvent);
-        if (isBareDisplay(QGuiApplication::platformName())) {
-            setWindowState(Qt::WindowFullScreen);
-            return;
-        }
-        setFixedSize(ZScreen::Width, ZScreen::Height);
-        if (const auto corner = wantedCorner(devicePixelRatioF()))
-            move(*corner);
-    }
-
-    QAccessibleInterface* makeAccessible() override
-    {
-        return new QAccessibleWidget(this, QAccessible::Window, windowTitle());
-    }
-
-protected:
-    void paintEvent(QPaintEvent* /*event*/) override
-    {
-        QPainter(this).fillRect(rect(), ZTheme::current().bar);
-    }
-
-    void resizeEvent(QResizeEvent* /*event*/) override
-    {
-        if (theScreen)
-            theScreen->move((width() - ZScreen::Width) / 2, (height() - ZScreen::Height) / 2);
-    }
-
-    void closeEvent(QCloseEvent* event) override
-    {
-        event->ignore();
-        // Not from in here: who is told may ask a question, and the toolkit takes a second request
-        // that comes while this one is handled as agreed to.
-        if (theScreen)
-            QMetaObject::invokeMethod(theScreen, &ZScreen::closeRequested, Qt::QueuedConnection);
-    }
-};
 
 bool isPointerEvent(QEvent::Type type)
 {
@@ -118,42 +36,6 @@ bool isPointerEvent(QEvent::Type type)
     }
 }
 
-double scaleFromVariable()
-{
-    if (scaleVariable == nullptr || !qEnvironmentVariableIsSet(scaleVariable))
-        return 0;
-    const QByteArray text = qgetenv(scaleVariable);
-    bool ok = false;
-    const double scale = text.toDouble(&ok);
-    if (ok && scale >= SmallestScale && scale <= LargestScale)
-        return scale;
-    qWarning("%s: not a scale from 0.25 to 16: %s", scaleVariable, text.constData());
-    return 0;
-}
-
-/// The toolkit's platform as it will be chosen, as far as it can be known before it is loaded.
-QString platformToBe(int argc, char** argv)
-{
-    QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
-    for (int i = 1; i + 1 < argc; ++i) {
-        if (qstrcmp(argv[i], "-platform") == 0)
-            platform = QString::fromLocal8Bit(argv[i + 1]);
-    }
-    return platform.section(QLatin1Char(':'), 0, 0);
-}
-
-/// The largest scale at which the screen fits on the display. Only the toolkit knows the size of a
-/// bare display, so it is started and ended once.
-double fittingScale(int& argc, char** argv)
-{
-    int count = argc;
-    QGuiApplication probe(count, argv);
-    const QSize size = QGuiApplication::primaryScreen()->geometry().size();
-    const double fit =
-        std::min(double(size.width()) / ZScreen::Width, double(size.height()) / ZScreen::Height);
-    return std::clamp(fit, SmallestScale, LargestScale);
-}
-
 } // namespace
 
 ZScreen::MainInputPause::MainInputPause() : screen_(instance())
@@ -167,35 +49,14 @@ ZScreen::MainInputPause::~MainInputPause()
         screen_->pauseMainInput(-1);
 }
 
-void ZScreen::setScaleVariable(const char* name)
-{
-    scaleVariable = name;
-}
-
 void ZScreen::setPlace(const QByteArray& place)
 {
-    wantedPlace() = place;
+    ZScreenFrame::setPlace(place);
 }
 
 QByteArray ZScreen::placeOnDisplay()
 {
-    if (!theScreen || !theScreen->window()->isVisible())
-        return {};
-    const QWidget* frame = theScreen->window();
-    const QPoint corner = (QPointF(frame->pos()) * frame->devicePixelRatioF()).toPoint();
-    return QByteArray::number(corner.x()) + ',' + QByteArray::number(corner.y());
-}
-
-void ZScreen::prepareScale(int& argc, char** argv)
-{
-    double scale = scaleFromVariable();
-    if (scale == 0 && isBareDisplay(platformToBe(argc, argv)))
-        scale = fittingScale(argc, argv);
-    if (scale == 0)
-        return;
-    // The display's own density must not come on top.
-    qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
-    qputenv("QT_SCALE_FACTOR", QByteArray::number(scale));
+    return theScreen ? theScreen->frame_->place() : QByteArray();
 }
 
 ZScreen* ZScreen::instance()
@@ -213,11 +74,20 @@ void ZScreen::destroyInstance()
         delete theScreen->window();
 }
 
-ZScreen::ZScreen(QWidget* frame)
-    : QWidget(frame), x11Focus_(std::make_unique<X11Focus>(*frame)), pan_(new ZBoxPan(this))
+ZScreen::ZScreen(ZScreenFrame* frame)
+    : QWidget(frame),
+      frame_(frame),
+      x11Focus_(std::make_unique<X11Focus>(*frame)),
+      pan_(new ZBoxPan(this))
 {
     setObjectName(QStringLiteral("ZScreen"));
     resize(Width, Height);
+    frame->setContent(this);
+    connect(frame, &ZScreenFrame::scaleChanged, this, &ZScreen::densityChanged);
+    // Not from in there: who is told may ask a question, and the toolkit takes a second request
+    // that comes while the first is handled as agreed to.
+    connect(frame, &ZScreenFrame::closeRequested, this, &ZScreen::closeRequested,
+            Qt::QueuedConnection);
     setFocusPolicy(Qt::NoFocus);
     qApp->installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this,
@@ -321,6 +191,8 @@ bool ZScreen::eventFilter(QObject* watched, QEvent* event)
         if (widget->parentWidget() == this)
             widgetHidden(widget);
         return false;
+    case QEvent::Paint:
+        return frame_->takesOver(*widget, *static_cast<QPaintEvent*>(event));
     case QEvent::KeyPress:
         KeyMap::instance().notice(*static_cast<QKeyEvent*>(event));
         return blocksInput(widget);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/screensize.h"
+
 #include <QList>
 #include <QPointer>
 #include <QWidget>
@@ -11,6 +13,7 @@
 class X11Focus;
 
 class ZBoxPan;
+class ZScreenFrame;
 
 /// The phone's display: 240 x 320 pixels at any density, the only thing with a window of its own.
 ///
@@ -28,8 +31,8 @@ class ZScreen : public QWidget
     Q_OBJECT
 
 public:
-    static constexpr int Width = 240;
-    static constexpr int Height = 320;
+    static constexpr int Width = ScreenSize::Width;
+    static constexpr int Height = ScreenSize::Height;
 
     enum class Layer { Main, Box };
 
@@ -58,18 +61,13 @@ public:
         std::function<void(int key)> tapped;
     };
 
-    /// Names the environment variable that sets the scale; before the application object is made.
-    static void setScaleVariable(const char* name);
     /// Where the window is to open, in the form of placeOnDisplay(); before the screen is made.
     /// Anything else is ignored.
     static void setPlace(const QByteArray& place);
-    /// Where the window is on the display: "x,y", its corner with the window manager's frame, in
-    /// pixels of the display. Empty while it is not shown.
+    /// Where the window is on the display: "x,y", its corner with the window manager's frame, and
+    /// ",w,h", its size without it, if its scale follows that; in pixels of the display. Empty
+    /// while it is not shown.
     static QByteArray placeOnDisplay();
-    /// Settles the scale for the application about to be made: the variable's value (a number from
-    /// 0.25 to 16; anything else is named on stderr and ignored), else on a bare display (no
-    /// windows) the largest scale at which the screen fits, else the display's own.
-    static void prepareScale(int& argc, char** argv);
 
     /// Makes a child one of the stack's. Call it once, before the child is first shown.
     void place(QWidget* widget, Layer layer);
@@ -92,6 +90,9 @@ signals:
     void closeRequested();
     /// A press that hit nothing of the topmost widget, nor a soft key of its own.
     void pressedOutside();
+    /// A pixel of the screen is drawn with another number of the display's: what is kept drawn
+    /// (see ScreenScale::density()) is to be drawn anew.
+    void densityChanged();
     /// Another widget has the keys, or the soft keys do something else in it.
     void softKeysChanged();
 
@@ -106,7 +107,7 @@ private:
         SoftKeys softKeys;
     };
 
-    explicit ZScreen(QWidget* frame);
+    explicit ZScreen(ZScreenFrame* frame);
     ~ZScreen() override;
     Entry* entryOf(const QWidget* widget);
     void pauseMainInput(int change);
@@ -121,6 +122,7 @@ private:
     void focusMoved(QWidget* now);
     bool blocksInput(const QWidget* receiver) const;
 
+    ZScreenFrame* frame_; ///< the window, which owns the screen
     std::unique_ptr<X11Focus> x11Focus_;
     QList<Entry> placed_;
     QList<QWidget*> stack_;

@@ -3,7 +3,9 @@
 #include "shell/fm.h"
 
 #include "files/programnames.h"
+#include "platform/screenscale.h"
 #include "platform/zpicture.h"
+#include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 
@@ -29,7 +31,7 @@ public:
 protected:
     void paintEvent(QPaintEvent* /*event*/) override
     {
-        if (picture_.isNull())
+        if (picture_.isNull() || picture_.devicePixelRatio() != ScreenScale::density())
             draw_();
         QPainter painter(this);
         painter.fillRect(rect(), Qt::black);
@@ -61,12 +63,12 @@ void FM::createAboutPage()
 
 void FM::drawAbout(const ZPicture& logo)
 {
-    const qreal density = devicePixelRatio();
+    const qreal density = ScreenScale::density();
     aboutPicture_ = QPixmap(QSize(ZScreen::Width, ZScreen::Height) * density);
     aboutPicture_.setDevicePixelRatio(density);
     aboutPicture_.fill(Qt::black);
     QPainter painter(&aboutPicture_);
-    painter.drawPixmap(7, 15, logo.pixmap());
+    drawPicture(painter, {7, 15}, logo.pixmap());
     painter.setFont(ZSkinService::font(ProgramNames::Font, 27, 87));
     painter.setPen(QColor(255, 100, 12));
     painter.drawText(70, 40, aboutTexts_.at(0));

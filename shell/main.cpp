@@ -1,6 +1,6 @@
 #include "files/names.h"
 #include "files/programnames.h"
-#include "platform/zscreen.h"
+#include "platform/screenscale.h"
 #include "shell/startup.h"
 
 #include <QGuiApplication>
@@ -55,6 +55,6 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("quarn"));
     QGuiApplication::setApplicationDisplayName(ProgramNames::Program);
     QGuiApplication::setDesktopFileName(QStringLiteral("quarn"));
-    ZScreen::setScaleVariable("QUARN_SCALE");
+    ScreenScale::setVariable("QUARN_SCALE");
     return startQuarn(argc, argv);
 }

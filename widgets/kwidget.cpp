@@ -49,6 +49,11 @@ kWidget::kWidget()
     connect(aniTimer, &QTimer::timeout, this, &kWidget::aniUpdate);
     connect(showTimer_, &QTimer::timeout, this, &QWidget::show);
     connect(paintTimer_, &QTimer::timeout, this, &kWidget::paint);
+    connect(ZScreen::instance(), &ZScreen::densityChanged, this, [this] {
+        stale_ = true;
+        if (visible)
+            paint();
+    });
     kWidget::init();
 }
 
@@ -206,7 +211,7 @@ void kWidget::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     painter.drawPixmap(0, 0, canvas);
     if (composed_.process)
-        painter.drawPixmap(frameRect().topLeft(), aniFrame);
+        drawPicture(painter, frameRect().topLeft(), aniFrame);
 }
 
 void kWidget::close(int answer)

@@ -1,6 +1,7 @@
 // How the blocks of a box are drawn.
 
 #include "lang/texts.h"
+#include "platform/screenscale.h"
 #include "platform/zpixmap.h"
 #include "shell/settings.h"
 #include "widgets/boxparts.h"
@@ -32,11 +33,11 @@ void kWidget::drawAll()
 {
     const bool titleStands = titleBottom_ > 0 && content_.title == composed_.title &&
                              content_.icon == composed_.icon &&
-                             canvas.devicePixelRatio() == devicePixelRatio();
+                             canvas.devicePixelRatio() == ScreenScale::density();
     y = titleBottom_;
     if (!titleStands) {
         y = 0;
-        canvas = blackCanvas(ZScreen::Height, devicePixelRatio());
+        canvas = blackCanvas(ZScreen::Height, ScreenScale::density());
         drawTitle(content_.title, content_.icon);
         titleBottom_ = y;
     }
@@ -58,7 +59,7 @@ QRegion kWidget::redrawLines()
     if (sections_.isEmpty() || content_.process || composed_.process ||
         content_.title != composed_.title || content_.icon != composed_.icon ||
         content_.align != composed_.align || content_.keyBar != composed_.keyBar ||
-        canvas.devicePixelRatio() != devicePixelRatio())
+        canvas.devicePixelRatio() != ScreenScale::density())
         return {};
     const Section& last = sections_.constLast();
     const QRegion lastLine = lineRect(last, last.lines.texts.size() - 1);
@@ -118,9 +119,10 @@ QList<kWidget::Section> kWidget::sectionsOf(const QString& text)
 /// Makes the canvas high enough. A text may need more than the screen is high.
 void kWidget::reserve(int height)
 {
-    if (pixmapSize(canvas).height() >= height && canvas.devicePixelRatio() == devicePixelRatio())
+    if (pixmapSize(canvas).height() >= height &&
+        canvas.devicePixelRatio() == ScreenScale::density())
         return;
-    QPixmap larger = blackCanvas(std::max(height, int(ZScreen::Height)), devicePixelRatio());
+    QPixmap larger = blackCanvas(std::max(height, int(ZScreen::Height)), ScreenScale::density());
     QPainter(&larger).drawPixmap(0, 0, canvas);
     canvas = larger;
 }
@@ -140,7 +142,7 @@ void kWidget::drawTitle(const QString& title, const QString& icon)
     // Beyond that rectangle the canvas may hold what an earlier box left.
     painter.fillRect(0, y + linesHeight + Box::Gap, Box::Width, size.height(), Qt::black);
     y += Box::Gap;
-    painter.drawPixmap((Box::Width - size.width()) / 2, y, titleIcon_);
+    drawPicture(painter, {(Box::Width - size.width()) / 2, y}, titleIcon_);
     y += size.height();
     painter.setPen(Qt::white);
     y = Box::drawLines(painter, titleFont_, lines, y, Qt::AlignHCenter);
@@ -191,6 +193,6 @@ void kWidget::drawAniIcon()
     reserve(y + frameHeight + 6);
     QPainter painter(&canvas);
     Box::drawGround(painter, y - 1, frameHeight + 6);
-    painter.drawPixmap(frameRect().topLeft(), aniFrame);
+    drawPicture(painter, frameRect().topLeft(), aniFrame);
     y += frameHeight + Box::Gap;
 }

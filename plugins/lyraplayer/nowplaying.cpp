@@ -1,5 +1,6 @@
 #include "plugins/lyraplayer/nowplaying.h"
 
+#include "platform/screenscale.h"
 #include "platform/shownname.h"
 #include "platform/zskinservice.h"
 #include "plugins/lyraplayer/glyphs.h"
@@ -124,7 +125,7 @@ QStringList NowPlaying::shownLines() const
 
 QSize NowPlaying::coverBox() const
 {
-    return QSize(LargestPicture, LargestPicture) * devicePixelRatio();
+    return QSize(LargestPicture, LargestPicture) * ScreenScale::density();
 }
 
 QList<NowPlaying::Text> NowPlaying::texts() const
@@ -212,10 +213,10 @@ void NowPlaying::paintPicture(QPainter& painter, const QRect& area) const
     QRectF place(QPointF(), QSizeF(cover_.size()).scaled(area.size(), Qt::KeepAspectRatio));
     place.moveCenter(QRectF(area).center());
     // As many pixels as there is room for, so that it is sharp.
-    const QSize pixels = (place.size() * devicePixelRatio()).toSize().expandedTo(QSize(1, 1));
+    const QSize pixels = (place.size() * ScreenScale::density()).toSize().expandedTo(QSize(1, 1));
     QBrush brush(cover_.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     brush.setTransform(QTransform::fromTranslate(place.left(), place.top())
-                           .scale(1 / devicePixelRatioF(), 1 / devicePixelRatioF()));
+                           .scale(1 / ScreenScale::density(), 1 / ScreenScale::density()));
     painter.setBrush(brush);
     painter.drawRoundedRect(place, Corner, Corner);
     painter.restore();

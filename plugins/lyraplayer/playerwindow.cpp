@@ -1,6 +1,7 @@
 #include "plugins/lyraplayer/playerwindow.h"
 
 #include "platform/keymap.h"
+#include "platform/screenscale.h"
 #include "platform/zlistbox.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
@@ -49,14 +50,15 @@ PlayerWindow::PlayerWindow(Player& player)
     : PluginWindow(QStringLiteral("LyraPlayer")),
       player_(player),
       reader_(new TrackReader(this)),
-      noMark_(emptyMark(devicePixelRatioF())),
-      mark_(playMark(devicePixelRatioF()))
+      noMark_(emptyMark(ScreenScale::density())),
+      mark_(playMark(ScreenScale::density()))
 {
     addPages();
     fillList();
     connectPlayer();
     showList(false);
     showState();
+    connect(ZScreen::instance(), &ZScreen::densityChanged, this, &PlayerWindow::drawMarks);
 }
 
 PlayerWindow::~PlayerWindow() = default;
@@ -104,6 +106,14 @@ ZListBoxItem* PlayerWindow::rowOf(int track)
     row->appendSubItem(1, trackRow(QString(), file, track + 1), false);
     reader_->askTitle(track, file);
     return row;
+}
+
+void PlayerWindow::drawMarks()
+{
+    noMark_ = emptyMark(ScreenScale::density());
+    mark_ = playMark(ScreenScale::density());
+    if (ZListBoxItem* row = list_->item(player_.current()))
+        row->setPixmap(0, mark_);
 }
 
 void PlayerWindow::titleRead(int track, const QString& title)

@@ -42,6 +42,7 @@ protected:
 private:
     void fillList();
     ZListBoxItem* rowOf(int track);
+    void drawMarks();
     void titleRead(int track, const QString& title);
     void addPages();
     void connectPlayer();

@@ -1,6 +1,7 @@
 #include "plugins/picview/picturearea.h"
 
 #include "files/regularfile.h"
+#include "platform/screenscale.h"
 #include "platform/zskinservice.h"
 #include "plugins/support/notice.h"
 #include "plugins/support/plugintexts.h"
@@ -104,14 +105,14 @@ void PictureArea::put(const Picture& picture)
 
 QSize PictureArea::box() const
 {
-    return size() * devicePixelRatio();
+    return size() * ScreenScale::density();
 }
 
 bool PictureArea::wantsDetail() const
 {
     if (refined_ || movie_ || picture_.image.isNull())
         return false;
-    const double wanted = place_.target().width() * devicePixelRatio();
+    const double wanted = place_.target().width() * ScreenScale::density();
     return picture_.image.width() + 1 < std::min(double(picture_.size.width()), wanted);
 }
 
@@ -231,7 +232,7 @@ void PictureArea::paintPicture(QPainter& painter)
     const QRectF target = place_.target();
     if (picture_.image.hasAlphaChannel())
         painter.fillRect(target.intersected(QRectF(rect())), chequered());
-    const double ratio = target.width() * devicePixelRatio() / picture_.image.width();
+    const double ratio = target.width() * ScreenScale::density() / picture_.image.width();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.drawImage(target, imageFor(ratio));
 }

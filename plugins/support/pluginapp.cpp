@@ -7,6 +7,7 @@
 #include "platform/keymap.h"
 #include "platform/qdiskfont.h"
 #include "platform/regularfile.h"
+#include "platform/screenscale.h"
 #include "platform/zscreen.h"
 #include "platform/ztheme.h"
 #include "plugins/support/pluginsettings.h"
@@ -24,7 +25,7 @@ constexpr int BlackWeight = 87;
 /// Before the application object is made, which reads it.
 int withScale(int argc)
 {
-    ZScreen::setScaleVariable("QUARN_SCALE");
+    ScreenScale::setVariable("QUARN_SCALE");
     return argc;
 }
 

@@ -71,6 +71,13 @@ def stage_folder():
     return pathlib.Path(stage)
 
 
+def screen_in(size):
+    """(left, top, scale) of the screen in a window of this size whose scale follows it."""
+    width, height = size
+    scale = min(6, max(0.25, min(width / WIDTH, height / HEIGHT) // 0.25 * 0.25))
+    return int(width - WIDTH * scale) // 2, int(height - HEIGHT * scale) // 2, scale
+
+
 def copy_of_stage(source, target):
     """Programs are large, and nobody writes into them: another name will do."""
     if os.access(source, os.X_OK) and os.path.getsize(source) > LARGE:
@@ -307,8 +314,8 @@ class Program(Watched):
         picture = self.screenshot()
         if picture is None:
             return True
-        scale = picture.width / WIDTH
-        return any(all(picture.getpixel((int(x * scale), int(y * scale))) == (0, 0, 0)
+        left, top, scale = screen_in(picture.size)
+        return any(all(picture.getpixel((left + int(x * scale), top + int(y * scale))) == (0, 0, 0)
                        for x in (12, 40, 200, 228)) for y in range(70, 260))
 
     def is_running(self):

@@ -140,6 +140,12 @@ class Client:
         self.connection.create_resource_object("window", window).configure(x=x, y=y)
         self.connection.sync()
 
+    def resize(self, window, width, height):
+        """Makes a window another size, or asks the window manager to."""
+        self.connection.create_resource_object("window", window).configure(width=width,
+                                                                           height=height)
+        self.connection.sync()
+
     def point(self, x, y):
         """Moves the pointer there."""
         xtest.fake_input(self.connection, X.MotionNotify, x=x, y=y)

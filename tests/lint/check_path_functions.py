@@ -21,7 +21,7 @@ COMMENT = re.compile(r"//.*")
 # Files that may, and why.
 EXCEPTIONS = {
     "platform/qcopchannel.cpp": "the folder of channels; the toolkit's server takes texts alone",
-    "platform/zscreen.cpp": "the toolkit's own option",
+    "platform/screenscale.cpp": "the toolkit's own option",
     "plugins/lyraplayer/player.cpp": "the system's text of an error",
     "sharing/*.cpp": "the sharing service takes texts alone, and is handed no others",
 }

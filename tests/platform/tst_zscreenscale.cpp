@@ -1,3 +1,4 @@
+#include "platform/screenscale.h"
 #include "platform/zscreen.h"
 #include "tests/platform/selfrun.h"
 #include "tests/support/testmain.h"
@@ -79,6 +80,7 @@ private slots:
         QTest::newRow("same size") << "240x320" << 1.0 << QPoint(0, 0);
         QTest::newRow("wide") << "960x480" << 1.5 << QPoint((640 - 240) / 2, 0);
         QTest::newRow("tall") << "480x960" << 2.0 << QPoint(0, (480 - 320) / 2);
+        QTest::newRow("between steps") << "500x680" << 2.0 << QPoint(5, 10);
         QTest::newRow("small") << "120x160" << 0.5 << QPoint(0, 0);
     }
 
@@ -91,6 +93,46 @@ private slots:
         QCOMPARE(run.output.split(' ').mid(1),
                  QList<QByteArray>({QByteArray::number(corner.x()), QByteArray::number(corner.y()),
                                     "240", "320"}));
+    }
+
+    void largestQuarterStepFits_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<double>("scale");
+        QTest::newRow("same size") << QSize(240, 320) << 1.0;
+        QTest::newRow("a pixel too narrow") << QSize(239, 320) << 0.75;
+        QTest::newRow("a pixel too low") << QSize(480, 639) << 1.75;
+        QTest::newRow("landscape") << QSize(320, 240) << 0.75;
+        QTest::newRow("between steps") << QSize(800, 600) << 1.75;
+        QTest::newRow("tall") << QSize(720, 1440) << 3.0;
+        QTest::newRow("largest") << QSize(5000, 5000) << 6.0;
+        QTest::newRow("too small for any") << QSize(10, 10) << 0.25;
+        QTest::newRow("none") << QSize(0, 0) << 0.25;
+    }
+
+    void largestQuarterStepFits()
+    {
+        QFETCH(QSize, size);
+        QTEST(ScreenScale::fitting(size), "scale");
+    }
+
+    void firstWindowIsWithinTwoThirds_data()
+    {
+        QTest::addColumn<QSize>("display");
+        QTest::addColumn<QSize>("window");
+        QTest::newRow("1080 high") << QSize(1920, 1080) << QSize(480, 640);
+        QTest::newRow("1440 high") << QSize(2560, 1440) << QSize(720, 960);
+        QTest::newRow("600 high") << QSize(800, 600) << QSize(240, 320);
+        QTest::newRow("a pixel less than three times") << QSize(1920, 1439) << QSize(480, 640);
+        QTest::newRow("no more than its width") << QSize(300, 2000) << QSize(300, 400);
+        QTest::newRow("smaller than the screen") << QSize(320, 240) << QSize(180, 240);
+        QTest::newRow("very large") << QSize(8000, 8000) << QSize(1440, 1920);
+    }
+
+    void firstWindowIsWithinTwoThirds()
+    {
+        QFETCH(QSize, display);
+        QTEST(ScreenScale::firstWindow(display), "window");
     }
 
     void variableWinsOnABareDisplay()
@@ -156,7 +198,7 @@ namespace
 /// Prints the density of the display and where the screen is in its window.
 int printScale(int argc, char** argv)
 {
-    ZScreen::setScaleVariable("PROBE_SCALE");
+    ScreenScale::setVariable("PROBE_SCALE");
     const ZApplication application(argc, argv, ZApplication::GuiClient);
     QWidget main(ZScreen::instance());
     ZScreen::instance()->place(&main, ZScreen::Layer::Main);
@@ -177,7 +219,7 @@ int printScale(int argc, char** argv)
 /// Prints where the window has opened.
 int printPlace(int argc, char** argv)
 {
-    ZScreen::setScaleVariable("PROBE_SCALE");
+    ScreenScale::setVariable("PROBE_SCALE");
     const ZApplication application(argc, argv, ZApplication::GuiClient);
     ZScreen::setPlace(qgetenv("PROBE_PLACE"));
     QWidget main(ZScreen::instance());

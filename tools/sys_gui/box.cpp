@@ -83,7 +83,7 @@ void MoveBox::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     painter.fillRect(rect(), Qt::black);
     const QSize icon = pixmapSize(icon_);
-    painter.drawPixmap((Box::Width - icon.width()) / 2, Box::Gap, icon_);
+    drawPicture(painter, {(Box::Width - icon.width()) / 2, Box::Gap}, icon_);
     painter.setPen(Qt::white);
     const int top =
         Box::drawLines(painter, titleFont_, title_, icon.height() + Box::Gap, Qt::AlignHCenter);

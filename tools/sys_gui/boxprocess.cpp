@@ -3,6 +3,7 @@
 #include "files/names.h"
 #include "files/programnames.h"
 #include "platform/regularfile.h"
+#include "platform/screenscale.h"
 #include "platform/zapplication.h"
 #include "platform/zscreen.h"
 #include "tools/sys_gui/box.h"
@@ -64,7 +65,7 @@ void runBox(const BoxTexts& texts, char** argv, int channel)
     QCoreApplication::setApplicationName(QStringLiteral("quarn"));
     QGuiApplication::setApplicationDisplayName(ProgramNames::Program);
     QGuiApplication::setDesktopFileName(QStringLiteral("quarn"));
-    ZScreen::setScaleVariable("QUARN_SCALE");
+    ScreenScale::setVariable("QUARN_SCALE");
     ZApplication application(1, argv, ZApplication::GuiClient);
     setPathEncoder(encodedPath);
     MoveBox::addFont(decodeName(texts.icon));

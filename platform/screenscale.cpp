@@ -1,0 +1,121 @@
+#include "platform/screenscale.h"
+
+#include "platform/screensize.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+
+constexpr double SmallestSet = 0.25;
+constexpr double LargestSet = 16;
+constexpr double Step = 0.25;
+constexpr double LargestFitting = 6;
+
+const char* variable = nullptr;
+bool isSettled = false;
+double windowsDensity = 0;
+
+bool isBare(const QString& platform)
+{
+    static const QStringList bare{"linuxfb",  "eglfs", "directfb",
+                                  "kmsconvt", "vnc",   "vkkhrdisplay"};
+    return bare.contains(platform);
+}
+
+/// 0 if there is none.
+double fromVariable()
+{
+    if (variable == nullptr || !qEnvironmentVariableIsSet(variable))
+        return 0;
+    const QByteArray text = qgetenv(variable);
+    bool ok = false;
+    const double scale = text.toDouble(&ok);
+    if (ok && scale >= SmallestSet && scale <= LargestSet)
+        return scale;
+    qWarning("%s: not a scale from 0.25 to 16: %s", variable, text.constData());
+    return 0;
+}
+
+/// The toolkit's platform as it will be chosen, as far as it can be known before it is loaded.
+QString platformToBe(int argc, char** argv)
+{
+    QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
+    for (int i = 1; i + 1 < argc; ++i) {
+        if (qstrcmp(argv[i], "-platform") == 0)
+            platform = QString::fromLocal8Bit(argv[i + 1]);
+    }
+    return platform.section(QLatin1Char(':'), 0, 0);
+}
+
+/// Only the toolkit knows the size of a bare display, so it is started and ended once.
+double fittingBareDisplay(int& argc, char** argv)
+{
+    int count = argc;
+    QGuiApplication probe(count, argv);
+    return ScreenScale::fitting(QGuiApplication::primaryScreen()->geometry().size());
+}
+
+} // namespace
+
+void ScreenScale::setVariable(const char* name)
+{
+    variable = name;
+}
+
+void ScreenScale::prepare(int& argc, char** argv)
+{
+    const QString platform = platformToBe(argc, argv);
+    double scale = fromVariable();
+    if (scale == 0 && isBare(platform))
+        scale = fittingBareDisplay(argc, argv);
+    isSettled = scale != 0;
+    windowsDensity = 0;
+    if (!isSettled && platform == QLatin1String("offscreen"))
+        return;
+    // The display's own density must not come on top.
+    qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+    qputenv("QT_SCALE_FACTOR", isSettled ? QByteArray::number(scale) : QByteArrayLiteral("1"));
+}
+
+bool ScreenScale::followsWindow()
+{
+    const QString platform = QGuiApplication::platformName();
+    return !isSettled &&
+           (platform == QLatin1String("xcb") || platform.startsWith(QLatin1String("wayland")));
+}
+
+bool ScreenScale::isBareDisplay()
+{
+    return isBare(QGuiApplication::platformName());
+}
+
+double ScreenScale::fitting(QSizeF pixels)
+{
+    const double fit =
+        std::min(pixels.width() / ScreenSize::Width, pixels.height() / ScreenSize::Height);
+    return std::clamp(std::floor(fit / Step) * Step, SmallestSet, LargestFitting);
+}
+
+QSize ScreenScale::firstWindow(QSizeF display)
+{
+    const double whole =
+        std::clamp(std::floor(display.height() * 2 / 3 / ScreenSize::Height), 1.0, LargestFitting);
+    return (QSizeF(ScreenSize::Width, ScreenSize::Height) * std::min(whole, fitting(display)))
+        .toSize();
+}
+
+double ScreenScale::density()
+{
+    return windowsDensity > 0 ? windowsDensity : qGuiApp->devicePixelRatio();
+}
+
+void ScreenScale::setDensity(double density)
+{
+    windowsDensity = density;
+}

@@ -1,0 +1,413 @@
+#include "platform/zscreenframe.h"
+
+#include "platform/screenscale.h"
+#include "platform/x11focus.h"
+#include "platform/zpixmap.h"
+#include "platform/zscreen.h"
+#include "platform/ztheme.h"
+
+#include <QAccessibleWidget>
+#include <QBackingStore>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QWheelEvent>
+#include <QWindow>
+
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace
+{
+
+/// Of the smallest scale that can be read.
+constexpr QSize SmallestWindow(ZScreen::Width * 3 / 4, ZScreen::Height * 3 / 4);
+
+struct Place {
+    QPoint corner;
+    QSize size; ///< empty if it is not told
+};
+
+/// As it was told; nothing if that is no place.
+std::optional<Place>& wantedPlace()
+{
+    static std::optional<Place> place;
+    return place;
+}
+
+std::optional<Place> placeFrom(const QByteArray& text)
+{
+    const QList<QByteArray> parts = text.split(',');
+    if (parts.size() != 2 && parts.size() != 4)
+        return std::nullopt;
+    std::array<int, 4> numbers{};
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        bool isNumber = false;
+        numbers.at(size_t(i)) = parts.at(i).toInt(&isNumber);
+        if (!isNumber)
+            return std::nullopt;
+    }
+    return Place{{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
+}
+
+/// Grown to where a pixel of the screen begins on one of the display, at every quarter step.
+QRegion onWholePixels(const QRegion& part)
+{
+    constexpr int Grid = 4;
+    QRegion grown;
+    for (const QRect& rect : part) {
+        const QPoint corner(rect.left() / Grid * Grid, rect.top() / Grid * Grid);
+        const QPoint end(rect.right() / Grid * Grid + Grid - 1,
+                         rect.bottom() / Grid * Grid + Grid - 1);
+        grown += QRect(corner, end);
+    }
+    return grown;
+}
+
+} // namespace
+
+/// Shows the magnified screen in the place of the one below it.
+class ZScreenFrame::Glass : public QWidget
+{
+public:
+    explicit Glass(ZScreenFrame* frame) : QWidget(frame), frame_(frame)
+    {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        setFocusPolicy(Qt::NoFocus);
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QPainter painter(this);
+        frame_->paintPicture(painter);
+    }
+
+private:
+    ZScreenFrame* frame_;
+};
+
+ZScreenFrame::ZScreenFrame() : QWidget(nullptr)
+{
+    setWindowTitle(QGuiApplication::applicationDisplayName());
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    ScreenScale::setDensity(0);
+    if (ScreenScale::isBareDisplay()) {
+        setWindowState(Qt::WindowFullScreen);
+        return;
+    }
+    if (ScreenScale::followsWindow())
+        resize(ZScreen::Width, ZScreen::Height);
+    else
+        setFixedSize(ZScreen::Width, ZScreen::Height);
+    if (wantedPlace())
+        move((QPointF(wantedPlace()->corner) / devicePixelRatioF()).toPoint());
+    if (ScreenScale::followsWindow())
+        openFollowing();
+}
+
+QAccessibleInterface* ZScreenFrame::makeAccessible()
+{
+    return new QAccessibleWidget(this, QAccessible::Window, windowTitle());
+}
+
+void ZScreenFrame::setContent(QWidget* content)
+{
+    content_ = content;
+    arrange();
+}
+
+void ZScreenFrame::setPlace(const QByteArray& place)
+{
+    wantedPlace() = placeFrom(place);
+}
+
+QByteArray ZScreenFrame::place() const
+{
+    if (!isVisible())
+        return {};
+    const QPoint corner = (QPointF(pos()) * devicePixelRatioF()).toPoint();
+    QByteArray place = QByteArray::number(corner.x()) + ',' + QByteArray::number(corner.y());
+    if (!size_.isEmpty()) {
+        const QSize size = (QSizeF(size_) * devicePixelRatioF()).toSize();
+        place += ',' + QByteArray::number(size.width()) + ',' + QByteArray::number(size.height());
+    }
+    return place;
+}
+
+/// Pictures are loaded before the window is shown, for the scale that it will have.
+void ZScreenFrame::openFollowing()
+{
+    create();
+    const double density = devicePixelRatioF();
+    const QScreen* display = windowHandle()->screen();
+    QSize pixels = ScreenScale::firstWindow(QSizeF(display->size()) * density);
+    if (isX11WithoutManager())
+        pixels = (QSizeF(display->size()) * density).toSize();
+    else if (wantedPlace() && !wantedPlace()->size.isEmpty())
+        pixels = wantedPlace()->size.expandedTo(SmallestWindow);
+    windowHandle()->setMinimumSize((QSizeF(SmallestWindow) / density).toSize());
+    windowHandle()->installEventFilter(this);
+    connect(display, &QScreen::geometryChanged, this, [this] {
+        if (isVisible() && isX11WithoutManager())
+            windowHandle()->setGeometry(windowHandle()->screen()->geometry());
+    });
+    follow((QSizeF(pixels) / density).toSize());
+}
+
+/// Before the window comes: the toolkit gives it the size of the widget.
+void ZScreenFrame::sizeWindow()
+{
+    QWindow* window = windowHandle();
+    if (isX11WithoutManager()) {
+        window->setGeometry(window->screen()->geometry());
+        return;
+    }
+    const QPoint corner = pos();
+    window->resize(size_);
+    // With a size a window is told the place of its inside.
+    if (testAttribute(Qt::WA_Moved))
+        window->setFramePosition(corner);
+}
+
+/// Whether the toolkit must not make the widget as large as the window.
+bool ZScreenFrame::windowResized()
+{
+    const QSize size = windowHandle()->size();
+    if (size.isEmpty() || !isVisible())
+        return true;
+    follow(size);
+    const QSize needed = size.expandedTo(QSize(ZScreen::Width, ZScreen::Height));
+    if (needed == size)
+        return false;
+    // The toolkit leaves out what lies beyond the widget; the whole screen must fit into it, even
+    // if less is seen of the window. A widget that is not there is resized without its window.
+    setAttribute(Qt::WA_WState_Visible, false);
+    resize(needed);
+    setAttribute(Qt::WA_WState_Visible, true);
+    arrange();
+    return true;
+}
+
+void ZScreenFrame::follow(QSize size)
+{
+    const double density = devicePixelRatioF();
+    const QSizeF pixels = QSizeF(size) * density;
+    const double scale = ScreenScale::fitting(pixels);
+    const bool isOther = !qFuzzyCompare(scale, scale_);
+    size_ = size;
+    scale_ = scale;
+    isMagnified_ = !qFuzzyCompare(scale, density);
+    corner_ = {int(pixels.width() - ZScreen::Width * scale) / 2,
+               int(pixels.height() - ZScreen::Height * scale) / 2};
+    if (isOther || !isMagnified_)
+        image_ = QImage();
+    arrange();
+    if (isOther) {
+        ScreenScale::setDensity(scale);
+        ZPixmapCache::clear();
+        emit scaleChanged();
+    }
+    update();
+}
+
+/// Where the screen lies for the toolkit: if it is magnified, that is not where it is seen.
+void ZScreenFrame::arrange()
+{
+    if (content_ == nullptr)
+        return;
+    if (isMagnified_) {
+        content_->move(0, 0);
+        if (glass_ == nullptr)
+            glass_ = new Glass(this);
+        glass_->setGeometry(rect());
+        glass_->show();
+        glass_->raise();
+        glass_->update();
+        return;
+    }
+    delete glass_;
+    glass_ = nullptr;
+    content_->move((width() - ZScreen::Width) / 2, (height() - ZScreen::Height) / 2);
+}
+
+bool ZScreenFrame::takesOver(const QWidget& widget, const QPaintEvent& event)
+{
+    if (!isMagnified_ || isRendering_ || content_ == nullptr ||
+        (&widget != content_ && !content_->isAncestorOf(&widget)))
+        return false;
+    dirty_ += event.region().translated(widget.mapTo(content_, QPoint())) & content_->rect();
+    if (!isUpdating_)
+        QCoreApplication::postEvent(this, new QEvent(QEvent::UpdateRequest));
+    return true;
+}
+
+bool ZScreenFrame::event(QEvent* event)
+{
+    if (event->type() != QEvent::UpdateRequest || !isMagnified_ || isUpdating_)
+        return QWidget::event(event);
+    isUpdating_ = true;
+    const bool isNew = renderWhole();
+    const bool isDone = QWidget::event(event);
+    if (isNew)
+        dirty_ = QRegion();
+    presentDirty();
+    isUpdating_ = false;
+    return isDone;
+}
+
+bool ZScreenFrame::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != windowHandle())
+        return QWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::Show:
+        sizeWindow();
+        return false;
+    case QEvent::Resize:
+        return windowResized();
+    case QEvent::Expose:
+        renderWhole();
+        return false;
+    default:
+        return isMagnified_ && !isMapping_ && mapPointer(event);
+    }
+}
+
+bool ZScreenFrame::mapPointer(QEvent* event)
+{
+    isMapping_ = true;
+    bool isMapped = true;
+    const auto send = [this, event](QEvent& mapped) {
+        QCoreApplication::sendEvent(windowHandle(), &mapped);
+        event->setAccepted(mapped.isAccepted());
+    };
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseMove: {
+        const auto* mouse = static_cast<QMouseEvent*>(event);
+        const QPointF point = toScreen(mouse->position());
+        QMouseEvent mapped(mouse->type(), point, point, mapToGlobal(point), mouse->button(),
+                           mouse->buttons(), mouse->modifiers(), mouse->pointingDevice());
+        mapped.setTimestamp(mouse->timestamp());
+        send(mapped);
+        break;
+    }
+    case QEvent::Wheel: {
+        const auto* wheel = static_cast<QWheelEvent*>(event);
+        const QPointF point = toScreen(wheel->position());
+        QWheelEvent mapped(point, mapToGlobal(point), wheel->pixelDelta(), wheel->angleDelta(),
+                           wheel->buttons(), wheel->modifiers(), wheel->phase(), wheel->inverted(),
+                           wheel->source(), wheel->pointingDevice());
+        mapped.setTimestamp(wheel->timestamp());
+        send(mapped);
+        break;
+    }
+    case QEvent::Enter: {
+        const QPointF point = toScreen(static_cast<QEnterEvent*>(event)->position());
+        QEnterEvent mapped(point, point, mapToGlobal(point));
+        send(mapped);
+        break;
+    }
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+        // A touch that nobody takes comes again as one of the mouse.
+        event->ignore();
+        break;
+    default:
+        isMapped = false;
+    }
+    isMapping_ = false;
+    return isMapped;
+}
+
+QPointF ZScreenFrame::toScreen(QPointF point) const
+{
+    return (point * devicePixelRatioF() - QPointF(corner_)) / scale_;
+}
+
+/// If that is needed, which it returns. The glass shows it next time.
+bool ZScreenFrame::renderWhole()
+{
+    if (!isMagnified_ || !image_.isNull() || content_ == nullptr || isRendering_)
+        return false;
+    image_ =
+        QImage((QSizeF(ZScreen::Width, ZScreen::Height) * scale_).toSize(), QImage::Format_RGB32);
+    dirty_ = QRegion();
+    render(content_->rect());
+    glass_->update();
+    return true;
+}
+
+void ZScreenFrame::render(const QRegion& part)
+{
+    isRendering_ = true;
+    QPainter painter(&image_);
+    painter.scale(scale_, scale_);
+    for (const QRect& rect : part)
+        painter.fillRect(rect, ZTheme::current().bar);
+    content_->render(&painter, part.boundingRect().topLeft(), part, DrawChildren);
+    isRendering_ = false;
+}
+
+/// At once, and not by a paint event, in which the toolkit would paint what is below once more.
+void ZScreenFrame::presentDirty()
+{
+    if (dirty_.isEmpty() || image_.isNull())
+        return;
+    const QRegion part = onWholePixels(std::exchange(dirty_, QRegion())) & content_->rect();
+    render(part);
+    const double density = devicePixelRatioF();
+    QRegion seen;
+    for (const QRect& rect : part) {
+        const QRectF pixels(QPointF(rect.topLeft()) * scale_ + corner_,
+                            QSizeF(rect.size()) * scale_);
+        seen += QRectF(pixels.topLeft() / density, pixels.size() / density).toAlignedRect();
+    }
+    seen &= QRect(QPoint(), windowHandle()->size());
+    QBackingStore* store = backingStore();
+    if (store == nullptr || store->size() != size() || !windowHandle()->isExposed()) {
+        glass_->update();
+        return;
+    }
+    store->beginPaint(seen);
+    QPainter painter(store->paintDevice());
+    painter.setClipRegion(seen);
+    paintPicture(painter);
+    painter.end();
+    store->endPaint();
+    store->flush(seen, windowHandle());
+}
+
+void ZScreenFrame::paintPicture(QPainter& painter) const
+{
+    const double density = devicePixelRatioF();
+    const QRectF target(QPointF(corner_) / density, QSizeF(image_.size()) / density);
+    if (image_.isNull() || QRectF(QPointF(), QSizeF(size_)) != target)
+        painter.fillRect(rect(), ZTheme::current().bar);
+    if (!image_.isNull())
+        painter.drawImage(target, image_);
+}
+
+void ZScreenFrame::paintEvent(QPaintEvent* /*event*/)
+{
+    if (!isMagnified_)
+        QPainter(this).fillRect(rect(), ZTheme::current().bar);
+}
+
+void ZScreenFrame::resizeEvent(QResizeEvent* /*event*/)
+{
+    arrange();
+}
+
+void ZScreenFrame::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    emit closeRequested();
+}
