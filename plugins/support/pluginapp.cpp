@@ -8,6 +8,7 @@
 #include "platform/qdiskfont.h"
 #include "platform/regularfile.h"
 #include "platform/screenscale.h"
+#include "platform/zmotion.h"
 #include "platform/zscreen.h"
 #include "platform/ztheme.h"
 #include "plugins/support/pluginsettings.h"
@@ -64,6 +65,7 @@ PluginApp::PluginApp(int argc, char** argv, const QString& title)
     pluginFolder_ = folderPart(linkText(QStringLiteral("/proc/self/exe")));
     workFolder_ = folderAbove(folderAbove(pluginFolder_));
     settings_ = readPluginSettings(workFolder_ + QStringLiteral("fm.cfg"));
+    ZMotion::setEnabled(settings_.motion);
     ZTheme::choose(settings_.theme == 1 ? ZTheme::Dark : ZTheme::Light);
     loadPluginTexts(workFolder_ + QStringLiteral("lang/") + settings_.language +
                     QStringLiteral(".lang"));

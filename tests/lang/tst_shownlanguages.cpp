@@ -185,10 +185,14 @@ private slots:
                      expectDrawn(*input->findChild<QLabel*>(), texts);
                      expectDrawn(*quarn->softKey, {LANG_YES, LANG_NO});
                      pressKey(PhoneKey::Modifier);
+                     int menus = 0;
                      for (auto* menu : ZScreen::instance()->findChildren<ZOptionsMenu*>()) {
-                         if (menu->isVisible())
-                             expectDrawn(*menu, {LANG_COPY, LANG_PASTE});
+                         if (!menu->isVisible())
+                             continue;
+                         ++menus;
+                         expectDrawn(*menu, {LANG_COPY, LANG_PASTE});
                      }
+                     QCOMPARE(menus, 1);
                      pressKey(PhoneKey::SoftRight);
                      pressKey(PhoneKey::SoftRight);
                  });

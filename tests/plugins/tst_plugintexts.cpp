@@ -98,6 +98,19 @@ private slots:
         QTEST(settings.theme, "theme");
     }
 
+    void motionIsTheFileManagers()
+    {
+        const ScratchFolder folder;
+        for (const char* value : {"1", "01", "0", "2", "x", ""}) {
+            folder.write("fm.cfg",
+                         QByteArray("[Extras]\nMotion = ") + value + "\nTheme = " + value);
+            const PluginSettings settings = readPluginSettings(folder.path("fm.cfg"));
+            const bool isOn = QByteArray(value).endsWith('1');
+            QCOMPARE(settings.motion, isOn);
+            QCOMPARE(settings.theme, isOn ? 1 : 0);
+        }
+    }
+
     void settingsWithoutAFileAreThoseOfAnEmptyOne()
     {
         const PluginSettings settings = readPluginSettings("/no/such.cfg");
