@@ -98,8 +98,6 @@ private slots:
         QCOMPARE(current(1), QString("notes.txt"));
         textView->init();
         releaseKey(PhoneKey::Modifier);
-        press("3");
-        QCOMPARE(current(1), QString("Documents"));
     }
 
     void searchEndsWhenAFolderIsOpened()
