@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QList>
 
+#include <optional>
+
 /// Where the journals of operations lie: "quarn/journals" in the user's state folder
 /// ($XDG_STATE_HOME if that is absolute, else ~/.local/state). Absolute; need not be there.
 QByteArray journalFolder();
@@ -29,6 +31,10 @@ bool hasJournals();
 /// The operations that a power cut or a crash left, oldest first. Those that another instance is at
 /// work with are not among them. Never fails: without a readable folder there are none.
 QList<InterruptedOperation> findJournals();
+
+/// What the operation of a journal was asked for. nullopt, with errno set, if it cannot be read;
+/// EBADMSG if it is damaged at its beginning.
+std::optional<OperationRequest> requestOf(const QByteArray& journal);
 
 /// Forgets an interrupted operation: removes the temporary files that it left, which are of no use
 /// to anybody, and the journal. False, with errno set, if the journal is another instance's by now

@@ -59,9 +59,12 @@ enum class Trouble {
     CannotWrite, ///< a full disk for one; `error` tells
     CannotMake,
     CannotRename,
-    CannotRemove, ///< what was moved elsewhere stays where it was, too
-    CannotKeep,   ///< owner, mode, times or extended attributes cannot be written
-    SourceChanged ///< it was written to while it was read, twice
+    CannotRemove,  ///< what was moved elsewhere stays where it was, too
+    CannotKeep,    ///< owner, mode, times or extended attributes cannot be written
+    SourceChanged, ///< it was written to while it was read, twice, or before it could be removed
+    // While something is taken back.
+    Replaced,    ///< it took the place of another one, which cannot come back
+    ChangedSince ///< somebody has written to it since; it stays
 };
 
 /// What cannot or could not be done with one entry.

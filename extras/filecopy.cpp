@@ -1,0 +1,238 @@
+#include "extras/filecopy.h"
+
+#include "extras/entrychanges.h"
+#include "extras/metadata.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace
+{
+
+/// What is larger is written out while it is copied, what is smaller with others.
+constexpr qint64 LargeFile = 4 * 1024 * 1024;
+constexpr qint64 WorthTelling = 64 * 1024;
+constexpr qint64 BlockBytes = 256 * 1024;
+
+bool isSame(const struct stat& one, const struct stat& other)
+{
+    return one.st_size == other.st_size && nanoseconds(one.st_mtim) == nanoseconds(other.st_mtim) &&
+           nanoseconds(one.st_ctim) == nanoseconds(other.st_ctim);
+}
+
+bool cannotBeInRange(int error)
+{
+    return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP ||
+           error == EBADF || error == EPERM || error == ETXTBSY;
+}
+
+qint64 microseconds()
+{
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+} // namespace
+
+FileCopy::FileCopy(const QByteArray& name, const struct stat& info, Pace& pace)
+    : name_(name), info_(info), pace_(pace)
+{
+}
+
+FileCopy::~FileCopy() = default;
+
+FileCopy::Step FileCopy::failed(Trouble trouble, int error)
+{
+    trouble_ = trouble;
+    error_ = error;
+    return Step::Failed;
+}
+
+FileCopy::Step FileCopy::start(int sourceFolder, int targetFolder, const QByteArray& newName)
+{
+    // Never waits for the other end of what has taken the file's name.
+    from_.reset(openat(sourceFolder, name_.constData(),
+                       O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!from_.isOpen())
+        return failed(errno == ENOENT ? Trouble::Missing : Trouble::CannotRead, errno);
+    if (fstat(from_.get(), &info_) != 0)
+        return failed(Trouble::CannotRead, errno);
+    if (!S_ISREG(info_.st_mode))
+        return failed(Trouble::SourceChanged, 0);
+    to_.reset(openat(targetFolder, newName.constData(),
+                     O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!to_.isOpen() || fstat(to_.get(), &made_) != 0)
+        return failed(Trouble::CannotMake, errno);
+    hasHoles_ = qint64(info_.st_blocks) * 512 < info_.st_size;
+    state_ = info_.st_size > 0 ? State::Cloning : State::Data;
+    return Step::More;
+}
+
+FileCopy::Step FileCopy::step()
+{
+    if (state_ == State::Cloning)
+        return clone();
+    if (state_ == State::Data)
+        return copyPiece();
+    return end();
+}
+
+FileCopy::Step FileCopy::clone()
+{
+    state_ = State::Data;
+    if (info_.st_dev != made_.st_dev || ioctl(to_.get(), FICLONE, from_.get()) != 0)
+        return step();
+    at_ = info_.st_size;
+    state_ = State::Ending;
+    return Step::More;
+}
+
+/// Goes to the next piece that is no hole. False at the end of the file.
+bool FileCopy::findData(qint64& end)
+{
+    end = std::numeric_limits<qint64>::max();
+    if (!hasHoles_)
+        return true;
+    const off_t data = lseek(from_.get(), at_, SEEK_DATA);
+    if (data < 0 && errno == ENXIO)
+        return false;
+    if (data < 0) {
+        hasHoles_ = false;
+        return true;
+    }
+    const off_t hole = lseek(from_.get(), data, SEEK_HOLE);
+    at_ = data;
+    if (hole > data)
+        end = hole;
+    return true;
+}
+
+FileCopy::Step FileCopy::copyPiece()
+{
+    qint64 end = 0;
+    if (!findData(end)) {
+        state_ = State::Ending;
+        return this->end();
+    }
+    const qint64 before = at_;
+    const qint64 started = microseconds();
+    const qint64 size = std::min(pace_.pieceBytes(), end - at_);
+    while (at_ - before < size) {
+        const qint64 copied = copyBytes(size - (at_ - before));
+        if (copied < 0)
+            return Step::Failed;
+        if (copied == 0) {
+            state_ = State::Ending;
+            break;
+        }
+        at_ += copied;
+    }
+    if (info_.st_size >= LargeFile && !writeOut(at_ - before))
+        return failed(Trouble::CannotWrite, errno);
+    pace_.notePiece(at_ - before, microseconds() - started);
+    return state_ == State::Ending ? this->end() : Step::More;
+}
+
+/// Copies some bytes from here on. 0 at the end of the file, -1 with the trouble set if it fails.
+qint64 FileCopy::copyBytes(qint64 size)
+{
+    if (means_ == Means::Range) {
+        off_t from = at_;
+        off_t to = at_;
+        const ssize_t copied = copy_file_range(from_.get(), &from, to_.get(), &to, size_t(size), 0);
+        // The system does not say what failed, and for some files that there is nothing.
+        if (copied > 0)
+            return copied;
+        if (copied < 0 && !cannotBeInRange(errno) && errno != EINTR) {
+            failed(Trouble::CannotWrite, errno);
+            return -1;
+        }
+        means_ = Means::Blocks;
+    }
+    return copyByBlocks(size);
+}
+
+qint64 FileCopy::copyByBlocks(qint64 size)
+{
+    if (block_ == nullptr)
+        block_ = std::make_unique_for_overwrite<char[]>(size_t(BlockBytes));
+    ssize_t got = 0;
+    do {
+        got = pread(from_.get(), block_.get(), size_t(std::min(size, BlockBytes)), at_);
+    } while (got < 0 && errno == EINTR);
+    if (got < 0) {
+        failed(Trouble::CannotRead, errno);
+        return -1;
+    }
+    for (ssize_t put = 0; put < got;) {
+        const ssize_t written = pwrite(to_.get(), block_.get() + put, size_t(got - put), at_ + put);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0) {
+            failed(Trouble::CannotWrite, written == 0 ? ENOSPC : errno);
+            return -1;
+        }
+        put += written;
+    }
+    return got;
+}
+
+/// Tells the medium to write the last piece, and waits for the one before, so that it is never
+/// idle.
+bool FileCopy::writeOut(qint64 bytes)
+{
+    const qint64 pieceBegin = at_ - bytes;
+    if (begun_ < pieceBegin &&
+        sync_file_range(to_.get(), begun_, pieceBegin - begun_,
+                        SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
+                            SYNC_FILE_RANGE_WAIT_AFTER) != 0 &&
+        errno == EIO)
+        return false;
+    flushed_ = pieceBegin;
+    begun_ = pieceBegin;
+    return sync_file_range(to_.get(), pieceBegin, bytes, SYNC_FILE_RANGE_WRITE) == 0 ||
+           errno != EIO;
+}
+
+FileCopy::Step FileCopy::end()
+{
+    struct stat now = {};
+    if (fstat(from_.get(), &now) != 0)
+        return failed(Trouble::CannotRead, errno);
+    if (!isSame(info_, now) || (info_.st_size > 0 && !hasHoles_ && at_ != info_.st_size))
+        return again();
+    if (hasHoles_ && ftruncate(to_.get(), info_.st_size) != 0)
+        return failed(Trouble::CannotWrite, errno);
+    at_ = std::max<qint64>(at_, info_.st_size);
+    // Its batch is flushed sooner if the medium is at it already.
+    if (at_ - begun_ >= WorthTelling)
+        sync_file_range(to_.get(), begun_, 0, SYNC_FILE_RANGE_WRITE);
+    int error = copyOwnerAndAttributes(from_.get(), to_.get(), info_);
+    if (error == 0)
+        error = setModeAndTimes(to_.get(), info_);
+    if (error != 0)
+        return failed(Trouble::CannotKeep, error);
+    return Step::Done;
+}
+
+/// It was written to meanwhile: what has been copied is no state that it ever had.
+FileCopy::Step FileCopy::again()
+{
+    if (isSecondTry_)
+        return failed(Trouble::SourceChanged, 0);
+    isSecondTry_ = true;
+    if (ftruncate(to_.get(), 0) != 0)
+        return failed(Trouble::CannotWrite, errno);
+    if (fstat(from_.get(), &info_) != 0)
+        return failed(Trouble::CannotRead, errno);
+    hasHoles_ = qint64(info_.st_blocks) * 512 < info_.st_size;
+    at_ = begun_ = flushed_ = 0;
+    state_ = State::Data;
+    return Step::More;
+}

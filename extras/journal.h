@@ -1,0 +1,50 @@
+#pragma once
+
+#include "extras/journalrecord.h"
+#include "files/filehandle.h"
+
+#include <QByteArray>
+
+#include <memory>
+
+/// The journal of an operation that is at work: a file that tells what is about to be done, so that
+/// the next start can finish it or take it back. It is locked as long as this lives. What is added
+/// is on the medium after flush(), not before.
+class Journal
+{
+public:
+    /// Begins one with a request. Null, with errno set, if that cannot be written.
+    static std::unique_ptr<Journal> begin(const OperationRequest& request);
+    /// Goes on with one. Null, with errno set, if it is gone or another instance's (EWOULDBLOCK).
+    /// What cannot be read at its end is cut off.
+    static std::unique_ptr<Journal> resume(const QByteArray& path);
+
+    /// Full path.
+    const QByteArray& path() const { return path_; }
+    /// What the names of all temporary entries of this operation begin with.
+    const QByteArray& temporaryPrefix() const { return prefix_; }
+    quint64 device() const { return device_; }
+    int descriptor() const { return file_.get(); }
+
+    void add(const JournalRecord& record);
+    /// Hands what was added to the system, without waiting for the medium. False, with errno set,
+    /// if that fails; what was added is kept then.
+    bool write();
+    /// The same, and waits.
+    bool flush();
+    /// Removes the file.
+    void remove();
+
+private:
+    Journal(const QByteArray& path, FileHandle file);
+
+    QByteArray path_;
+    QByteArray prefix_;
+    FileHandle file_;
+    quint64 device_ = 0;
+    QByteArray waiting_;
+    bool isFlushed_ = true;
+};
+
+/// The name that every temporary entry of any operation begins with.
+inline constexpr const char* TemporaryStart = ".quarn-";

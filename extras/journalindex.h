@@ -1,0 +1,40 @@
+#pragma once
+
+#include "extras/journalreader.h"
+#include "extras/work.h"
+
+#include <QHash>
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+/// What an earlier run of an operation has told its journal, to be asked about by entry. Takes some
+/// bytes for each entry, and the records stay in the file.
+class JournalIndex
+{
+public:
+    /// Reads the journal through; the descriptor stays its owner's and must outlive this.
+    explicit JournalIndex(int file);
+
+    const OperationRequest& request() const { return request_; }
+    const Decisions& decisions() const { return decisions_; }
+    /// The last record about a source's entry, if it was made, moved or joined.
+    std::optional<JournalRecord> find(int source, const QByteArray& from);
+    /// Where the records about entries begin in the file, in their order.
+    const std::vector<qint64>& places() const { return places_; }
+    JournalRecord at(qint64 place);
+    /// What waits aside, in the order in which it was put there.
+    const std::vector<JournalRecord>& asides() const { return asides_; }
+    /// The first record of each file that has several names, by the file.
+    const QHash<EntryIdentity, qint64>& linked() const { return linked_; }
+
+private:
+    JournalReader reader_;
+    OperationRequest request_;
+    Decisions decisions_;
+    std::vector<qint64> places_;
+    std::vector<std::pair<size_t, qint64>> byEntry_; ///< hash of the entry and the record's place
+    std::vector<JournalRecord> asides_;
+    QHash<EntryIdentity, qint64> linked_;
+};

@@ -1,0 +1,96 @@
+#include "extras/journalreader.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr char Start[] = "quarn journal 1\n";
+constexpr qint64 StartBytes = sizeof Start - 1;
+/// Before each record its size, behind it a sum over both.
+constexpr qint64 SizeBytes = 4;
+constexpr qint64 SumBytes = 8;
+/// Two paths and a request of many sources fit.
+constexpr quint32 MostBytes = 256 * 1024 * 1024;
+constexpr qint64 BufferBytes = 64 * 1024;
+
+/// The 64-bit sum of Fowler, Noll and Vo.
+quint64 sumOf(QByteArrayView bytes)
+{
+    quint64 sum = 0xcbf29ce484222325;
+    for (const char byte : bytes)
+        sum = (sum ^ uchar(byte)) * 0x100000001b3;
+    return sum;
+}
+
+} // namespace
+
+JournalReader::JournalReader(int file) : file_(file)
+{
+    isJournal_ = bytesAt(0, StartBytes) == QByteArrayView(Start, StartBytes);
+    offset_ = StartBytes;
+}
+
+QByteArray JournalReader::fileStart()
+{
+    return {Start, StartBytes};
+}
+
+QByteArray JournalReader::framed(const QByteArray& record)
+{
+    QByteArray bytes(SizeBytes, 0);
+    qToLittleEndian(quint32(record.size()), bytes.data());
+    bytes += record;
+    QByteArray sum(SumBytes, 0);
+    qToLittleEndian(sumOf(bytes), sum.data());
+    return bytes + sum;
+}
+
+bool JournalReader::next(JournalRecord& record)
+{
+    if (!isJournal_)
+        return false;
+    const QByteArrayView head = bytesAt(offset_, SizeBytes);
+    if (head.size() < SizeBytes)
+        return false;
+    const auto size = qFromLittleEndian<quint32>(head.data());
+    if (size > MostBytes)
+        return false;
+    const qint64 all = SizeBytes + qint64(size) + SumBytes;
+    const QByteArrayView bytes = bytesAt(offset_, all);
+    if (bytes.size() < all)
+        return false;
+    const auto sum = qFromLittleEndian<quint64>(bytes.data() + SizeBytes + size);
+    if (sum != sumOf(bytes.first(SizeBytes + qint64(size))))
+        return false;
+    record = {};
+    if (!record.fromBytes(bytes.sliced(SizeBytes, qint64(size)).toByteArray()))
+        return false;
+    offset_ += all;
+    return true;
+}
+
+QByteArrayView JournalReader::bytesAt(qint64 offset, qint64 size)
+{
+    const bool isThere = offset >= bufferAt_ && offset + size <= bufferAt_ + qint64(buffer_.size());
+    if (!isThere) {
+        // Not more than the file has: a damaged size asks for anything.
+        const qint64 left = std::max<qint64>(lseek(file_, 0, SEEK_END) - offset, 0);
+        buffer_.resize(std::min(std::max(size, BufferBytes), left));
+        bufferAt_ = offset;
+        qint64 filled = 0;
+        while (filled < buffer_.size()) {
+            const ssize_t got = pread(file_, buffer_.data() + filled,
+                                      size_t(buffer_.size() - filled), offset + filled);
+            if (got <= 0)
+                break;
+            filled += got;
+        }
+        buffer_.truncate(filled);
+    }
+    const qint64 begin = offset - bufferAt_;
+    return QByteArrayView(buffer_).sliced(begin, std::min(size, qint64(buffer_.size()) - begin));
+}

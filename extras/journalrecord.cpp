@@ -1,0 +1,115 @@
+#include "extras/journalrecord.h"
+
+#include <QDataStream>
+#include <QIODevice>
+
+namespace
+{
+
+constexpr auto Version = QDataStream::Qt_6_0;
+
+void writeRequest(QDataStream& stream, const OperationRequest& request)
+{
+    stream << quint8(request.kind) << request.sources << request.target << request.newName;
+}
+
+bool readRequest(QDataStream& stream, OperationRequest& request)
+{
+    quint8 kind = 0;
+    stream >> kind >> request.sources >> request.target >> request.newName;
+    request.kind = OperationKind(kind);
+    return kind <= quint8(OperationKind::Delete) && !request.sources.isEmpty();
+}
+
+} // namespace
+
+void JournalRecord::setFacts(const struct stat& info)
+{
+    mode = info.st_mode;
+    user = info.st_uid;
+    group = info.st_gid;
+    links = quint32(info.st_nlink);
+    size = info.st_size;
+    modified = nanoseconds(info.st_mtim);
+    accessed = nanoseconds(info.st_atim);
+    origin = EntryIdentity::of(info);
+}
+
+struct stat JournalRecord::facts() const
+{
+    struct stat info = {};
+    info.st_mode = mode;
+    info.st_uid = user;
+    info.st_gid = group;
+    info.st_nlink = links;
+    info.st_size = size;
+    info.st_mtim = timeOf(modified);
+    info.st_atim = timeOf(accessed);
+    info.st_dev = dev_t(origin.device);
+    info.st_ino = ino_t(origin.inode);
+    return info;
+}
+
+QByteArray JournalRecord::toBytes() const
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(Version);
+    stream << quint8(type);
+    switch (type) {
+    case Type::Request:
+        writeRequest(stream, request);
+        stream << started;
+        break;
+    case Type::Decision:
+    case Type::DecisionForAll:
+        stream << from << quint8(answer);
+        break;
+    case Type::Aside:
+        stream << to << temporary;
+        break;
+    case Type::Made:
+    case Type::Moved:
+    case Type::Joined:
+        stream << source << from << to << identity.device << identity.inode << origin.device
+               << origin.inode << replaces << mode << user << group << links << size << modified
+               << accessed;
+        break;
+    }
+    return bytes;
+}
+
+bool JournalRecord::fromBytes(const QByteArray& bytes)
+{
+    QDataStream stream(bytes);
+    stream.setVersion(Version);
+    quint8 number = 0;
+    quint8 given = 0;
+    stream >> number;
+    type = Type(number);
+    switch (type) {
+    case Type::Request:
+        if (!readRequest(stream, request))
+            return false;
+        stream >> started;
+        break;
+    case Type::Decision:
+    case Type::DecisionForAll:
+        stream >> from >> given;
+        answer = Answer(given);
+        break;
+    case Type::Aside:
+        stream >> to >> temporary;
+        break;
+    case Type::Made:
+    case Type::Moved:
+    case Type::Joined:
+        stream >> source >> from >> to >> identity.device >> identity.inode >> origin.device >>
+            origin.inode >> replaces >> mode >> user >> group >> links >> size >> modified >>
+            accessed;
+        break;
+    default:
+        return false;
+    }
+    return stream.status() == QDataStream::Ok && given <= quint8(Answer::LeaveOut);
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "extras/entrychanges.h"
+#include "extras/operationtypes.h"
+
+#include <QByteArray>
+
+#include <sys/stat.h>
+
+/// One thing that a journal tells. Paths are relative: `from` to the folder that the source lies
+/// in, `to` to the target.
+struct JournalRecord {
+    enum class Type : quint8 {
+        Request,        ///< what was asked for; the first of all
+        Decision,       ///< about the conflict of `from`, a full path
+        DecisionForAll, ///< about all without one of their own
+        Made,           ///< `to` is about to become the entry `identity`, made from `from`
+        Moved,          ///< `from`, which is the entry `identity`, is about to become `to`
+        Joined,         ///< the contents of the folder `from` go into `to`, which was there before
+        Aside           ///< what is in the way at `to` waits under `temporary`, in the same folder
+    };
+
+    Type type = Type::Made;
+    qint32 source = 0; ///< its place among the sources
+    QByteArray from;
+    QByteArray to;
+    QByteArray temporary;   ///< a name
+    EntryIdentity identity; ///< the entry in the target
+    EntryIdentity origin;   ///< the entry that it was made from
+    bool replaces = false;  ///< something takes the name's place, which cannot come back
+    /// What the source was: a folder that is being emptied is not what it was any more.
+    quint32 mode = 0;
+    quint32 user = 0;
+    quint32 group = 0;
+    quint32 links = 0; ///< how many names it had
+    qint64 size = 0;
+    qint64 modified = 0;
+    qint64 accessed = 0;
+
+    Answer answer = Answer::Replace;
+    OperationRequest request;
+    qint64 started = 0;
+
+    void setFacts(const struct stat& info);
+    /// The facts as the system says them; of the other fields of stat none is set.
+    struct stat facts() const;
+
+    QByteArray toBytes() const;
+    /// False if they are no record.
+    bool fromBytes(const QByteArray& bytes);
+};

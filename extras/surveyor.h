@@ -1,0 +1,52 @@
+#pragma once
+
+#include "extras/targetfolder.h"
+#include "extras/treewalk.h"
+#include "extras/work.h"
+
+#include <QSet>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+/// Walks the sources of an operation, and what the target has in their places, and changes nothing.
+class Surveyor
+{
+public:
+    /// The work outlives it.
+    explicit Surveyor(const Work& work);
+
+    /// Looks at one entry. False when all is seen.
+    bool step();
+    const SurveyResult& result() const { return result_; }
+
+private:
+    /// A folder on the way, and the one in the target that its contents would join.
+    struct Level {
+        std::optional<QByteArray> joined;
+        QSet<QByteArray> names; ///< in it so far, where the target confuses some
+    };
+
+    void begin();
+    bool nextSource();
+    void see();
+    void count();
+    bool fits(const QByteArray& name);
+    bool isWhole(const QByteArray& name);
+    void enter(const std::optional<QByteArray>& joined);
+    void walkFailed();
+    void trouble(Trouble trouble, int error);
+    void end();
+    bool deletes() const { return work_.request.kind == OperationKind::Delete; }
+
+    const Work& work_;
+    SurveyResult result_;
+    SourceFolders sources_;
+    std::unique_ptr<TargetFolder> target_;
+    int source_ = -1;
+    std::unique_ptr<TreeWalk> walk_;
+    std::vector<Level> levels_;
+    QSet<EntryIdentity> seen_; ///< files with several names
+    bool hasBegun_ = false;
+};

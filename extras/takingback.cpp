@@ -1,0 +1,259 @@
+#include "extras/takingback.h"
+
+#include "extras/leftovers.h"
+#include "extras/metadata.h"
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <unistd.h>
+
+TakingBack::TakingBack(Work& work, JournalIndex& earlier)
+    : work_(work),
+      earlier_(earlier),
+      sources_(work.request),
+      target_(work.request.target, work.temporaryPrefix),
+      next_(earlier.places().size())
+{
+    work_.progress.entriesTotal = qint64(next_);
+}
+
+bool TakingBack::step()
+{
+    if (isCancelled_) {
+        if (copy_ != nullptr)
+            removeMade({});
+        return false;
+    }
+    if (!hasBegun_) {
+        hasBegun_ = true;
+        if (target_.isOpen() && !clearLeftovers(earlier_, target_, work_.temporaryPrefix))
+            work_.failures.add({work_.request.target, Trouble::CannotRemove, errno});
+        return true;
+    }
+    if (copy_ != nullptr) {
+        stepCopy();
+        return true;
+    }
+    if (next_ == 0) {
+        if (target_.isOpen())
+            target_.flush();
+        if (sources_.of(0).top() >= 0)
+            flushAll(sources_.of(0).top());
+        return false;
+    }
+    undo(earlier_.at(earlier_.places()[--next_]));
+    ++work_.progress.entriesDone;
+    return true;
+}
+
+void TakingBack::undo(const JournalRecord& record)
+{
+    work_.progress.current = work_.fullTarget(record.to);
+    const bool isMove = work_.request.kind == OperationKind::Move;
+    if (record.type == JournalRecord::Type::Joined) {
+        if (isMove)
+            undoFolder(record);
+        return;
+    }
+    struct stat made = {};
+    const int folder = target_.folder(parentOf(record.to));
+    // It never got its name, or has gone since.
+    if (folder < 0 || !lookAt(folder, nameOf(record.to), made) ||
+        EntryIdentity::of(made) != record.identity)
+        return;
+    if (record.replaces)
+        fail(record, Trouble::Replaced, 0);
+    if (record.type == JournalRecord::Type::Moved)
+        moveBack(record);
+    else if (S_ISDIR(record.mode))
+        undoFolder(record);
+    else
+        undoMade(record, made);
+}
+
+void TakingBack::undoMade(const JournalRecord& record, const struct stat& made)
+{
+    const bool goesBack = work_.request.kind == OperationKind::Move && !hasSource(record);
+    if (goesBack) {
+        copyBack(record, made);
+        return;
+    }
+    // Without it there would be nothing of that name, and the other one does not come back.
+    if (record.replaces)
+        return;
+    if (S_ISREG(made.st_mode) &&
+        (made.st_size != record.size || nanoseconds(made.st_mtim) != record.modified))
+        fail(record, Trouble::ChangedSince, 0);
+    else
+        unmake(record);
+}
+
+/// A folder comes after all that was in it.
+void TakingBack::undoFolder(const JournalRecord& record)
+{
+    const bool isMove = work_.request.kind == OperationKind::Move;
+    const int parent = isMove ? sourceFolder(record) : -1;
+    if (parent >= 0) {
+        const QByteArray name = nameOf(record.from);
+        const bool isNew = mkdirat(parent, name.constData(), 0700) == 0;
+        const FileHandle source(
+            openat(parent, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        const bool hasTarget = target_.cursor().go(record.to);
+        const struct stat facts = record.facts();
+        if (isNew && source.isOpen() && hasTarget)
+            copyOwnerAndAttributes(target_.cursor().folder(), source.get(), facts);
+        if (source.isOpen())
+            setModeAndTimes(source.get(), facts);
+    }
+    if (record.type == JournalRecord::Type::Made)
+        unmake(record);
+}
+
+void TakingBack::moveBack(const JournalRecord& record)
+{
+    const int source = sourceFolder(record);
+    const int folder = target_.folder(parentOf(record.to));
+    if (source < 0 || folder < 0 ||
+        !renameToFree(folder, nameOf(record.to), source, nameOf(record.from)))
+        fail(record, Trouble::CannotRename, errno);
+}
+
+void TakingBack::copyBack(const JournalRecord& record, const struct stat& made)
+{
+    const int into = sourceFolder(record);
+    const QByteArray temporary = work_.temporaryPrefix + 'b' + QByteArray::number(++count_, 36);
+    const int folder = into < 0 ? -1 : target_.folder(parentOf(record.to));
+    if (folder < 0) {
+        fail(record, Trouble::CannotMake, errno);
+        return;
+    }
+    const auto known = returned_.constFind(record.identity);
+    if (known != returned_.constEnd()) {
+        FolderCursor& sources = sources_.of(record.source);
+        const FileHandle to(fcntl(into, F_DUPFD_CLOEXEC, 0));
+        if (sources.go(parentOf(*known)) && linkat(sources.folder(), nameOf(*known).constData(),
+                                                   to.get(), temporary.constData(), 0) == 0) {
+            placeBack(record, temporary);
+            return;
+        }
+    }
+    if (S_ISREG(made.st_mode)) {
+        returning_ = Return{record, temporary};
+        copy_ = std::make_unique<FileCopy>(nameOf(record.to), made, target_.pace());
+        if (copy_->start(folder, into, temporary) == FileCopy::Step::Failed)
+            removeMade(record);
+    } else if (remakeSpecial(record, into, temporary)) {
+        placeBack(record, temporary);
+    }
+}
+
+bool TakingBack::remakeSpecial(const JournalRecord& record, int folder, const QByteArray& temporary)
+{
+    const int from = target_.folder(parentOf(record.to));
+    struct stat info = {};
+    bool isMade = from >= 0 && lookAt(from, nameOf(record.to), info);
+    if (isMade && S_ISLNK(info.st_mode)) {
+        char text[PATH_MAX];
+        const ssize_t length =
+            readlinkat(from, nameOf(record.to).constData(), text, sizeof text - 1);
+        text[length < 0 ? 0 : length] = '\0';
+        isMade = length >= 0 && symlinkat(text, folder, temporary.constData()) == 0;
+    } else if (isMade) {
+        isMade = mknodat(folder, temporary.constData(), (info.st_mode & S_IFMT) | 0600,
+                         info.st_rdev) == 0;
+    }
+    const int error = isMade ? setMetadataOf(folder, temporary, info) : errno;
+    if (error != 0)
+        fail(record, Trouble::CannotMake, error);
+    return error == 0;
+}
+
+void TakingBack::stepCopy()
+{
+    switch (copy_->step()) {
+    case FileCopy::Step::More:
+        break;
+    case FileCopy::Step::Failed:
+        removeMade(returning_->record);
+        break;
+    case FileCopy::Step::Done: {
+        copy_.reset();
+        const Return done = *returning_;
+        returning_.reset();
+        placeBack(done.record, done.temporary);
+        break;
+    }
+    }
+}
+
+/// What is whole in its old place under a temporary name gets its old name, and its copy goes.
+void TakingBack::placeBack(const JournalRecord& record, const QByteArray& temporary)
+{
+    const int folder = sourceFolder(record);
+    if (folder < 0 || !flushAll(folder) ||
+        !renameToFree(folder, temporary, folder, nameOf(record.from))) {
+        fail(record, Trouble::CannotRename, errno);
+        if (folder >= 0)
+            unlinkat(folder, temporary.constData(), 0);
+        return;
+    }
+    if (record.links > 1 && S_ISREG(record.mode))
+        returned_.insert(record.identity, record.from);
+    // Its name has to be there for sure.
+    if (flushAll(folder))
+        unmake(record);
+}
+
+/// Removes a half copy on its way back.
+void TakingBack::removeMade(const JournalRecord& record)
+{
+    if (!record.from.isEmpty())
+        fail(record, copy_->trouble(), copy_->error());
+    const bool hasMade = copy_->hasMade();
+    copy_.reset();
+    const int folder = hasMade ? sourceFolder(returning_->record) : -1;
+    if (folder >= 0)
+        unlinkat(folder, returning_->temporary.constData(), 0);
+    returning_.reset();
+}
+
+void TakingBack::unmake(const JournalRecord& record)
+{
+    const int folder = target_.folder(parentOf(record.to));
+    if (folder < 0 || unlinkat(folder, nameOf(record.to).constData(),
+                               S_ISDIR(record.mode) ? AT_REMOVEDIR : 0) != 0)
+        fail(record, Trouble::CannotRemove, errno);
+}
+
+/// The open folder that a source lay in, made again if it is gone; -1 with errno set.
+int TakingBack::sourceFolder(const JournalRecord& record)
+{
+    FolderCursor& sources = sources_.of(record.source);
+    const QByteArray parent = parentOf(record.from);
+    if (sources.go(parent))
+        return sources.folder();
+    // Its own record, which comes later, gives it what it had.
+    for (qsizetype end = parent.indexOf('/'); sources.top() >= 0;
+         end = parent.indexOf('/', end + 1)) {
+        const QByteArray path = end < 0 ? parent : parent.left(end);
+        if (!sources.go(path) && (!sources.go(parentOf(path)) ||
+                                  mkdirat(sources.folder(), nameOf(path).constData(), 0700) != 0))
+            return -1;
+        if (end < 0)
+            break;
+    }
+    return sources.go(parent) ? sources.folder() : -1;
+}
+
+bool TakingBack::hasSource(const JournalRecord& record)
+{
+    FolderCursor& sources = sources_.of(record.source);
+    struct stat info = {};
+    return sources.go(parentOf(record.from)) && lookAt(sources.folder(), nameOf(record.from), info);
+}
+
+void TakingBack::fail(const JournalRecord& record, Trouble trouble, int error)
+{
+    work_.fail(record.source, work_.fullTarget(record.to), trouble, error);
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "extras/filecopy.h"
+#include "extras/journalindex.h"
+#include "extras/targetfolder.h"
+#include "extras/work.h"
+
+#include <QHash>
+
+#include <memory>
+#include <optional>
+
+/// Undoes what a journal tells, from its end to its beginning: what a copy has made goes, what was
+/// moved goes back to where it was.
+class TakingBack
+{
+public:
+    /// Both outlive it.
+    TakingBack(Work& work, JournalIndex& earlier);
+
+    /// False when nothing is left to do.
+    bool step();
+    /// Ends with the next step; the journal stays good for another try.
+    void cancel() { isCancelled_ = true; }
+    bool wasCancelled() const { return isCancelled_; }
+
+private:
+    /// Something that goes back to another file system.
+    struct Return {
+        JournalRecord record;
+        QByteArray temporary;
+    };
+
+    void undo(const JournalRecord& record);
+    void undoMade(const JournalRecord& record, const struct stat& made);
+    void undoFolder(const JournalRecord& record);
+    void moveBack(const JournalRecord& record);
+    void copyBack(const JournalRecord& record, const struct stat& made);
+    void stepCopy();
+    void placeBack(const JournalRecord& record, const QByteArray& temporary);
+    bool remakeSpecial(const JournalRecord& record, int folder, const QByteArray& temporary);
+    void removeMade(const JournalRecord& record);
+    void unmake(const JournalRecord& record);
+    int sourceFolder(const JournalRecord& record);
+    bool hasSource(const JournalRecord& record);
+    void fail(const JournalRecord& record, Trouble trouble, int error);
+
+    Work& work_;
+    JournalIndex& earlier_;
+    SourceFolders sources_;
+    TargetFolder target_;
+    size_t next_; ///< places before it are still to be undone
+    std::unique_ptr<FileCopy> copy_;
+    std::optional<Return> returning_;
+    QHash<EntryIdentity, QByteArray> returned_; ///< files with several names, by what they were
+    quint64 count_ = 0;
+    bool hasBegun_ = false;
+    bool isCancelled_ = false;
+};

@@ -1,0 +1,78 @@
+#include "extras/work.h"
+
+#include <algorithm>
+#include <cerrno>
+
+Work::Work(const OperationRequest& wanted) : request(wanted)
+{
+    outcomes.fill(SourceOutcome::NotReached, request.sources.size());
+    for (int source = 0; source < int(request.sources.size()); ++source) {
+        if (!isUsable(source))
+            fail(source, request.sources[source], Trouble::Missing, EINVAL);
+    }
+}
+
+bool Work::isUsable(int source) const
+{
+    const QByteArray& path = request.sources[source];
+    const QByteArray name = nameOf(path);
+    return path.startsWith('/') && !name.isEmpty() && name != "." && name != "..";
+}
+
+QByteArray Work::fullSource(int source, const QByteArray& from) const
+{
+    const QByteArray& path = request.sources[source];
+    return path.left(path.lastIndexOf('/') + 1) + from;
+}
+
+QByteArray Work::fullTarget(const QByteArray& to) const
+{
+    return to.isEmpty() ? request.target : below(request.target, to);
+}
+
+void Work::fail(int source, const QByteArray& path, Trouble trouble, int error)
+{
+    failures.add({path, trouble, error});
+    outcomes[source] = SourceOutcome::Failed;
+}
+
+void Work::leaveOut(int source)
+{
+    if (outcomes[source] != SourceOutcome::Failed)
+        outcomes[source] = SourceOutcome::LeftOut;
+}
+
+bool Work::hasLost(int source) const
+{
+    return outcomes[source] == SourceOutcome::Failed || outcomes[source] == SourceOutcome::LeftOut;
+}
+
+void Work::takeOff(qint64 entries, qint64 bytes)
+{
+    progress.entriesTotal = std::max(progress.entriesTotal - entries, progress.entriesDone);
+    progress.bytesTotal = std::max(progress.bytesTotal - bytes, progress.bytesDone);
+}
+
+void Work::loseJournal(int error)
+{
+    if (journal != nullptr)
+        journal->remove();
+    journal.reset();
+    journalError = error;
+}
+
+FolderCursor& SourceFolders::of(int source)
+{
+    const QByteArray& path = request_.sources[source];
+    const QByteArray parent = path.left(path.lastIndexOf('/') + 1);
+    if (cursor_ == nullptr || parent != parent_ || cursor_->top() < 0) {
+        cursor_ = std::make_unique<FolderCursor>(FolderCursor::openTop(parent));
+        parent_ = parent;
+    }
+    return *cursor_;
+}
+
+QByteArray SourceFolders::name(int source) const
+{
+    return nameOf(request_.sources[source]);
+}
