@@ -276,7 +276,7 @@ void tst_Settings::everyExtraIsSwitchedByItself_data()
     QTest::addColumn<QByteArray>("lines");
     QTest::addColumn<Extras>("expected");
     QTest::newRow("none") << QByteArray("Find = 0\nStatus = 0\nTheme = 0\nMotion = 0\n"
-                                     "Safe = 0\nTrash = 0\n")
+                                        "Safe = 0\nTrash = 0\n")
                           << Extras();
     QTest::newRow("find") << QByteArray("Find = 1\n") << Extras{true, false, 0, false};
     QTest::newRow("status") << QByteArray("Status = 1\n") << Extras{false, true, 0, false};
@@ -284,8 +284,9 @@ void tst_Settings::everyExtraIsSwitchedByItself_data()
     QTest::newRow("motion") << QByteArray("Motion = 1\n") << Extras{false, false, 0, true};
     QTest::newRow("safe") << QByteArray("Safe = 1\n") << Extras{.safe = true};
     QTest::newRow("trash") << QByteArray("Trash = 1\n") << Extras{.trash = true};
-    QTest::newRow("all") << QByteArray("Safe = 1\nTrash = 1\nMotion = 1\nTheme = 1\nStatus = 1\nFind = 01\n")
-                         << allExtras();
+    QTest::newRow("all")
+        << QByteArray("Safe = 1\nTrash = 1\nMotion = 1\nTheme = 1\nStatus = 1\nFind = 01\n")
+        << allExtras();
 }
 
 void tst_Settings::everyExtraIsSwitchedByItself()
@@ -338,7 +339,8 @@ void tst_Settings::installedFileListsAllExtras()
     const QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
     const qsizetype group = lines.indexOf("[Extras]");
     QVERIFY(group > 0);
-    for (const QString line : {"Find = 1", "Status = 1", "Theme = 0", "Motion = 1", "Safe = 0", "Trash = 0"}) {
+    for (const QString line :
+         {"Find = 1", "Status = 1", "Theme = 0", "Motion = 1", "Safe = 0", "Trash = 0"}) {
         const qsizetype place = lines.indexOf(line);
         QVERIFY2(place > group, qPrintable(line));
         QVERIFY2(lines.at(place - 1).startsWith(';'), qPrintable(line));
