@@ -1,0 +1,87 @@
+#pragma once
+
+#include "extras/operationtypes.h"
+
+#include <memory>
+#include <optional>
+
+/// Copies, moves or deletes entries so that nothing is lost, whenever it is cut short. Has no
+/// window and no thread: whoever owns it calls step() from the event loop until it has ended.
+///
+///     Surveying ── Surveyed ──begin()── Working ⇄ Asking ── Finished
+///                                    or Cancelled, from everywhere
+///
+/// Nothing is changed before begin(). Destroying it earlier, or while it works, is like a cancel
+/// that cannot be waited for.
+class Operation
+{
+public:
+    enum class State {
+        Surveying, ///< step() goes on walking the sources
+        Surveyed,  ///< survey() is whole; answers may be given; begin() goes on
+        Working,   ///< step() goes on
+        Asking,    ///< question() waits for answer()
+        Finished,
+        Cancelled
+    };
+
+    explicit Operation(const OperationRequest& request);
+    ~Operation();
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+
+    /// Goes on with what a journal tells, to the same end as if nothing had happened. What had been
+    /// answered is kept. Begins in Working, after a look at what is done already; so survey() is
+    /// empty and totals grow while it works. Null, with errno set, if the journal is damaged at its
+    /// beginning (EBADMSG), is another instance's (EWOULDBLOCK) or cannot be read.
+    static std::unique_ptr<Operation> finish(const QByteArray& journal);
+    /// Undoes what a journal tells, as far as that can be: removes what was made, moves back what
+    /// was moved. What somebody has changed since stays and is among the failures, as is each
+    /// replaced file that cannot come back. Otherwise like finish(); a delete cannot be taken back
+    /// (EOPNOTSUPP).
+    static std::unique_ptr<Operation> takeBack(const QByteArray& journal);
+
+    State state() const;
+    const OperationRequest& request() const;
+    bool hasEnded() const { return state() == State::Finished || state() == State::Cancelled; }
+
+    /// Works for about that long, at least one piece. A piece is sized by the speed of the medium
+    /// to take a tenth of a second or less, as far as the system lets it.
+    State step(int milliseconds);
+
+    /// What is known so far; whole when Surveyed.
+    const SurveyResult& survey() const;
+    /// Decides about conflict `index` of survey().conflicts.first.
+    void decide(qsizetype index, Answer answer);
+    /// Decides about all that has no answer of its own, those that come up later included.
+    void decideForAll(Answer answer);
+    /// From Surveyed to Working. Conflicts without an answer are asked about when reached.
+    void begin();
+
+    /// What is asked, in Asking.
+    const Conflict& question() const;
+    /// Goes on with Working.
+    void answer(Answer answer, bool forAll);
+
+    /// Takes effect with the next steps, within a second: what is whole stays and what is half is
+    /// removed. No effect once it has ended.
+    void cancel();
+
+    OperationProgress progress() const;
+    /// What could not be done, the refused ones of the survey included.
+    const Listed<Failure>& failures() const;
+    /// One for each source, in their order.
+    const QList<SourceOutcome>& outcomes() const;
+    /// From begin() on: an errno if there is no journal, so that a power cut could not be mended;
+    /// 0 if there is one.
+    int journalError() const;
+    /// Where the journal lies; empty if there is none.
+    QByteArray journal() const;
+
+private:
+    class Private;
+
+    explicit Operation(std::unique_ptr<Private> own);
+
+    std::unique_ptr<Private> own_;
+};
