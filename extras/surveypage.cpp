@@ -11,6 +11,17 @@
 #include "platform/zpicture.h"
 #include "platform/zskinservice.h"
 
+namespace
+{
+
+/// A size of which no line ends between the number and its unit.
+QString unbroken(QString size)
+{
+    return size.replace(QLatin1Char(' '), QChar(QChar::Nbsp));
+}
+
+} // namespace
+
 SurveyPage::SurveyPage(const SurveyResult& survey, OperationKind kind)
     : EntryPage(titleOf(kind)), survey_(survey), answers_(survey.conflicts.first.size(), forAll_)
 {
@@ -34,12 +45,12 @@ QStringList SurveyPage::headLines() const
     const SafeTexts& texts = SafeTexts::instance();
     QStringList lines;
     if (!survey_.hasRoom)
-        lines.append(filledText(texts.noRoom, wideSizeText(survey_.neededBytes),
-                                wideSizeText(survey_.freeBytes)));
+        lines.append(filledText(texts.noRoom, unbroken(wideSizeText(survey_.neededBytes)),
+                                unbroken(wideSizeText(survey_.freeBytes))));
     if (!survey_.conflicts.isEmpty())
         lines.append(filledText(texts.inTheWay, QString::number(survey_.conflicts.count)));
     if (!survey_.troubles.isEmpty())
-        lines.append(filledText(texts.notDone, QString::number(survey_.troubles.count)));
+        lines.append(filledText(texts.notPossible, QString::number(survey_.troubles.count)));
     return lines;
 }
 

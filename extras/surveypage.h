@@ -35,8 +35,8 @@ private:
     void makeMenu();
 
     SurveyResult survey_;
-    QList<Answer> answers_;
     Answer forAll_ = Answer::KeepBoth;
+    QList<Answer> answers_; ///< one for each conflict that is listed
     ZOptionsMenu* menu_ = nullptr;
     qsizetype chosen_ = -1; ///< the conflict that the menu is about
 };
