@@ -106,8 +106,9 @@ QString EntryRows::detail(const FolderEntry& entry)
     const QString date = dates_.of(entry.modified);
     if (entry.kind == EntryKind::Other || entry.isFolder())
         return date;
-    // Sizes are 32-bit numbers, as the phone's were.
-    return sizeText(quint32(entry.size)) + QStringLiteral("\t\t\t") + date;
+    // Sizes are 32-bit numbers, as the phone's were, unless they are to be right.
+    const QString size = extras.safe ? wideSizeText(entry.size) : sizeText(quint32(entry.size));
+    return size + QStringLiteral("\t\t\t") + date;
 }
 
 const QPixmap& EntryRows::kindIcon(EntryKind kind)

@@ -46,6 +46,10 @@ public:
     int entryPosition() const { return std::max(currentItem() - backEntries() + 1, 0); }
     /// Full paths of the checked entries, in row order.
     QStringList getChkFileList() const;
+    /// Lists the folder anew with the highlight on the entry that had it; if that is gone, on the
+    /// first of those below it that is not. Marks stay on their entries, and on those of `more`
+    /// (full paths) that are here. Without any, when there were some, multi-selection ends.
+    void relistByName(const QStringList& more);
     /// Makes a folder inside `parent`. False if either text is empty or the file system refuses.
     static bool makedir(const QString& parent, const QString& name);
     /// A path up to and including its last "/".
@@ -76,6 +80,7 @@ private:
     QByteArrayView entryNameBytes(int row) const;
     int backEntries() const { return hasBackEntry_ ? 1 : 0; }
     QString entryPath(int row) const;
+    int rowOfFirst(const QStringList& names) const;
     void openFolder(const QString& path);
     void restartPreview();
     int pageLength();

@@ -11,7 +11,10 @@
 #include "shell/settings.h"
 
 #include <QDebug>
+#include <QHash>
+#include <QSet>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -67,6 +70,43 @@ void FileBrowserFtab::setDir(const QString& path, int index)
         addBackEntry();
     sayFolder();
     setCurrentItem(index);
+}
+
+void FileBrowserFtab::relistByName(const QStringList& more)
+{
+    QStringList names;
+    for (int row = std::max(currentItem(), 0); row < count(); ++row)
+        names.append(entryName(row));
+    const QStringList marked = getChkFileList();
+    QSet<QString> stay;
+    for (const QString& path : marked + more) {
+        if (path == curPath + QLatin1Char('/') + namePart(path) && isTaken(path))
+            stay.insert(path);
+    }
+    if (multiSelect ? !marked.isEmpty() && stay.isEmpty() : !stay.isEmpty())
+        switchMultiSelect();
+    setDir(curPath, curIndex);
+    for (int row = 0; row < count() && !stay.isEmpty(); ++row) {
+        if (stay.contains(entryPath(row)))
+            item(row)->setChecked(true);
+    }
+    if (const int row = rowOfFirst(names); row >= 0)
+        setCurrentItem(row);
+}
+
+/// The row of the first of some names that is here; -1 if none is.
+int FileBrowserFtab::rowOfFirst(const QStringList& names) const
+{
+    if (currentItem() >= 0 && !names.isEmpty() && entryName(currentItem()) == names.first())
+        return currentItem();
+    QHash<QString, int> rows;
+    for (int row = 0; row < count(); ++row)
+        rows.insert(entryName(row), row);
+    for (const QString& name : names) {
+        if (const auto row = rows.constFind(name); row != rows.constEnd())
+            return *row;
+    }
+    return -1;
 }
 
 /// What the list is called by programs that read the screen.

@@ -89,6 +89,11 @@ void FM::paste(void (FM::*pasteOne)(const QString& src, const QString& dstDir))
     const ZScreen::MainInputPause pause;
     // The clipboard may change while a question is open.
     const QStringList entries = clipboardList;
+    if (extras.safe) {
+        pasteSafely(pasteOne == &FM::ChkMove ? ExtrasModule::Kind::Move : ExtrasModule::Kind::Copy,
+                    entries, destination);
+        return;
+    }
     for (const QString& entry : entries) {
         if (!entry.isEmpty())
             (this->*pasteOne)(entry, destination);

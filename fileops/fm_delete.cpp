@@ -7,6 +7,7 @@
 #include "lang/texts.h"
 #include "launch/shellcommand.h"
 #include "platform/zscreen.h"
+#include "shell/settings.h"
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
@@ -23,6 +24,10 @@ bool confirm(const QString& title, const QString& path)
 
 void FM::slot_Delete()
 {
+    if (extras.safe) {
+        deleteSafely();
+        return;
+    }
     const ZScreen::MainInputPause pause;
     const QStringList entries = getActiveEntries();
     for (const QString& entry : entries) {

@@ -11,7 +11,10 @@
 #include "lang/texts.h"
 #include "platform/zapplication.h"
 #include "platform/zscreen.h"
+#include "shell/settings.h"
 #include "widgets/kwidget.h"
+
+#include <QElapsedTimer>
 
 namespace
 {
@@ -39,13 +42,21 @@ QString identityText(const QString& path, const EntryInfo& info)
 }
 
 /// "1.5 Kb (1536 b)"; up to a kilobyte the exact number would only repeat the first.
-QString sizeWithBytes(quint32 bytes, const QString& mark)
+QString sizeWithBytes(qint64 bytes, const QString& mark)
 {
-    constexpr quint32 Kilobyte = 1024;
-    QString text = mark + sizeText(bytes);
+    constexpr qint64 Kilobyte = 1024;
+    QString text = mark + (extras.safe ? wideSizeText(bytes) : sizeText(double(bytes)));
     if (bytes > Kilobyte)
         text += QStringLiteral(" (") + mark + QString::number(bytes) + QStringLiteral(" b)");
     return text;
+}
+
+/// Dirs: 3 | Files: 12
+QString countsText(qint64 folders, qint64 files, const QString& mark)
+{
+    return QStringLiteral("\n ") + LANG_DIRS + QStringLiteral(": ") + mark +
+           QString::number(folders) + QStringLiteral(" | ") + LANG_FILES + QStringLiteral(": ") +
+           mark + QString::number(files);
 }
 
 } // namespace
@@ -84,9 +95,32 @@ QString FM::folderSizeText(const QString& path, const QString& textSoFar)
     const bool cancelled = processView->isClosed();
     processView->init();
     const QString mark = cancelled ? QStringLiteral(">") : QString();
-    return sizeWithBytes(total, mark) + QStringLiteral("\n ") + LANG_DIRS + QStringLiteral(": ") +
-           mark + QString::number(dirCount) + QStringLiteral(" | ") + LANG_FILES +
-           QStringLiteral(": ") + mark + QString::number(fileCount);
+    return sizeWithBytes(total, mark) + countsText(dirCount, fileCount, mark);
+}
+
+/// The numbers of all that is in it, however much, instead of those that the phone had.
+QString FM::wideFolderSizeText(const QString& path, const QString& textSoFar)
+{
+    processView->init();
+    processView->showProcess(LANG_PROPERTIES, textSoFar + QStringLiteral("..."), Qt::AlignLeft,
+                             QString(), 0, Icon, kWidget::Message);
+    TreeCount count;
+    QElapsedTimer sinceEvents;
+    sinceEvents.start();
+    countTree(
+        path, count,
+        [&sinceEvents] {
+            constexpr int SliceMilliseconds = 20;
+            if (sinceEvents.elapsed() < SliceMilliseconds)
+                return;
+            ZApplication::processEvents();
+            sinceEvents.start();
+        },
+        [] { return processView->isClosed() || ZApplication::isQuitting(); });
+    const bool cancelled = processView->isClosed();
+    processView->init();
+    const QString mark = cancelled ? QStringLiteral(">") : QString();
+    return sizeWithBytes(count.bytes, mark) + countsText(count.folders, count.files, mark);
 }
 
 void FM::slot_Properties()
@@ -99,8 +133,12 @@ void FM::slot_Properties()
     const EntryInfo info(path);
     QString text = identityText(path, info);
     text += QStringLiteral("<hr> ") + LANG_SIZE + QStringLiteral(": ");
-    text += info.isFolder() ? folderSizeText(path, text)
-                            : sizeWithBytes(quint32(info.size()), QString());
+    if (extras.safe)
+        text += info.isFolder() ? wideFolderSizeText(path, text)
+                                : sizeWithBytes(info.size(), QString());
+    else
+        text += info.isFolder() ? folderSizeText(path, text)
+                                : sizeWithBytes(quint32(info.size()), QString());
     text += QStringLiteral("<hr> ") + LANG_OWNER + QStringLiteral(": ") + info.owner();
     text += QStringLiteral("\n ") + LANG_PERM + QStringLiteral(": ") + permissionText(info.mode());
     textView->showText(LANG_PROPERTIES, text, Qt::AlignLeft, Icon, kWidget::Message);

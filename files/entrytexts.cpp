@@ -32,6 +32,18 @@ QString sizeText(double bytes)
     return number(cutToHundredths(bytes / Kilobyte / Kilobyte)) + QStringLiteral(" Mb");
 }
 
+QString wideSizeText(qint64 bytes)
+{
+    constexpr double Gigabyte = Megabyte * Kilobyte;
+    constexpr double Terabyte = Gigabyte * Kilobyte;
+    const auto size = double(bytes);
+    if (size < Gigabyte)
+        return sizeText(size);
+    if (size < Terabyte)
+        return number(cutToHundredths(size / Gigabyte)) + QStringLiteral(" Gb");
+    return number(cutToHundredths(size / Terabyte)) + QStringLiteral(" Tb");
+}
+
 QString dateText(int day, int month, int year)
 {
     QString text;

@@ -120,6 +120,31 @@ void countFolder(const QString& folder, FolderCount& count, const std::function<
     }
 }
 
+void countTree(const QString& folder, TreeCount& count, const std::function<void()>& step,
+               const std::function<bool()>& cancelled)
+{
+    const auto scan = FolderScan::read(folder, true);
+    if (!scan)
+        return;
+    for (const FolderEntry& entry : scan->others()) {
+        if (entry.kind == EntryKind::File) {
+            count.bytes += entry.size;
+            count.files += 1;
+            step();
+        }
+        if (cancelled())
+            return;
+    }
+    for (const FolderEntry& entry : scan->folders()) {
+        if (entry.kind != EntryKind::Folder)
+            continue;
+        count.folders += 1;
+        countTree(folder + QLatin1Char('/') + scan->name(entry), count, step, cancelled);
+        if (cancelled())
+            return;
+    }
+}
+
 QStringList filesBelow(const QString& folder)
 {
     return FileLister().filesBelow(folder);

@@ -19,6 +19,17 @@ struct FolderCount {
 void countFolder(const QString& folder, FolderCount& count, const std::function<void()>& step,
                  const std::function<bool()>& cancelled);
 
+/// What is below a folder, hidden entries included.
+struct TreeCount {
+    qint64 folders = 0; ///< the start not counted
+    qint64 files = 0;
+    qint64 bytes = 0;
+};
+
+/// Counts as countFolder() does, but all that is there, and in numbers that hold it.
+void countTree(const QString& folder, TreeCount& count, const std::function<void()>& step,
+               const std::function<bool()>& cancelled);
+
 /// The full paths of all plain files below `folder`, those of a folder before those of its
 /// subfolders, by name without regard to case. Links to files are listed and links to folders
 /// followed; a folder that the walk is inside of already is not entered again, nor, once 10,000

@@ -2,6 +2,7 @@
 
 #include "assoc/plugintable.h"
 #include "files/programnames.h"
+#include "shell/settings.h"
 
 #include <optional>
 
@@ -10,14 +11,22 @@ namespace
 
 const QLatin1String Player(ProgramNames::Player);
 
-ShellBytes executable(const QString& workFolder, const QString& name)
+/// A path of the program's own, quoted only if nothing in any path is to mean anything.
+ShellBytes ownPath(const QString& path)
 {
-    return shellBytes(pluginExecutable(workFolder, name));
+    return extras.safe ? quotedForShell(path) : shellBytes(path);
 }
 
+ShellBytes executable(const QString& workFolder, const QString& name)
+{
+    return ownPath(pluginExecutable(workFolder, name));
+}
+
+/// A list has a line for each file, so with exact names those with a line break cannot be in it.
 ShellBytes musicBelow(const QString& folder)
 {
-    return joined({"find ", quotedForShell(folder), " -type f -name *.mp3 -print | sort"});
+    return joined({"find ", quotedForShell(folder), " -type f -name ",
+                   extras.safe ? "'*.mp3' ! -path '*\n*'" : "*.mp3", " -print | sort"});
 }
 
 } // namespace
@@ -45,21 +54,27 @@ ShellBytes CommandLine::playFile(const QString& workFolder, const QString& file)
 
 ShellBytes CommandLine::playList(const QString& workFolder)
 {
-    return joined({executable(workFolder, Player), " -d ", shellBytes(playlist(workFolder)), " &"});
+    return joined({executable(workFolder, Player), " -d ", ownPath(playlist(workFolder)), " &"});
 }
 
 ShellBytes CommandLine::listFolder(const QString& workFolder, const QString& folder)
 {
-    return joined({musicBelow(folder), " > ", shellBytes(playlist(workFolder))});
+    return joined({musicBelow(folder), " > ", ownPath(playlist(workFolder))});
 }
 
 ShellBytes CommandLine::addFolder(const QString& workFolder, const QString& folder)
 {
-    return joined({musicBelow(folder), " >> ", shellBytes(playlist(workFolder))});
+    return joined({musicBelow(folder), " >> ", ownPath(playlist(workFolder))});
 }
 
 ShellBytes CommandLine::addFile(const QString& workFolder, const QString& file)
 {
+    if (extras.safe) {
+        if (file.contains(QLatin1Char('\n')))
+            return std::nullopt;
+        return joined(
+            {"printf '%s\\n' ", quotedForShell(file), " >> ", ownPath(playlist(workFolder))});
+    }
     // Some shells' echo reads backslashes, which would name another file.
     if (!file.isValidUtf16() && file.contains(QLatin1Char('\\')))
         return std::nullopt;

@@ -1,6 +1,7 @@
 #include "launch/shellcommand.h"
 
 #include "files/names.h"
+#include "shell/settings.h"
 
 #include <cstdlib>
 #include <optional>
@@ -54,6 +55,12 @@ QByteArray escaped(const QByteArray& bytes)
     return result;
 }
 
+/// Bytes between single quotes, which the shell takes as they are, whatever they are.
+QByteArray taken(QByteArray bytes)
+{
+    return '\'' + bytes.replace('\'', "'\\''") + '\'';
+}
+
 int run(const ShellBytes& command)
 {
     return command ? theShell(*command) : -1;
@@ -71,6 +78,8 @@ ShellBytes quotedForShell(const QString& path)
     const ShellBytes bytes = shellBytes(path);
     if (!bytes)
         return bytes;
+    if (extras.safe)
+        return taken(*bytes);
     return joined({"\"", path.isValidUtf16() ? *bytes : escaped(*bytes), "\""});
 }
 

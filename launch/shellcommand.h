@@ -16,7 +16,7 @@ ShellBytes shellBytes(const QString& path);
 
 /// A path between double quotes. In a path that is text nothing is escaped, so the shell reads its
 /// double quotes, dollar signs, back-quotes and backslashes; one with bytes that are no text stands
-/// for those very bytes.
+/// for those very bytes. With the setting for safe operations the shell reads nothing in any path.
 ShellBytes quotedForShell(const QString& path);
 
 /// Pieces one after the other; nothing if one of them is nothing.

@@ -15,6 +15,7 @@
 #include "shell/qdaemonapp.h"
 #include "shell/settings.h"
 #include "shell/statusline.h"
+#include "shell/unfinishedoffer.h"
 #include "shell/util.h"
 #include "widgets/kwidget.h"
 #include "widgets/textinput.h"
@@ -151,6 +152,8 @@ void FM::connectSignals()
     connect(ZScreen::instance(), &ZScreen::closeRequested, this, &FM::slotCloseRequested);
     if (extras.status)
         new StatusLine(this);
+    if (extras.safe)
+        new UnfinishedOffer(this);
 }
 
 FileBrowserFtab* FM::panel(int page) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "extras/extrasmodule.h"
 #include "files/entry.h"
 #include "platform/zmainwidget.h"
 
@@ -118,6 +119,8 @@ public slots:
     void slotQCopReceived(const QByteArray& message);
     /// The window manager asks to close the window: the exit question, unless a question is open.
     void slotCloseRequested();
+    /// Asks about operations that were cut short, if a module is there for it.
+    void offerUnfinished();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -178,6 +181,13 @@ private:
     bool moveAfterQuestions(const QString& src, const QString& dstDir);
     void moveByTool(const QString& src, const QString& dstDir);
     QString folderSizeText(const QString& path, const QString& textSoFar);
+    QString wideFolderSizeText(const QString& path, const QString& textSoFar);
+
+    // The same by the module "extras".
+    void deleteSafely();
+    void pasteSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder);
+    void runSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder,
+                   bool wereMarked);
 
     ZNavTabWidget* tabs_ = nullptr;
     FileBrowserFtab* panels_[2] = {nullptr, nullptr};

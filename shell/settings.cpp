@@ -68,4 +68,6 @@ void readConfig(const QString& programDir)
     extras.status = extraOf(config, "Status") != 0;
     extras.theme = extraOf(config, "Theme");
     extras.motion = extraOf(config, "Motion") != 0;
+    extras.safe = extraOf(config, "Safe") != 0;
+    extras.trash = extraOf(config, "Trash") != 0;
 }

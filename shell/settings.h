@@ -24,6 +24,8 @@ struct Extras {
     bool status = false; ///< the soft-key bar shows the folder and the place in it
     int theme = 0;       ///< 0 light, 1 dark
     bool motion = false; ///< long names glide, menus rise
+    bool safe = false;   ///< copy, move and delete by an engine of the program's own
+    bool trash = false;  ///< delete moves to the trash
     bool operator==(const Extras&) const = default;
 };
 extern Extras extras;

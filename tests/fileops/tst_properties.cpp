@@ -169,6 +169,22 @@ private slots:
                  " Size: " + text + "\n Dirs: 0 | Files: 1");
     }
 
+    void safeOperationsTellSizesAsTheyAre()
+    {
+        extras.safe = true;
+        files().writeSparse("left/a", 5 * GiB);
+        start();
+        window_->slot_Properties();
+        QCOMPARE(textView->shownText().section("<hr>", 1, 1),
+                 QString(" Size: 5 Gb (5368709120 b)"));
+        files().writeSparse("left/b/.hidden/.big", 5 * GiB);
+        files().write("left/b/in", "12345");
+        fixture_->panel(1)->setDir(left(), 1);
+        window_->slot_Properties();
+        QCOMPARE(textView->shownText().section("<hr>", 1, 1),
+                 QString(" Size: 5 Gb (5368709125 b)\n Dirs: 1 | Files: 2"));
+    }
+
     void typeIsThatOfTheEntryItself_data()
     {
         QTest::addColumn<QString>("kind");

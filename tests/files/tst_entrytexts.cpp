@@ -28,6 +28,27 @@ private slots:
         QTEST(sizeText(bytes), "text");
     }
 
+    void wideSizeTextHasLargerUnits_data()
+    {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<QString>("text");
+        constexpr qint64 Gigabyte = qint64(1) << 30;
+        QTest::newRow("nothing") << qint64(0) << "0 b";
+        QTest::newRow("one and a half") << qint64(1536) << "1.5 Kb";
+        QTest::newRow("below a gigabyte") << Gigabyte - 1 << "1023.99 Mb";
+        QTest::newRow("a gigabyte") << Gigabyte << "1 Gb";
+        QTest::newRow("beyond 32 bits") << 5 * Gigabyte << "5 Gb";
+        QTest::newRow("some") << 5 * Gigabyte + 123456789 << "5.11 Gb";
+        QTest::newRow("below a terabyte") << 1024 * Gigabyte - 1 << "1023.99 Gb";
+        QTest::newRow("terabytes") << 1536 * Gigabyte << "1.5 Tb";
+    }
+
+    void wideSizeTextHasLargerUnits()
+    {
+        QFETCH(qint64, bytes);
+        QTEST(wideSizeText(bytes), "text");
+    }
+
     void dateIsDayFirstWithZeros()
     {
         QCOMPARE(dateText(1, 3, 2008), QStringLiteral("01/03/2008"));

@@ -195,6 +195,35 @@ private slots:
         QCOMPARE(count.result.files, int(sizes.size()));
     }
 
+    void wholeTreeIsCountedHiddenEntriesIncluded()
+    {
+        folder_->writeSparse("a/big", 5 * GiB);
+        folder_->writeSparse("a/.hidden/.big", 5 * GiB + 7);
+        folder_->write(".file", "123");
+        folder_->makeFolder("empty");
+        folder_->makeLink("link", "a");
+        TreeCount count;
+        int steps = 0;
+        countTree(
+            folder_->path(), count, [&steps] { ++steps; }, [] { return false; });
+        QCOMPARE(count.bytes, 10 * GiB + 10);
+        QCOMPARE(count.files, 3);
+        QCOMPARE(count.folders, 3);
+        QCOMPARE(steps, 3);
+    }
+
+    void countOfAWholeTreeCanBeCancelled()
+    {
+        for (const char* name : {"a/1", "b/2", "c/3"})
+            folder_->write(name, "x");
+        TreeCount count;
+        bool cancelled = false;
+        countTree(
+            folder_->path(), count, [&cancelled] { cancelled = true; },
+            [&cancelled] { return cancelled; });
+        QCOMPARE(count.files, 1);
+    }
+
     void cancelledWalkStopsAtEveryLevel()
     {
         for (const char* name : {"a/a/1", "a/a/2", "a/b/3", "a/4", "a/5", "b/6", "7", "8"})

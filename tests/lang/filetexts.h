@@ -12,6 +12,7 @@ struct FileText {
 inline constexpr FileText FileTexts[] = {
 #include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
+#include "extras/safetextlist.inc"
 #include "plugins/support/plugintextlist.inc"
 #include "sharing/sharetextlist.inc"
 };

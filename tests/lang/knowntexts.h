@@ -69,4 +69,5 @@ inline const KnownText KnownTexts[] = {
     {"TO_MOVE", &LANG_TO_MOVE, "%1 to move"},
     {"NO_ENTRIES", &LANG_NO_ENTRIES, "No entries"},
     {"CANNOT_READ", &LANG_CANNOT_READ, "Cannot be read"},
+    {"NO_EXTRAS", &LANG_NO_EXTRAS, "Not available: the program's part for this is missing."},
 };

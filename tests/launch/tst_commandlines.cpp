@@ -1,5 +1,6 @@
 #include "files/names.h"
 #include "launch/commandlines.h"
+#include "shell/settings.h"
 #include "tests/support/testmain.h"
 
 class tst_CommandLines : public QObject
@@ -76,6 +77,25 @@ private slots:
         QVERIFY(!CommandLine::listFolder("/w/", none));
         QVERIFY(!CommandLine::addFolder("/w/", none));
         QVERIFY(!CommandLine::addFile("/w/", none));
+    }
+
+    void safeOperationsQuoteEveryPath()
+    {
+        extras.safe = true;
+        const auto lines = [](const ShellBytes& line) { return line.value_or("nothing"); };
+        QCOMPARE(lines(CommandLine::pluginOfFolder("/w w/", "It's", "/a'b")),
+                 QByteArray("'/w w//plugins/It'\\''s/It'\\''s' -d '/a'\\''b'&"));
+        QCOMPARE(lines(CommandLine::pluginOfPath("view -x", "/a b")),
+                 QByteArray("view -x '/a b'&"));
+        const QByteArray list = "'/w//plugins/LyraPlayer/TempList.m3u'";
+        QCOMPARE(lines(CommandLine::addFile("/w/", "/a\\nb")),
+                 "printf '%s\\n' '/a\\nb' >> " + list);
+        QCOMPARE(lines(CommandLine::addFile("/w/", "/a\nb")), QByteArray("nothing"));
+        QCOMPARE(lines(CommandLine::listFolder("/w/", "/m")),
+                 "find '/m' -type f -name '*.mp3' ! -path '*\n*' -print | sort > " + list);
+        QCOMPARE(lines(CommandLine::playList("/w/")),
+                 "'/w//plugins/LyraPlayer/LyraPlayer' -d " + list + " &");
+        extras.safe = false;
     }
 
     void nothingInAPieceIsEscapedOrReplaced()

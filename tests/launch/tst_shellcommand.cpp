@@ -1,6 +1,7 @@
 #include "files/names.h"
 #include "launch/shellcommand.h"
 #include "shell/fm.h"
+#include "shell/settings.h"
 #include "tests/support/scratchfolder.h"
 #include "tests/support/testmain.h"
 
@@ -19,6 +20,8 @@ private slots:
     void bytesArePutInWithoutQuotes();
     void shellReceivesThePathsBytes_data();
     void shellReceivesThePathsBytes();
+    void shellReadsNothingInAPathWithSafeOperations_data();
+    void shellReadsNothingInAPathWithSafeOperations();
     void shellExpandsWhatIsNotEscaped_data();
     void shellExpandsWhatIsNotEscaped();
     void statusOfTheShellIsReturned();
@@ -111,6 +114,25 @@ void tst_ShellCommand::shellReceivesThePathsBytes()
 {
     QFETCH(QString, path);
     QCOMPARE(argumentFor(path), encodeName(path).value_or("nothing"));
+}
+
+void tst_ShellCommand::shellReadsNothingInAPathWithSafeOperations_data()
+{
+    shellReceivesThePathsBytes_data();
+    for (const char* path :
+         {"/a$HOME/b", "/a\\$b", "/a\"b\"c", "/a'b''c'", "'", "$(touch made)", "`touch made`",
+          "\"; touch made; \"", "'; touch made; '", "\\", "a\\'b"})
+        QTest::newRow(path) << path;
+}
+
+void tst_ShellCommand::shellReadsNothingInAPathWithSafeOperations()
+{
+    QFETCH(QString, path);
+    extras.safe = true;
+    const QByteArray argument = argumentFor(path);
+    extras.safe = false;
+    QCOMPARE(argument, encodeName(path).value_or("nothing"));
+    QVERIFY(!QFile::exists("made"));
 }
 
 void tst_ShellCommand::shellExpandsWhatIsNotEscaped_data()

@@ -59,7 +59,7 @@ namespace
 
 Extras allExtras()
 {
-    return {true, true, 1, true};
+    return {true, true, 1, true, true, true};
 }
 
 /// A fresh run's settings, but none with a value that a missing key could give too.
@@ -275,14 +275,18 @@ void tst_Settings::everyExtraIsSwitchedByItself_data()
 {
     QTest::addColumn<QByteArray>("lines");
     QTest::addColumn<Extras>("expected");
-    QTest::newRow("none") << QByteArray("Find = 0\nStatus = 0\nTheme = 0\nMotion = 0\n")
+    QTest::newRow("none") << QByteArray("Find = 0\nStatus = 0\nTheme = 0\nMotion = 0\n"
+                                        "Safe = 0\nTrash = 0\n")
                           << Extras();
     QTest::newRow("find") << QByteArray("Find = 1\n") << Extras{true, false, 0, false};
     QTest::newRow("status") << QByteArray("Status = 1\n") << Extras{false, true, 0, false};
     QTest::newRow("theme") << QByteArray("Theme = 1\n") << Extras{false, false, 1, false};
     QTest::newRow("motion") << QByteArray("Motion = 1\n") << Extras{false, false, 0, true};
-    QTest::newRow("all") << QByteArray("Motion = 1\nTheme = 1\nStatus = 1\nFind = 01\n")
-                         << allExtras();
+    QTest::newRow("safe") << QByteArray("Safe = 1\n") << Extras{.safe = true};
+    QTest::newRow("trash") << QByteArray("Trash = 1\n") << Extras{.trash = true};
+    QTest::newRow("all")
+        << QByteArray("Safe = 1\nTrash = 1\nMotion = 1\nTheme = 1\nStatus = 1\nFind = 01\n")
+        << allExtras();
 }
 
 void tst_Settings::everyExtraIsSwitchedByItself()
@@ -313,7 +317,7 @@ void tst_Settings::extraThatIsNonsenseIsOffAndNamed_data()
 void tst_Settings::extraThatIsNonsenseIsOffAndNamed()
 {
     QFETCH(QString, value);
-    for (const QString key : {"Find", "Status", "Theme", "Motion"}) {
+    for (const QString key : {"Find", "Status", "Theme", "Motion", "Safe", "Trash"}) {
         spoilSettings();
         const DebugLines said;
         read(QString("[Extras]\n%1 = %2\n").arg(key, value).toUtf8());
@@ -324,7 +328,7 @@ void tst_Settings::extraThatIsNonsenseIsOffAndNamed()
 
 void tst_Settings::extrasOfOtherGroupsDoNotCount()
 {
-    read("[Setting]\nFind = 1\nStatus = 1\nTheme = 1\nMotion = 1\n");
+    read("[Setting]\nFind = 1\nStatus = 1\nTheme = 1\nMotion = 1\nSafe = 1\nTrash = 1\n");
     QVERIFY(extras == Extras());
 }
 
@@ -335,7 +339,8 @@ void tst_Settings::installedFileListsAllExtras()
     const QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
     const qsizetype group = lines.indexOf("[Extras]");
     QVERIFY(group > 0);
-    for (const QString line : {"Find = 1", "Status = 1", "Theme = 0", "Motion = 1"}) {
+    for (const QString line :
+         {"Find = 1", "Status = 1", "Theme = 0", "Motion = 1", "Safe = 0", "Trash = 0"}) {
         const qsizetype place = lines.indexOf(line);
         QVERIFY2(place > group, qPrintable(line));
         QVERIFY2(lines.at(place - 1).startsWith(';'), qPrintable(line));

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/zmainwidget.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+class QLabel;
+class ZListBox;
+class ZSoftKey;
+
+/// A page with a list, of entries or of what can be done: lines that tell what it is about above
+/// it, and lines about the highlighted row below it. Return, a second tap, or the digit of one of
+/// the first nine rows if they have digits, chooses a row; the soft keys do what they say, and one
+/// without a text does nothing. Everything below the page on the screen is inert while it is shown.
+class EntryPage : public ZMainWidget
+{
+    Q_OBJECT
+    Q_PROPERTY(QStringList lines READ lines)
+    Q_PROPERTY(QStringList notes READ notes)
+
+public:
+    struct Row {
+        QString name;
+        QString detail;    ///< below the name; what is behind a tab stands at the right edge
+        QStringList notes; ///< about the row, below the list; up to two lines
+    };
+
+    explicit EntryPage(const QString& title);
+
+    /// What stands above the list. A line that does not fit is broken into two.
+    void setLines(const QStringList& lines);
+    /// `digits`: the first nine rows can be chosen by digits, which stand before their names.
+    void setRows(const QList<Row>& rows, bool digits = false);
+    /// Puts another row in the place of one.
+    void setRow(int index, const Row& row);
+    void setSoftKeys(const QString& left, const QString& right);
+
+    ZListBox* list() const { return list_; }
+    /// The highlighted row; -1 while there is none.
+    int currentRow() const;
+    QStringList lines() const;
+    QStringList notes() const;
+
+signals:
+    void chosen(int row);
+    void leftPressed();
+    void rightPressed();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    QString rowName(int index) const;
+    QString fittingDetail(const QString& detail) const;
+    void showNotes(int row);
+    void softKey(int key);
+
+    QList<Row> rows_;
+    bool digits_ = false;
+    QLabel* lines_;
+    ZListBox* list_;
+    QLabel* notes_[2];
+    ZSoftKey* keys_;
+};

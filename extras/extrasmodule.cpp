@@ -1,0 +1,107 @@
+#include "extras/extrasmodule.h"
+
+#include "extras/operation.h"
+#include "extras/operationrun.h"
+#include "extras/operationtexts.h"
+#include "extras/safetexts.h"
+#include "extras/unfinished.h"
+#include "files/names.h"
+#include "files/paths.h"
+#include "lang/texts.h"
+
+#include <utility>
+
+namespace
+{
+
+/// Whether one of the module's functions is at work.
+bool working = false;
+
+class Working
+{
+public:
+    Working()
+    {
+        working = true;
+        SafeTexts::load(languageFileInUse());
+    }
+    ~Working() { working = false; }
+    Working(const Working&) = delete;
+    Working& operator=(const Working&) = delete;
+};
+
+OperationKind kindOf(ExtrasModule::Kind kind)
+{
+    switch (kind) {
+    case ExtrasModule::Kind::Copy:
+        return OperationKind::Copy;
+    case ExtrasModule::Kind::Move:
+        return OperationKind::Move;
+    case ExtrasModule::Kind::Delete:
+        break;
+    }
+    return OperationKind::Delete;
+}
+
+/// The folder above, and the folder itself, are no entries.
+bool isEntry(const QString& path)
+{
+    const QString name = lastPart(path);
+    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") &&
+           encodeName(path);
+}
+
+class Module final : public ExtrasModule
+{
+public:
+    Outcome run(Kind kind, const QStringList& sources, const QString& folder) override
+    {
+        QStringList entries;
+        for (const QString& source : sources) {
+            if (isEntry(source))
+                entries.append(source);
+        }
+        if (working || entries.isEmpty())
+            return {false, entries};
+        const Working now;
+        OperationRequest request;
+        request.kind = kindOf(kind);
+        for (const QString& entry : std::as_const(entries))
+            request.sources.append(encodedPath(entry));
+        request.target = encodedPath(folder);
+        return run(request, entries);
+    }
+
+    bool offerUnfinished() override
+    {
+        if (working)
+            return false;
+        const Working now;
+        return offerUnfinishedOperations();
+    }
+
+private:
+    static Outcome run(const OperationRequest& request, const QStringList& entries)
+    {
+        OperationRun run(std::make_unique<Operation>(request), titleOf(request.kind));
+        const bool isDelete = request.kind == OperationKind::Delete;
+        if (!run.survey() || !(isDelete ? run.askToDelete() : run.askBefore()))
+            return {false, entries};
+        run.work();
+        Outcome outcome{true, {}};
+        const QList<SourceOutcome>& ends = run.operation().outcomes();
+        for (qsizetype i = 0; i < ends.size(); ++i) {
+            if (ends.at(i) == SourceOutcome::Failed || ends.at(i) == SourceOutcome::NotReached)
+                outcome.left.append(entries.at(i));
+        }
+        return outcome;
+    }
+};
+
+} // namespace
+
+extern "C" Q_DECL_EXPORT ExtrasModule* extras_module()
+{
+    static Module module;
+    return &module;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// What the module "extras" does for the main window. Its screens come up over the window, and its
+/// functions return when the user has left them; the event loop runs meanwhile. One runs at a time:
+/// called while another one does, a function does nothing.
+class ExtrasModule
+{
+public:
+    enum class Kind { Copy, Move, Delete };
+
+    /// How an operation ended.
+    struct Outcome {
+        /// False when the user left it, or nothing could be done, before anything was changed.
+        bool begun = false;
+        /// Those of its sources that are not done, or not wholly.
+        QStringList left;
+    };
+
+    /// Copies or moves entries into a folder, or deletes them, with all questions, the progress and
+    /// a list of what could not be done. Paths are absolute. For Kind::Delete `folder` is empty.
+    virtual Outcome run(Kind kind, const QStringList& sources, const QString& folder) = 0;
+
+    /// Asks what is to become of each operation that a crash or a power cut has ended, and does
+    /// that. True when files may have changed.
+    virtual bool offerUnfinished() = 0;
+
+protected:
+    ~ExtrasModule() = default;
+};
+
+/// The module's function, extras_module(): its one object, which lives as long as the process.
+using ExtrasModuleFunction = ExtrasModule* (*)();

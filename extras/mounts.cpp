@@ -1,0 +1,91 @@
+#include "extras/mounts.h"
+
+#include "files/names.h"
+#include "files/regularfile.h"
+
+#include <QByteArrayList>
+
+#include <algorithm>
+#include <array>
+
+namespace
+{
+
+constexpr qsizetype MostMountBytes = 16L * 1024 * 1024;
+
+/// The kernel's own, which store nothing, and what may wait for somebody else: a question about a
+/// server or program that is gone does not return.
+constexpr std::array Unsuitable{
+    "9p",       "afs",        "autofs",     "binfmt_misc", "bpf",       "ceph",    "cgroup",
+    "cgroup2",  "cifs",       "coda",       "configfs",    "cramfs",    "debugfs", "devpts",
+    "devtmpfs", "efivarfs",   "fuse",       "fusectl",     "hugetlbfs", "iso9660", "mqueue",
+    "ncpfs",    "nfs",        "nfs4",       "nfsd",        "nsfs",      "proc",    "pstore",
+    "ramfs",    "rpc_pipefs", "securityfs", "selinuxfs",   "smb3",      "smbfs",   "squashfs",
+    "sysfs",    "tracefs",    "virtiofs",
+};
+
+bool isOctal(char digit)
+{
+    return digit >= '0' && digit <= '7';
+}
+
+/// Spaces and the like stand as a backslash and three octal digits.
+QByteArray unescaped(const QByteArray& text)
+{
+    QByteArray result;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text.at(i) == '\\' && i + 3 < text.size() && isOctal(text.at(i + 1)) &&
+            isOctal(text.at(i + 2)) && isOctal(text.at(i + 3))) {
+            result.append(char((text.at(i + 1) - '0') * 64 + (text.at(i + 2) - '0') * 8 +
+                               (text.at(i + 3) - '0')));
+            i += 3;
+        } else {
+            result.append(text.at(i));
+        }
+    }
+    return result;
+}
+
+bool isReadOnly(const QByteArray& options)
+{
+    return options.split(',').contains("ro");
+}
+
+} // namespace
+
+QList<Mount> parseMounts(QByteArrayView text)
+{
+    // Number, parent, device, root, mount point, options, any number of others, "-", type, source,
+    // options of the file system.
+    constexpr qsizetype Point = 4;
+    constexpr qsizetype Options = 5;
+    QList<Mount> result;
+    for (const QByteArray& line : text.toByteArray().split('\n')) {
+        const QByteArrayList fields = line.split(' ');
+        const qsizetype separator = fields.indexOf("-", Options + 1);
+        if (separator < 0 || fields.size() < separator + 4)
+            continue;
+        bool isNumber = false;
+        Mount mount;
+        mount.id = fields.at(0).toULongLong(&isNumber);
+        mount.point = unescaped(fields.at(Point));
+        mount.type = fields.at(separator + 1);
+        mount.readOnly = isReadOnly(fields.at(Options)) || isReadOnly(fields.at(separator + 3));
+        if (isNumber && mount.point.startsWith('/'))
+            result.append(mount);
+    }
+    return result;
+}
+
+QList<Mount> readMounts(const QByteArray& file)
+{
+    const auto text = readRegular(decodeName(file), MostMountBytes);
+    return text ? parseMounts(*text) : QList<Mount>();
+}
+
+bool keepsEntries(const Mount& mount)
+{
+    // "fuseblk" is a disk, all other programs in the user's space may be gone.
+    return !mount.readOnly && !mount.type.startsWith("fuse.") &&
+           std::find(Unsuitable.begin(), Unsuitable.end(), mount.type) == Unsuitable.end();
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "extras/extrasmodule.h"
+
+/// The module "extras", opened when it is first asked for. nullptr if it is missing or does not
+/// fit, which a line on stderr says.
+ExtrasModule* openExtras();
+
+/// Whether there may be something for ExtrasModule::offerUnfinished(): one look at one folder,
+/// without the module.
+bool hasUnfinished();

@@ -1,0 +1,241 @@
+#include "extras/operationrun.h"
+
+#include "extras/entrypage.h"
+#include "extras/failurerows.h"
+#include "extras/journals.h"
+#include "extras/operationbox.h"
+#include "extras/operationtexts.h"
+#include "extras/safetexts.h"
+#include "extras/surveypage.h"
+#include "extras/waiting.h"
+#include "files/entrytexts.h"
+#include "files/names.h"
+#include "lang/texts.h"
+#include "platform/zapplication.h"
+#include "platform/zlistrowpainter.h"
+#include "widgets/kwidget.h"
+
+#include <QTimer>
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+
+/// After which an operation that still goes on shows that it does; one that is over by then shows
+/// its result only.
+constexpr int ShowAfterMilliseconds = 300;
+constexpr int RefreshMilliseconds = 200;
+constexpr int SliceMilliseconds = 30;
+
+/// That there is no journal is said once.
+bool toldOfJournal = false;
+
+QString deleteTitle(const OperationRequest& request, const SurveyResult& survey)
+{
+    if (request.sources.size() > 1)
+        return SafeTexts::instance().deleteThese;
+    return survey.folders > 0 ? LANG_DELETE_DIR : LANG_DELETE_FILE;
+}
+
+/// The names of what goes, as many as leave the box on the screen, and how much it is.
+QString deleteText(const OperationRequest& request, const SurveyResult& survey)
+{
+    constexpr qsizetype MostNames = 4;
+    constexpr int MostLetters = 60;
+    QStringList lines;
+    for (const QByteArray& path :
+         request.sources.first(std::min(request.sources.size(), MostNames))) {
+        QString name = request.sources.size() == 1 ? ZListRowPainter::visibleText(decodeName(path))
+                                                   : shownNameOf(path);
+        // The mark of a rule is none in a name.
+        name.replace(QLatin1Char('<'), QChar(0x2039));
+        if (request.sources.size() > 1 && name.size() > MostLetters)
+            name = name.left(MostLetters / 2) + QChar(0x2026) + name.right(MostLetters / 2);
+        lines.append(name);
+    }
+    if (request.sources.size() > MostNames)
+        lines.append(filledText(SafeTexts::instance().more,
+                                QString::number(request.sources.size() - MostNames)));
+    const bool isOne = request.sources.size() == 1 && survey.entries == 1;
+    return lines.join(QLatin1Char('\n')) + QStringLiteral("<hr>") +
+           (isOne ? wideSizeText(survey.bytes) : amountText(survey.entries, survey.bytes));
+}
+
+} // namespace
+
+OperationRun::OperationRun(std::unique_ptr<Operation> operation, const QString& title)
+    : operation_(std::move(operation)), title_(title), box_(std::make_unique<OperationBox>(title))
+{
+    connect(box_.get(), &OperationBox::cancelled, this, &OperationRun::cancel);
+}
+
+OperationRun::~OperationRun() = default;
+
+bool OperationRun::isBusy() const
+{
+    return operation_->state() == Operation::State::Surveying ||
+           operation_->state() == Operation::State::Working;
+}
+
+/// Goes on until something is to be asked or it has ended. False if the program ends.
+bool OperationRun::advance()
+{
+    begun_.start();
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [this] {
+        if (!isBusy())
+            return;
+        operation_->step(SliceMilliseconds);
+        showProgress();
+    });
+    timer.start(0);
+    const bool waited = ZApplication::waitUntil([this] { return !isBusy(); });
+    box_->hide();
+    if (!waited)
+        abandon();
+    return waited;
+}
+
+/// The program ends: what is half is removed before it does.
+void OperationRun::abandon()
+{
+    operation_->cancel();
+    while (!operation_->hasEnded() && isBusy())
+        operation_->step(SliceMilliseconds);
+}
+
+void OperationRun::showProgress()
+{
+    const bool isUp = box_->isVisible();
+    if (isUp ? refreshed_.elapsed() < RefreshMilliseconds
+             : begun_.elapsed() < ShowAfterMilliseconds)
+        return;
+    refreshed_.start();
+    const SafeTexts& texts = SafeTexts::instance();
+    if (operation_->state() == Operation::State::Surveying) {
+        const SurveyResult& survey = operation_->survey();
+        box_->showLines({cancelling_ ? texts.cancelling
+                                     : filledText(texts.counting, QString::number(survey.entries)),
+                         wideSizeText(survey.bytes)},
+                        -1);
+        return;
+    }
+    const OperationProgress progress = operation_->progress();
+    box_->showLines({cancelling_ ? texts.cancelling : shownNameOf(progress.current),
+                     doneText(progress), paceText(progress)},
+                    progress.percent());
+}
+
+void OperationRun::cancel()
+{
+    if (cancelling_)
+        return;
+    cancelling_ = true;
+    operation_->cancel();
+    refreshed_.invalidate();
+    showProgress();
+}
+
+bool OperationRun::survey()
+{
+    return advance() && operation_->state() == Operation::State::Surveyed;
+}
+
+bool OperationRun::askBefore()
+{
+    const SurveyResult& survey = operation_->survey();
+    if (survey.isPlain())
+        return true;
+    if (survey.entries == 0) {
+        tellFailures();
+        return false;
+    }
+    SurveyPage page(survey, operation_->request().kind);
+    for (;;) {
+        const PageAnswer answer = answerOn(page);
+        // Rows open a menu of their own.
+        if (answer.kind == PageAnswer::Row)
+            continue;
+        if (answer.kind != PageAnswer::Left)
+            return false;
+        page.decide(*operation_);
+        toldFailures_ = survey.troubles.count;
+        return true;
+    }
+}
+
+bool OperationRun::askToDelete()
+{
+    const SurveyResult& survey = operation_->survey();
+    if (survey.entries == 0) {
+        tellFailures();
+        return false;
+    }
+    return textView->showText(deleteTitle(operation_->request(), survey),
+                              deleteText(operation_->request(), survey), Qt::AlignHCenter,
+                              QStringLiteral("res/img/delete.png"), kWidget::Question) == 1;
+}
+
+void OperationRun::work()
+{
+    if (operation_->state() == Operation::State::Surveyed)
+        operation_->begin();
+    while (!operation_->hasEnded()) {
+        if (!advance())
+            return;
+        if (operation_->state() == Operation::State::Asking)
+            ask();
+    }
+    if (operation_->failures().count > toldFailures_ ||
+        (operation_->journalError() != 0 && !toldOfJournal))
+        tellFailures();
+}
+
+/// About something that came into the way while it went on.
+void OperationRun::ask()
+{
+    const SafeTexts& texts = SafeTexts::instance();
+    const Conflict& what = operation_->question();
+    EntryPage page(title_);
+    page.setLines({shownNameOf(what.target), filledText(texts.newOne, factsText(what.sourceFacts)),
+                   filledText(texts.oldOne, factsText(what.targetFacts))});
+    constexpr Answer Answers[] = {Answer::Replace, Answer::KeepBoth, Answer::LeaveOut};
+    QList<EntryPage::Row> rows;
+    for (const Answer answer : Answers)
+        rows.append({answerText(answer), {}, {}});
+    for (const Answer answer : Answers)
+        rows.append({filledText(texts.forAll, answerText(answer)), {}, {}});
+    page.setRows(rows, true);
+    page.setSoftKeys(LANG_SELECT, LANG_CANCEL);
+    PageAnswer answer = answerOn(page);
+    if (answer.kind == PageAnswer::Left)
+        answer = {PageAnswer::Row, page.currentRow()};
+    constexpr int Kinds = 3;
+    if (answer.kind == PageAnswer::Row)
+        operation_->answer(Answers[answer.row % Kinds], answer.row >= Kinds);
+    else
+        operation_->cancel();
+}
+
+void OperationRun::tellFailures()
+{
+    const SafeTexts& texts = SafeTexts::instance();
+    const Listed<Failure>& failures =
+        operation_->hasEnded() ? operation_->failures() : operation_->survey().troubles;
+    QList<EntryPage::Row> rows = failureRows(failures);
+    if (operation_->hasEnded() && operation_->journalError() != 0 && !toldOfJournal) {
+        toldOfJournal = true;
+        rows.append({texts.noJournal,
+                     errorText(operation_->journalError()),
+                     {ZListRowPainter::visibleText(decodeName(journalFolder())), {}}});
+    }
+    EntryPage page(title_);
+    if (!failures.isEmpty())
+        page.setLines({filledText(texts.notDone, QString::number(failures.count))});
+    page.setRows(rows);
+    page.setSoftKeys({}, LANG_BACK);
+    while (answerOn(page).kind == PageAnswer::Row) {
+    }
+}

@@ -1,0 +1,73 @@
+// Copy, move and delete by the module "extras", if the settings say so.
+
+#include "shell/fm.h"
+
+#include "browser/filebrowserftab.h"
+#include "extras/openextras.h"
+#include "files/paths.h"
+#include "lang/texts.h"
+#include "platform/zscreen.h"
+#include "widgets/errorbox.h"
+#include "widgets/kwidget.h"
+
+namespace
+{
+
+/// Moving is asked about first. One entry is named.
+bool confirmMove(const QStringList& entries, const QString& folder)
+{
+    const QString what = entries.size() == 1 ? namePart(entries.first())
+                                             : withNumber(LANG_TO_MOVE, int(entries.size()));
+    const QString text =
+        what + (entries.size() == 1 ? QStringLiteral(" to ") : QStringLiteral("\n")) + folder;
+    return textView->showText(LANG_MOVE_SURE, text, Qt::AlignHCenter,
+                              QStringLiteral("res/img/warning.png"), kWidget::Question) == 1;
+}
+
+} // namespace
+
+void FM::deleteSafely()
+{
+    FileBrowserFtab* active = activePanel();
+    if (active == nullptr)
+        return;
+    const bool marked = active->isMultiSelect();
+    runSafely(ExtrasModule::Kind::Delete,
+              marked ? active->getChkFileList() : QStringList{active->curFile}, QString(), marked);
+}
+
+void FM::pasteSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder)
+{
+    if (folder.isEmpty() || entries.isEmpty())
+        return;
+    if (kind == ExtrasModule::Kind::Move && !confirmMove(entries, folder))
+        return;
+    runSafely(kind, entries, folder, entries.size() > 1);
+}
+
+/// What is left of entries that were marked is marked then, where its folder is listed.
+void FM::runSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder,
+                   bool wereMarked)
+{
+    const ZScreen::MainInputPause pause;
+    ExtrasModule* module = openExtras();
+    if (module == nullptr) {
+        showError(LANG_NO_EXTRAS);
+        return;
+    }
+    const ExtrasModule::Outcome outcome = module->run(kind, entries, folder);
+    if (!outcome.begun)
+        return;
+    for (const Page page : {Panel1, Panel2})
+        panel(page)->relistByName(wereMarked ? outcome.left : QStringList());
+}
+
+void FM::offerUnfinished()
+{
+    const ZScreen::MainInputPause pause;
+    ExtrasModule* module = openExtras();
+    if (module == nullptr || !module->offerUnfinished())
+        return;
+    for (const Page page : {Panel1, Panel2})
+        panel(page)->relistByName({});
+}

@@ -1,0 +1,39 @@
+#include "shell/unfinishedoffer.h"
+
+#include "browser/filebrowserftab.h"
+#include "extras/openextras.h"
+#include "platform/zscreen.h"
+#include "shell/fm.h"
+
+#include <QEvent>
+#include <QTimer>
+
+UnfinishedOffer::UnfinishedOffer(FM* window) : QObject(window), window_(window)
+{
+    window->panel(FM::Panel1)->viewport()->installEventFilter(this);
+}
+
+bool UnfinishedOffer::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Paint) {
+        watched->removeEventFilter(this);
+        QTimer::singleShot(0, this, &UnfinishedOffer::look);
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void UnfinishedOffer::look()
+{
+    if (hasUnfinished())
+        offerWhenFree();
+}
+
+/// The start box, or what the user has begun meanwhile, comes first.
+void UnfinishedOffer::offerWhenFree()
+{
+    constexpr int AgainMilliseconds = 100;
+    if (ZScreen::instance()->active() == window_)
+        window_->offerUnfinished();
+    else
+        QTimer::singleShot(AgainMilliseconds, this, &UnfinishedOffer::offerWhenFree);
+}
