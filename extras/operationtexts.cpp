@@ -137,7 +137,10 @@ QString troubleText(Trouble trouble)
         return texts.removeFailed;
     case Trouble::CannotKeep:
         return texts.keepFailed;
+    case Trouble::Replaced:
+        return texts.replacedOne;
     case Trouble::SourceChanged:
+    case Trouble::ChangedSince:
         break;
     }
     return texts.sourceChanged;
