@@ -3,6 +3,7 @@
 #include "platform/screenscale.h"
 #include "platform/shownname.h"
 #include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 #include "plugins/lyraplayer/glyphs.h"
 #include "plugins/lyraplayer/player.h"
 #include "plugins/support/plugintexts.h"
@@ -77,8 +78,7 @@ QStringList brokenLines(const QString& text, const QFont& font, int width)
 /// The part of a bar that is filled.
 void paintBar(QPainter& painter, const QRect& bar, double part)
 {
-    // Dark enough for the filled part to be told from it, which needs 3:1.
-    painter.fillRect(bar, QColor(0x4a, 0x4d, 0x55));
+    painter.fillRect(bar, ZTheme::current().barTrack);
     QRect filled = bar;
     filled.setWidth(int(std::lround(bar.width() * std::clamp(part, 0.0, 1.0))));
     painter.fillRect(filled, skin().highlight);
