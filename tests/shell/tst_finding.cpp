@@ -99,7 +99,7 @@ private slots:
         pressKey(PhoneKey::SoftRight);
         QVERIFY(!textView->isUp());
         releaseKey(PhoneKey::Modifier);
-        // Below it was the box of the start of the plugin, which lets no key through while it lasts.
+        // The box of a start that was below it lets no key through while it lasts.
         QTRY_COMPARE(keyReceiver(), program_->panel(1));
         press("3");
         QCOMPARE(current(1), QString("Documents"));
