@@ -132,6 +132,7 @@ int main(int argc, char** argv)
                  {"find: letter that no word begins with", u'q'}});
     benchFolder(panel, cyrillic,
                 {{"find: letter of the last of 100000 in Cyrillic", u'я'},
-                 {"find: Cyrillic letter that no word begins with", u'щ'}});
+                 {"find: Cyrillic letter that no word begins with", u'щ'},
+                 {"find: Cyrillic letter inside words alone", u'к'}});
     return 0;
 }

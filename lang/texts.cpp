@@ -1,6 +1,6 @@
 #include "lang/texts.h"
 
-#include "platform/zconfig.h"
+#include "lang/languagereader.h"
 
 #include <QDebug>
 
@@ -47,21 +47,17 @@ const QString& languageFileInUse()
 
 void loadTexts(const QString& file)
 {
-    const QString group = QStringLiteral("Language");
     fileInUse() = file;
     qDebug().noquote() << "--- read lang file:" << file;
-    const ZConfig config(file, true);
-    const QByteArray digits =
-        config.readEntry(group, QStringLiteral("VER"), QStringLiteral("")).toLatin1();
+    const LanguageReader reader(file);
+    const QByteArray digits = reader.text("VER", QStringLiteral("")).toLatin1();
     const long version = std::strtol(digits.constData(), nullptr, 10);
     if (version < LanguageVersion) {
         qDebug("WARNING: Version of lang file is %ld - please update it to %d", version,
                LanguageVersion);
     }
-    for (const TextRow& row : Rows) {
-        *row.text = config.readEntry(group, QString::fromLatin1(row.key),
-                                     QString::fromLatin1(row.fallback));
-    }
+    for (const TextRow& row : Rows)
+        *row.text = reader.text(row.key, QString::fromLatin1(row.fallback));
 }
 
 QString withNumber(const QString& text, int number)

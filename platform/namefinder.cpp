@@ -79,6 +79,28 @@ quint8 glanceOf(Kind kind)
     }
 }
 
+// What the first byte of a character says: those before FirstOfTwo are ASCII or no first ones.
+constexpr uchar FirstOfTwo = 0xc2;
+constexpr uchar FirstOfThree = 0xe0;
+constexpr uchar FirstContinuation = 0x80;
+constexpr qsizetype LongestCharacter = 4;
+
+constexpr qsizetype PairsOfAByte = 256;
+
+qsizetype pairOf(uchar first, uchar second)
+{
+    return first * PairsOfAByte + second;
+}
+
+/// The table of pairs where only those are known that begin in the midst of a character.
+std::vector<quint8> continuationsAlone()
+{
+    std::vector<quint8> table(PairsOfAByte * PairsOfAByte);
+    std::fill(table.begin() + pairOf(FirstContinuation, 0), table.begin() + pairOf(FirstOfTwo, 0),
+              quint8(1));
+    return table;
+}
+
 bool isDigitKey(char16_t key)
 {
     return key >= u'1' && key <= u'9';
@@ -132,6 +154,7 @@ NameFinder::Found NameFinder::find(int rows, int current, const NameOf& nameOf)
     if (isEmpty())
         return {};
     glances_.fill(0);
+    noWordAt_.clear();
     const qsizetype keys = isSameAgain() ? firstPress_ : keys_.size();
     const int first = isSameAgain() ? current + 1 : std::max(current, 0);
     for (const bool byWords : {false, true}) {
@@ -203,23 +226,75 @@ bool NameFinder::fits(char16_t unit, char16_t key) const
 }
 
 /// The first word behind the name's beginning that the keys match. Most of the time that a search
-/// takes is spent here, so nothing is branched on that changes from letter to letter.
+/// takes is spent here, so what can be told from two bytes is not looked at again.
 NameFinder::Found NameFinder::matchOfWord(QByteArrayView name, qsizetype keys)
 {
-    bool inWord = false;
-    for (QByteArrayView rest = name; !rest.isEmpty();) {
-        const QByteArrayView here = rest;
-        const quint8 glance = glanceAt(takeCharacter(rest));
-        const bool isLetter = (glance & InWord) != 0;
-        const bool begins =
-            ((glance & MayBegin) != 0) & (((glance & IsWord) != 0) | (isLetter & !inWord));
-        inWord = isLetter | (((glance & Joint) != 0) & inWord);
-        if (!begins)
-            continue;
-        const qsizetype from = here.begin() - name.begin();
-        const qsizetype length = from > 0 ? matchAtStart(here, keys) : 0;
+    if (noWordAt_.empty())
+        noWordAt_ = continuationsAlone();
+    for (qsizetype at = afterNoWord(name, 1); at < name.size(); at = afterNoWord(name, at + 1)) {
+        const qsizetype length = mayBeginWordAt(name, at) ? matchAtStart(name.sliced(at), keys) : 0;
         if (length > 0)
-            return {0, from, length};
+            return {0, at, length};
     }
     return {};
+}
+
+/// The first byte from one on of which it is not known that no word begins there; the name's size
+/// if there is none.
+qsizetype NameFinder::afterNoWord(QByteArrayView name, qsizetype from) const
+{
+    const quint8* const known = noWordAt_.data();
+    const auto* const bytes = reinterpret_cast<const uchar*>(name.data());
+    const auto isKnown = [known, bytes](qsizetype at) {
+        return known[pairOf(bytes[at], bytes[at + 1])];
+    };
+    const qsizetype last = name.size() - 1;
+    qsizetype at = from;
+    // Several at once: what decides nothing need not be waited for.
+    while (at + 4 <= last &&
+           (isKnown(at) & isKnown(at + 1) & isKnown(at + 2) & isKnown(at + 3)) != 0)
+        at += 4;
+    while (at < last && isKnown(at) != 0)
+        ++at;
+    return at == last && known[pairOf(bytes[at], 0)] != 0 ? at + 1 : at;
+}
+
+/// Whether a word begins at a byte, which is the first of a character, that may be the one.
+bool NameFinder::mayBeginWordAt(QByteArrayView name, qsizetype at)
+{
+    QByteArrayView rest = name.sliced(at);
+    const uchar lead = uchar(rest.front());
+    const uchar next = rest.size() > 1 ? uchar(rest[1]) : 0;
+    const quint8 glance = glanceAt(takeCharacter(rest));
+    if ((glance & MayBegin) != 0 && (glance & (InWord | IsWord)) != 0)
+        return (glance & IsWord) != 0 || !endsInWord(name.first(at));
+    // Of longer characters two bytes do not tell which it is.
+    if (lead < FirstOfTwo)
+        std::fill_n(noWordAt_.begin() + pairOf(lead, 0), PairsOfAByte, quint8(1));
+    else if (lead < FirstOfThree)
+        noWordAt_[pairOf(lead, next)] = 1;
+    return false;
+}
+
+/// Whether a letter behind a text goes on with a word. Bytes that are no first ones belong to what
+/// is before them, so a text can be read backwards.
+bool NameFinder::endsInWord(QByteArrayView text)
+{
+    while (!text.isEmpty()) {
+        qsizetype length = 1;
+        while (length < LongestCharacter && length < text.size() &&
+               isContinuation(text[text.size() - length]))
+            ++length;
+        QByteArrayView rest = text.last(length);
+        char32_t character = takeCharacter(rest);
+        if (!rest.isEmpty()) {
+            character = NoCharacter;
+            length = 1;
+        }
+        const quint8 glance = glanceAt(character);
+        if ((glance & Joint) == 0)
+            return (glance & InWord) != 0;
+        text.chop(length);
+    }
+    return false;
 }

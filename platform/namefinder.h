@@ -7,6 +7,7 @@
 
 #include <array>
 #include <functional>
+#include <vector>
 
 /// Finds names by the keys that one presses for their first letters: letters, and digits from 1 to
 /// 9, each of which stands for any letter on its key. Case and accents do not count; with digits
@@ -49,6 +50,9 @@ private:
     quint8 learnGlance(char32_t character);
     qsizetype matchAtStart(QByteArrayView text, qsizetype keys);
     Found matchOfWord(QByteArrayView name, qsizetype keys);
+    qsizetype afterNoWord(QByteArrayView name, qsizetype from) const;
+    bool mayBeginWordAt(QByteArrayView name, qsizetype at);
+    bool endsInWord(QByteArrayView text);
     bool fits(char16_t unit, char16_t key) const;
 
     FoldedCharacters characters_;
@@ -58,4 +62,7 @@ private:
     bool same_ = true;         ///< all presses are alike
     /// What a search asks of each character of a hundred thousand names; filled as it goes.
     std::array<quint8, FoldedCharacters::CommonCharacters> glances_{};
+    /// 1 for two bytes, the first of them times 256, where no word begins that is looked for;
+    /// filled as the search goes.
+    std::vector<quint8> noWordAt_;
 };

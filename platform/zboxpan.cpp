@@ -1,6 +1,7 @@
 #include "platform/zboxpan.h"
 
 #include "platform/keymap.h"
+#include "platform/scrollthumb.h"
 #include "platform/zskinservice.h"
 #include "platform/ztheme.h"
 
@@ -25,15 +26,16 @@ public:
         setObjectName(QStringLiteral("ZBoxPan"));
     }
 
-    void showBeside(const QWidget& box)
+    void showBeside(QWidget& box)
     {
         constexpr int Gap = 1;
         const int track = parentWidget()->height();
-        const int length = std::max(track * track / box.height(), ZSkinService::ScrollThumbLength);
-        const int top = (track - length) * -box.y() / (box.height() - track);
-        setGeometry(box.geometry().right() + 1 + Gap, top,
-                    ZSkinService::ScrollThumbWidth + 2 * Edge, length);
-        raise();
+        const ScrollThumb thumb = ScrollThumb::of(track, track, box.height(), -box.y());
+        setGeometry(box.geometry().right() + 1 + Gap, thumb.top,
+                    ZSkinService::ScrollThumbWidth + 2 * Edge, thumb.length);
+        if (isVisible())
+            return;
+        liftOver(box);
         show();
     }
 
@@ -44,6 +46,19 @@ protected:
         QPainter painter(this);
         painter.fillRect(rect(), theme.ground);
         painter.fillRect(rect().adjusted(Edge, Edge, -Edge, -Edge), theme.thumb);
+    }
+
+private:
+    /// Puts it right over a box, below whatever lies over that.
+    void liftOver(QWidget& box)
+    {
+        raise();
+        const QObjectList& all = parentWidget()->children();
+        auto above = all.begin() + all.indexOf(&box) + 1;
+        while (!(*above)->isWidgetType())
+            ++above;
+        if (*above != this)
+            stackUnder(static_cast<QWidget*>(*above));
     }
 };
 
@@ -94,12 +109,13 @@ void ZBoxPan::fit(QWidget* box)
 
 void ZBoxPan::leave(const QObject* box)
 {
-    if (!tops_.remove(box) || mark_ == nullptr)
+    tops_.remove(box);
+    Mark* mark = marks_.take(box);
+    if (mark == nullptr)
         return;
     // Perhaps the screen is just going through its children.
-    mark_->hide();
-    mark_->deleteLater();
-    mark_ = nullptr;
+    mark->hide();
+    mark->deleteLater();
 }
 
 void ZBoxPan::panTo(QWidget* box, int top)
@@ -109,9 +125,10 @@ void ZBoxPan::panTo(QWidget* box, int top)
     // Moving it comes by here again.
     if (box->y() != shown)
         box->move(box->x(), shown);
-    if (mark_ == nullptr)
-        mark_ = new Mark(screen_);
-    mark_->showBeside(*box);
+    Mark*& mark = marks_[box];
+    if (mark == nullptr)
+        mark = new Mark(screen_);
+    mark->showBeside(*box);
 }
 
 bool ZBoxPan::takeKey(QWidget* box, const QEvent& event)

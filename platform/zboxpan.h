@@ -38,7 +38,7 @@ private:
     bool takeFinger(QWidget* box, const QEvent& event);
 
     QWidget* screen_;
-    Mark* mark_ = nullptr;            ///< while a box is panned
-    QHash<const QObject*, int> tops_; ///< of the boxes that are panned, at most 0
+    QHash<const QObject*, int> tops_;    ///< of the boxes that are panned, at most 0
+    QHash<const QObject*, Mark*> marks_; ///< of the same boxes
     ZTapOrDrag finger_;
 };

@@ -1,10 +1,12 @@
 #include "platform/zbubble.h"
 
 #include "platform/zlistrowpainter.h"
+#include "platform/zmotion.h"
 #include "platform/ztheme.h"
 
 #include <QAccessibleWidget>
 #include <QPainter>
+#include <QVariantAnimation>
 
 #include <algorithm>
 
@@ -19,6 +21,8 @@ constexpr int SignGap = 6;
 constexpr int Corner = 2;
 /// What a text may be wider than its advance in whole pixels.
 constexpr int Rounding = 2;
+/// What a bubble has from its first frame on, so that it can be read at once.
+constexpr double FirstOpacity = 0.5;
 
 QFont fontOf(const QWidget& widget, int size)
 {
@@ -70,10 +74,56 @@ void ZBubble::showAt(const QRect& place, const QString& text)
     setAccessibleName(text);
     setGeometry(place);
     raise();
+    const bool comes = isHidden();
+    isLeaving_ = false;
+    if (ZMotion::isEnabled() && comes)
+        opacity_ = FirstOpacity;
     setVisible(true);
+    fadeTo(1);
     update();
     if (isWarning_)
         ZAccessible::tellAlert(this);
+}
+
+void ZBubble::leave()
+{
+    if (isHidden())
+        return;
+    isLeaving_ = true;
+    fadeTo(0);
+}
+
+/// Ends by itself, and nothing wakes the process then.
+void ZBubble::fadeTo(double opacity)
+{
+    if (!ZMotion::isEnabled() || opacity_ == opacity)
+        return settle();
+    if (fade_ == nullptr) {
+        fade_ = new QVariantAnimation(this);
+        connect(fade_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+            opacity_ = value.toDouble();
+            update();
+        });
+        connect(fade_, &QVariantAnimation::finished, this, &ZBubble::settle);
+    }
+    fade_->stop();
+    fade_->setDuration(FadeMilliseconds);
+    fade_->setStartValue(opacity_);
+    fade_->setEndValue(opacity);
+    fade_->start();
+}
+
+void ZBubble::settle()
+{
+    opacity_ = 1;
+    setVisible(!isLeaving_);
+}
+
+void ZBubble::hideEvent(QHideEvent* /*event*/)
+{
+    if (fade_ != nullptr)
+        fade_->stop();
+    opacity_ = 1;
 }
 
 QAccessibleInterface* ZBubble::makeAccessible()
@@ -86,6 +136,7 @@ void ZBubble::paintEvent(QPaintEvent* /*event*/)
     const ZTheme& theme = ZTheme::current();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.setOpacity(opacity_);
     painter.setPen(theme.outline);
     painter.setBrush(theme.bar);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Corner, Corner);

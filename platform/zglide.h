@@ -22,7 +22,8 @@ public:
     void start(int distance);
     void stop();
     bool isRunning() const { return timer_.isActive(); }
-    /// By how much the text is shifted to the left, in pixels; negative while nothing is.
+    /// How far the text has glided from its beginning to its end, in pixels; negative while it does
+    /// not.
     qreal offset() const { return offset_; }
 
 signals:

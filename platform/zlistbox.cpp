@@ -1,6 +1,7 @@
 #include "platform/zlistbox.h"
 
 #include "platform/keymap.h"
+#include "platform/scrollthumb.h"
 #include "platform/zglide.h"
 #include "platform/zmotion.h"
 #include "platform/zpixmap.h"
@@ -449,11 +450,6 @@ void ZListBox::paintEmptyText(QPainter& painter)
 
 void ZListBox::paintThumb(QPainter& painter)
 {
-    const int shown = visibleItems();
-    const int track = viewport()->height();
-    const int thumb =
-        std::max(int(qint64(track) * shown / count()), ZSkinService::ScrollThumbLength);
-    const int top = int(qint64(track - thumb) * topItem() / (count() - shown));
-    painter.fillRect(viewport()->width() - ZSkinService::ScrollThumbWidth, top,
-                     ZSkinService::ScrollThumbWidth, thumb, look_->thumb);
+    ScrollThumb::of(viewport()->height(), visibleItems(), count(), topItem())
+        .paint(painter, {viewport()->width() - ZSkinService::ScrollThumbWidth, 0}, look_->thumb);
 }

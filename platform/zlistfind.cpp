@@ -89,8 +89,13 @@ bool ZListFind::eventFilter(QObject* /*watched*/, QEvent* event)
             return false;
         event->accept();
         return true;
-    case QEvent::FocusOut:
     case QEvent::Hide:
+        end();
+        // Nothing fades where it is not seen.
+        if (bubble_ != nullptr)
+            bubble_->hide();
+        return false;
+    case QEvent::FocusOut:
     case QEvent::Resize:
         end();
         return false;
@@ -197,7 +202,7 @@ void ZListFind::showLetter()
     const QString letter = row < 0 ? QString() : firstLetter(nameOf_(row));
     timer_->start(LetterTime);
     if (letter.isEmpty())
-        theBubble()->hide();
+        theBubble()->leave();
     else
         theBubble()->showLetter(letter);
 }
@@ -216,7 +221,7 @@ void ZListFind::end()
     endedByTime_ = false;
     timer_->stop();
     if (bubble_ != nullptr)
-        bubble_->hide();
+        bubble_->leave();
 }
 
 ZBubble* ZListFind::theBubble()

@@ -175,14 +175,16 @@ void ZListRowPainter::paintTexts(QPainter& painter, const QRect& area, const ZLi
             area.left(), lines.first,
             metrics.elidedText(name, Qt::ElideMiddle, area.width(), Qt::TextSingleLine));
     } else {
+        // What is written from the right begins there.
+        const qreal wider = metrics.horizontalAdvance(name) - area.width();
+        const qreal shift = name.isRightToLeft() ? wider - state.glide : state.glide;
         painter.save();
         painter.setClipRect(area, Qt::IntersectClip);
-        painter.drawText(QPointF(area.left() - state.glide, lines.first), name);
+        painter.drawText(QPointF(area.left() - shift, lines.first), name);
         painter.restore();
         const QRect line(area.left(), lines.first - metrics.ascent(), area.width(),
                          metrics.height());
-        const bool isCutAtEnd = metrics.horizontalAdvance(name) - state.glide > area.width();
-        fadeEdges(painter, line, look.highlight, state.glide > 0, isCutAtEnd);
+        fadeEdges(painter, line, look.highlight, shift > 0, shift < wider);
     }
     if (!detailed)
         return;
@@ -219,8 +221,9 @@ void ZListRowPainter::paintCheckBox(QPainter& painter, const QRect& area, const 
                                    QPointF(area.left() + 11, area.top() + 4)};
         painter.drawPolyline(points, 3);
     } else {
-        painter.setPen(item.isEnabled() ? look.border : look.hairline);
-        painter.setBrush(look.background);
+        // One that cannot be checked is filled, and seen all the same.
+        painter.setPen(look.border);
+        painter.setBrush(item.isEnabled() ? look.background : look.hairline);
         painter.drawRoundedRect(QRectF(area).adjusted(0.5, 0.5, -0.5, -0.5), Corner, Corner);
     }
     painter.restore();

@@ -2,6 +2,7 @@
 
 #include "platform/zoptionsmenu.h"
 
+#include "platform/scrollthumb.h"
 #include "platform/shownname.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
@@ -213,10 +214,7 @@ void ZOptionsMenu::paintScrollMarks(QPainter& painter) const
 {
     if (!scrolls())
         return;
-    const auto& look = ZSkinService::look(widgetClass_);
-    const int track = height() - 2 * Border;
-    const int thumb = std::max(track * visibleRows() / count(), ZSkinService::ScrollThumbLength);
-    const int top = (track - thumb) * first_ / (count() - visibleRows());
-    painter.fillRect(width() - Border - ZSkinService::ScrollThumbWidth, Border + top,
-                     ZSkinService::ScrollThumbWidth, thumb, look.thumb);
+    ScrollThumb::of(height() - 2 * Border, visibleRows(), count(), first_)
+        .paint(painter, {width() - Border - ZSkinService::ScrollThumbWidth, Border},
+               ZSkinService::look(widgetClass_).thumb);
 }

@@ -17,6 +17,7 @@ ZTheme withBars(ZTheme theme)
     theme.barText = rgb(0xffffff);
     theme.barSecondText = rgb(0xb8bdc6);
     theme.barMark = rgb(0xff640c);
+    theme.barTrack = rgb(0x464951);
     theme.barWarning = rgb(0xffb454);
     return theme;
 }
@@ -37,9 +38,6 @@ ZTheme light()
     theme.selection = rgb(0x5b616b);
     theme.selectionText = rgb(0xffffff);
     theme.shadow = QColor(0, 0, 0, 0x38);
-    theme.error = rgb(0xc62828);
-    theme.warning = rgb(0x9a5b00);
-    theme.done = rgb(0x2e7d32);
     return withBars(theme);
 }
 
@@ -59,9 +57,6 @@ ZTheme dark()
     theme.selection = rgb(0x9ba1ab);
     theme.selectionText = rgb(0x101114);
     theme.shadow = QColor(0, 0, 0, 0xa0);
-    theme.error = rgb(0xef5350);
-    theme.warning = rgb(0xd89a3c);
-    theme.done = rgb(0x66bb6a);
     return withBars(theme);
 }
 

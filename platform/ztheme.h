@@ -27,11 +27,8 @@ struct ZTheme {
     QColor barText;
     QColor barSecondText;
     QColor barMark;    ///< what `mark` is on a bar
+    QColor barTrack;   ///< what is not done yet, beside barMark
     QColor barWarning; ///< with a sign, too
-
-    QColor error; ///< these three only together with a sign
-    QColor warning;
-    QColor done;
 
     static const ZTheme& of(Kind kind);
     /// The one in use: light until another one is chosen.

@@ -10,13 +10,28 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
 
 QString dataSize(qint64 bytes)
 {
-    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat);
+    const ShareTexts& texts = ShareTexts::instance();
+    const std::pair<QLatin1String, const QString&> units[] = {
+        {QLatin1String("bytes"), texts.bytes},
+        {QLatin1String("kB"), texts.kilobytes},
+        {QLatin1String("MB"), texts.megabytes},
+        {QLatin1String("GB"), texts.gigabytes},
+    };
+    const QString size =
+        QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat);
+    const qsizetype number = size.indexOf(QLatin1Char(' ')) + 1;
+    for (const auto& [unit, text] : units) {
+        if (QStringView(size).mid(number) == unit)
+            return size.left(number) + text;
+    }
+    return size;
 }
 
 } // namespace

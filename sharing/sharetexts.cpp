@@ -1,16 +1,11 @@
 #include "sharing/sharetexts.h"
 
-#include "platform/zconfig.h"
+#include "lang/languagereader.h"
 
 namespace
 {
 
-struct ShareTextRow {
-    QString ShareTexts::*text;
-    const char* key;
-};
-
-constexpr ShareTextRow ShareTextRows[] = {
+constexpr KeyedText<ShareTexts> ShareTextKeys[] = {
 #define TEXT(name, key, english) {&ShareTexts::name, key},
 #include "sharing/sharetextlist.inc"
 #undef TEXT
@@ -31,11 +26,5 @@ const ShareTexts& ShareTexts::instance()
 
 void ShareTexts::load(const QString& file)
 {
-    const ZConfig config(file, true);
-    ShareTexts texts;
-    for (const ShareTextRow& row : ShareTextRows) {
-        QString& text = texts.*row.text;
-        text = config.readEntry(QStringLiteral("Language"), QLatin1String(row.key), text);
-    }
-    shareTextsInUse() = texts;
+    shareTextsInUse() = readTexts(file, ShareTextKeys);
 }

@@ -3,10 +3,10 @@
 #include "files/paths.h"
 #include "platform/shownname.h"
 #include "platform/zskinservice.h"
+#include "plugins/support/brokenlines.h"
 #include "plugins/support/plugintexts.h"
 
 #include <QPainter>
-#include <QTextOption>
 #include <QVBoxLayout>
 
 namespace
@@ -68,34 +68,38 @@ protected:
         constexpr int AdviceSize = 13;
         constexpr int Bold = 75;
         const auto& look = ZSkinService::look(ZSkinService::clsListBox);
-        const QFont problem = ZSkinService::font(font().family(), ProblemSize, Bold);
-        const QFont advice = ZSkinService::font(font().family(), AdviceSize);
         const QRect area = rect().adjusted(Margin, Margin, -Margin, -Margin);
-        const int problemHeight = heightOf(problem, area, window_.problem());
-        const int whole = problemHeight + Gap + heightOf(advice, area, window_.advice());
+        // However long the problem is, there is room for the advice.
+        const Block problem(window_.problem(), area.width(), (area.height() - Gap) / 2,
+                            ZSkinService::font(font().family(), ProblemSize, Bold));
+        const Block advice(window_.advice(), area.width(), area.height() - Gap - problem.height(),
+                           ZSkinService::font(font().family(), AdviceSize));
         QPainter painter(this);
         painter.fillRect(rect(), look.background);
-        QRect place(area.left(), area.center().y() - whole / 2, area.width(), problemHeight);
-        paint(painter, place, problem, look.text, window_.problem());
-        place.setTop(place.bottom() + Gap);
-        place.setBottom(area.bottom());
-        paint(painter, place, advice, look.secondaryText, window_.advice());
+        painter.setFont(problem.font);
+        painter.setPen(look.text);
+        const int whole = problem.height() + Gap + advice.height();
+        const int top = area.center().y() - whole / 2;
+        const int end = paintLines(painter, {area.left(), top, area.width(), whole}, problem.lines);
+        painter.setFont(advice.font);
+        painter.setPen(look.secondaryText);
+        paintLines(painter, {area.left(), end + Gap, area.width(), whole}, advice.lines);
     }
 
 private:
-    static constexpr int Flags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap;
+    /// A text broken for a room.
+    struct Block {
+        Block(const QString& text, int width, int height, const QFont& itsFont)
+            : font(itsFont),
+              lines(brokenLines(text, font, width, height / QFontMetrics(font).height()))
+        {
+        }
 
-    static int heightOf(const QFont& font, const QRect& area, const QString& text)
-    {
-        return QFontMetrics(font).boundingRect(area, Flags, text).height();
-    }
-    static void paint(QPainter& painter, const QRect& place, const QFont& font,
-                      const QColor& colour, const QString& text)
-    {
-        painter.setFont(font);
-        painter.setPen(colour);
-        painter.drawText(place, Flags, text);
-    }
+        int height() const { return int(lines.size()) * QFontMetrics(font).height(); }
+
+        QFont font;
+        QStringList lines;
+    };
 
     const DesktopWindow& window_;
 };

@@ -2,6 +2,7 @@
 
 #include "files/paths.h"
 #include "plugins/execute/runningprogram.h"
+#include "plugins/support/fileproblem.h"
 #include "plugins/support/plugintexts.h"
 #include "plugins/support/textpane.h"
 
@@ -105,7 +106,7 @@ void ExecuteWindow::programEnded(const ProgramEnd& end)
 void ExecuteWindow::programFailed(const QString& problem)
 {
     const QString program = lastPart(command_.program);
-    showEnd(QString(), pluginTexts().cannotRun.arg(program, problem));
+    showEnd(QString(), pluginTexts().cannotRun.arg(program, withSystemProblem(problem)));
 }
 
 void ExecuteWindow::showEnd(const QString& state, const QString& notice)

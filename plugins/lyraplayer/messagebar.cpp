@@ -1,12 +1,9 @@
 #include "plugins/lyraplayer/messagebar.h"
 
-#include "platform/shownname.h"
 #include "platform/zskinservice.h"
+#include "plugins/support/brokenlines.h"
 
 #include <QPainter>
-#include <QTextLayout>
-
-#include <algorithm>
 
 namespace
 {
@@ -28,10 +25,9 @@ MessageBar::MessageBar(QWidget* parent) : QWidget(parent)
 
 void MessageBar::setText(const QString& text)
 {
-    const QString shown = withMarks(text);
-    if (shown == text_)
+    if (text == text_)
         return;
-    text_ = shown;
+    text_ = text;
     breakLines();
     setVisible(!text.isEmpty());
 }
@@ -39,21 +35,7 @@ void MessageBar::setText(const QString& text)
 void MessageBar::breakLines()
 {
     const QFont font = textFont(*this);
-    const int room = std::max(width() - 2 * BarMargin, 1);
-    QTextLayout layout(text_, font);
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    layout.setTextOption(option);
-    layout.beginLayout();
-    lines_.clear();
-    for (QTextLine line = layout.createLine(); line.isValid() && lines_.size() < MaxLines;
-         line = layout.createLine()) {
-        line.setLineWidth(room);
-        const bool last = lines_.size() + 1 == MaxLines;
-        const QString rest = text_.mid(line.textStart(), last ? -1 : line.textLength());
-        lines_.append(QFontMetrics(font).elidedText(rest.trimmed(), Qt::ElideRight, room));
-    }
-    layout.endLayout();
+    lines_ = brokenLines(text_, font, width() - 2 * BarMargin, MaxLines);
     setFixedHeight(int(lines_.size()) * QFontMetrics(font).height() + BarMargin);
     update();
 }
@@ -65,12 +47,7 @@ void MessageBar::paintEvent(QPaintEvent* /*event*/)
     painter.fillRect(rect(), look.highlight);
     painter.setFont(textFont(*this));
     painter.setPen(look.highlightText);
-    const int height = painter.fontMetrics().height();
-    for (qsizetype i = 0; i < lines_.size(); ++i) {
-        const QRect line(BarMargin, BarMargin / 2 + int(i) * height, width() - 2 * BarMargin,
-                         height);
-        painter.drawText(line, int(Qt::AlignCenter) | Qt::TextSingleLine, lines_.at(i));
-    }
+    paintLines(painter, rect().adjusted(BarMargin, BarMargin / 2, -BarMargin, 0), lines_);
 }
 
 void MessageBar::resizeEvent(QResizeEvent* /*event*/)

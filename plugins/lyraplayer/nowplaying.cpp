@@ -1,15 +1,15 @@
 #include "plugins/lyraplayer/nowplaying.h"
 
 #include "platform/screenscale.h"
-#include "platform/shownname.h"
 #include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 #include "plugins/lyraplayer/glyphs.h"
 #include "plugins/lyraplayer/player.h"
+#include "plugins/support/brokenlines.h"
 #include "plugins/support/plugintexts.h"
 
 #include <QMouseEvent>
 #include <QPainter>
-#include <QTextLayout>
 #include <QTransform>
 
 #include <algorithm>
@@ -55,30 +55,10 @@ QString oneLine(const QPainter& painter, const QString& text, int width)
     return painter.fontMetrics().elidedText(text.simplified(), Qt::ElideRight, width);
 }
 
-/// The lines that a text takes in a font, at most two, the last cut off if it needs more.
-QStringList brokenLines(const QString& text, const QFont& font, int width)
-{
-    const QFontMetrics metrics(font);
-    const QString whole = withMarks(text).simplified();
-    if (whole.isEmpty() || metrics.horizontalAdvance(whole) <= width)
-        return whole.isEmpty() ? QStringList() : QStringList(whole);
-    QTextLayout layout(whole, font);
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    layout.setTextOption(option);
-    layout.beginLayout();
-    QTextLine first = layout.createLine();
-    first.setLineWidth(width);
-    layout.endLayout();
-    const qsizetype end = first.isValid() ? first.textLength() : 0;
-    return {whole.left(end).trimmed(), metrics.elidedText(whole.mid(end), Qt::ElideRight, width)};
-}
-
 /// The part of a bar that is filled.
 void paintBar(QPainter& painter, const QRect& bar, double part)
 {
-    // Dark enough for the filled part to be told from it, which needs 3:1.
-    painter.fillRect(bar, QColor(0x4a, 0x4d, 0x55));
+    painter.fillRect(bar, ZTheme::current().barTrack);
     QRect filled = bar;
     filled.setWidth(int(std::lround(bar.width() * std::clamp(part, 0.0, 1.0))));
     painter.fillRect(filled, skin().highlight);
@@ -132,18 +112,15 @@ QList<NowPlaying::Text> NowPlaying::texts() const
 {
     const int inner = width() - 2 * Margin;
     const auto text = [inner, this](const QString& words, int size, int weight,
-                                    const QColor& colour) {
+                                    const QColor& colour, int most) {
         const QFont itsFont = ZSkinService::font(font().family(), size, weight);
-        return Text{brokenLines(words, itsFont, inner), itsFont, colour};
+        return Text{brokenLines(words, itsFont, inner, most), itsFont, colour};
     };
     const TrackInfo& track = player_.track();
     const QString title = player_.count() > 0 ? player_.title() : pluginTexts().noMusic;
-    Text album = text(track.album, SmallText, Light, skin().secondaryText);
-    if (album.lines.size() > 1)
-        album.lines = {QFontMetrics(album.font)
-                           .elidedText(withMarks(track.album).simplified(), Qt::ElideRight, inner)};
-    return {text(title, LargeText, Bold, skin().text),
-            text(track.artist, MiddleText, Light, skin().text), album};
+    return {text(title, LargeText, Bold, skin().text, 2),
+            text(track.artist, MiddleText, Light, skin().text, 2),
+            text(track.album, SmallText, Light, skin().secondaryText, 1)};
 }
 
 NowPlaying::Places NowPlaying::places(const QList<Text>& texts) const
@@ -240,16 +217,11 @@ void NowPlaying::paintHead(QPainter& painter, const QRect& area) const
 
 void NowPlaying::paintTexts(QPainter& painter, const QRect& area, const QList<Text>& texts)
 {
-    int y = area.top();
+    QRect rest = area;
     for (const Text& text : texts) {
         painter.setFont(text.font);
         painter.setPen(text.colour);
-        const int height = painter.fontMetrics().height();
-        for (const QString& line : text.lines) {
-            painter.drawText(QRect(area.left(), y, area.width(), height),
-                             int(Qt::AlignCenter) | Qt::TextSingleLine, line);
-            y += height;
-        }
+        rest.setTop(paintLines(painter, rest, text.lines));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "plugins/lyraplayer/tags.h"
 
 #include <cstdlib>
+#include <utility>
 
 TrackReader::TrackReader(QObject* parent)
     : QObject(parent), titles_(std::make_shared<std::atomic<bool>>(false))
@@ -28,7 +29,7 @@ void TrackReader::askTitle(int number, const QByteArray& track)
 {
     if (isStream(track))
         return;
-    QMetaObject::invokeMethod(&worker_, [this, number, track, request = titles_] {
+    post(false, [this, number, track, request = titles_] {
         const QString title = *request ? QString() : readTags(track, false, *request).title;
         if (title.isEmpty())
             return;
@@ -41,11 +42,27 @@ void TrackReader::askCover(const QByteArray& track, QSize box)
     if (cover_)
         *cover_ = true;
     cover_ = std::make_shared<std::atomic<bool>>(false);
-    QMetaObject::invokeMethod(&worker_, [this, track, box, request = cover_] {
+    post(true, [this, track, box, request = cover_] {
         if (*request)
             return;
         const QImage cover = isStream(track) ? QImage() : readCover(track, box, *request);
         QMetaObject::invokeMethod(this, [this, request, cover] { finishCover(request, cover); });
+    });
+}
+
+/// Lets the thread do something, with what is looked at most before all that waits.
+void TrackReader::post(bool first, std::function<void()> work)
+{
+    {
+        const QMutexLocker locker(&mutex_);
+        work_.insert(first ? work_.begin() : work_.end(), std::move(work));
+    }
+    QMetaObject::invokeMethod(&worker_, [this] {
+        QMutexLocker locker(&mutex_);
+        const std::function<void()> next = std::move(work_.front());
+        work_.pop_front();
+        locker.unlock();
+        next();
     });
 }
 

@@ -2,15 +2,19 @@
 
 #include <QByteArray>
 #include <QImage>
+#include <QMutex>
 #include <QObject>
 #include <QSize>
 #include <QThread>
 
 #include <atomic>
+#include <deque>
+#include <functional>
 #include <memory>
 
-/// Reads what files of music hold besides the music, one after the other in a thread of its own.
-/// Streams have nothing to be read. Tracks are as the playlist has them.
+/// Reads what files of music hold besides the music, one after the other in a thread of its own, a
+/// cover before the titles that wait. Streams have nothing to be read. Tracks are as the playlist
+/// has them.
 class TrackReader : public QObject
 {
     Q_OBJECT
@@ -35,10 +39,13 @@ signals:
 
 private:
     using Cancellation = std::shared_ptr<std::atomic<bool>>;
+    void post(bool first, std::function<void()> work);
     void finishCover(const Cancellation& request, const QImage& cover);
 
     QThread thread_;
     QObject worker_; ///< lives in the thread
+    QMutex mutex_;
+    std::deque<std::function<void()>> work_; ///< guarded by the mutex; what is asked of the thread
     Cancellation titles_;
     Cancellation cover_;
 };

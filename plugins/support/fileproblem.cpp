@@ -2,7 +2,26 @@
 
 #include "plugins/support/plugintexts.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
+
+namespace
+{
+
+struct SystemText {
+    int error;
+    QString PluginTexts::*text;
+};
+
+constexpr SystemText SystemTexts[] = {
+    {EACCES, &PluginTexts::noPermission}, {EPERM, &PluginTexts::noPermission},
+    {ENOENT, &PluginTexts::notFound},     {EISDIR, &PluginTexts::aFolder},
+    {ENOSPC, &PluginTexts::noSpace},      {EROFS, &PluginTexts::readOnly},
+    {EIO, &PluginTexts::ioError},
+};
+
+} // namespace
 
 QString fileProblem(int error)
 {
@@ -20,6 +39,24 @@ QString fileProblem(int error)
     case EPERM:
         return texts.mayNotRead;
     default:
-        return texts.cannotOpen.arg(qt_error_string(error));
+        return texts.cannotOpen.arg(systemProblem(error));
     }
+}
+
+QString systemProblem(int error)
+{
+    const auto* const found =
+        std::find_if(std::begin(SystemTexts), std::end(SystemTexts),
+                     [error](const SystemText& each) { return each.error == error; });
+    return found != std::end(SystemTexts) ? pluginTexts().*found->text : qt_error_string(error);
+}
+
+QString withSystemProblem(const QString& problem)
+{
+    for (const SystemText& each : SystemTexts) {
+        const QString words = qt_error_string(each.error);
+        if (problem.endsWith(words))
+            return problem.chopped(words.size()) + systemProblem(each.error);
+    }
+    return problem;
 }

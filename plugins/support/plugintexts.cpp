@@ -1,16 +1,11 @@
 #include "plugins/support/plugintexts.h"
 
-#include "platform/zconfig.h"
+#include "lang/languagereader.h"
 
 namespace
 {
 
-struct TextRow {
-    QString PluginTexts::*text;
-    const char* key;
-};
-
-constexpr TextRow PluginTextRows[] = {
+constexpr KeyedText<PluginTexts> PluginTextKeys[] = {
 #define TEXT(name, key, english) {&PluginTexts::name, key},
 #include "plugins/support/plugintextlist.inc"
 #undef TEXT
@@ -31,11 +26,5 @@ const PluginTexts& pluginTexts()
 
 void loadPluginTexts(const QString& file)
 {
-    const ZConfig config(file, true);
-    PluginTexts texts;
-    for (const TextRow& row : PluginTextRows) {
-        QString& text = texts.*row.text;
-        text = config.readEntry(QStringLiteral("Language"), QLatin1String(row.key), text);
-    }
-    textsInUse() = texts;
+    textsInUse() = readTexts(file, PluginTextKeys);
 }

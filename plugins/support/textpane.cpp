@@ -1,6 +1,7 @@
 #include "plugins/support/textpane.h"
 
 #include "platform/keymap.h"
+#include "platform/scrollthumb.h"
 #include "platform/zskinservice.h"
 #include "plugins/support/notice.h"
 
@@ -305,13 +306,8 @@ void TextPane::paintBar(QPainter& painter) const
     const qint64 shown = rows_.back().end - rows_.front().start;
     if (whole <= shown)
         return;
-    const double scale = double(height()) / double(whole);
-    const int length =
-        std::min(std::max(int(double(shown) * scale), ZSkinService::ScrollThumbLength), height());
-    const int y = isAtEnd()
-                      ? height() - length
-                      : std::min(int(double(top_ - source_.begin()) * scale), height() - length);
-    const auto& look = ZSkinService::look(ZSkinService::clsListBox);
-    painter.fillRect(width() - ZSkinService::ScrollThumbWidth, std::max(y, 0),
-                     ZSkinService::ScrollThumbWidth, length, look.thumb);
+    const qint64 first = isAtEnd() ? whole - shown : top_ - source_.begin();
+    ScrollThumb::of(height(), shown, whole, first)
+        .paint(painter, {width() - ZSkinService::ScrollThumbWidth, 0},
+               ZSkinService::look(ZSkinService::clsListBox).thumb);
 }

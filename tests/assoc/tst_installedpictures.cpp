@@ -1,3 +1,4 @@
+#include "tests/support/contrast.h"
 #include "tests/support/testmain.h"
 
 #include <QColor>
@@ -16,27 +17,6 @@ namespace
 /// What pictures lie on: rows, the highlighted row, both of them in the dark, bars and titles.
 const QColor Grounds[] = {QColor("#ffffff"), QColor("#ffe6d6"), QColor("#101114"),
                           QColor("#3a2417"), QColor("#000000")};
-/// What tells a shape from its ground for who sees badly.
-constexpr double LeastContrast = 3;
-
-double linear(int channel)
-{
-    const double part = channel / 255.0;
-    return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-}
-
-double luminance(const QColor& colour)
-{
-    return 0.2126 * linear(colour.red()) + 0.7152 * linear(colour.green()) +
-           0.0722 * linear(colour.blue());
-}
-
-double contrast(const QColor& one, const QColor& other)
-{
-    const double first = luminance(one) + 0.05;
-    const double second = luminance(other) + 0.05;
-    return std::max(first, second) / std::min(first, second);
-}
 
 QImage staged(const QString& name, int density = 1)
 {
@@ -182,7 +162,7 @@ void tst_InstalledPictures::shapesStandOutOnEveryGround()
     QVERIFY(points.size() > 40);
     for (const QColor& ground : Grounds) {
         const auto seen = std::count_if(points.begin(), points.end(), [&](QPoint point) {
-            return contrast(picture.pixelColor(point), ground) >= LeastContrast;
+            return contrast(picture.pixelColor(point), ground) >= ContrastOfStates;
         });
         // Corners are blurred.
         QVERIFY2(

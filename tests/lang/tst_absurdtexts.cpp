@@ -4,6 +4,8 @@
 #include "platform/zoptionsmenu.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
+#include "plugins/desktop/desktopwindow.h"
+#include "plugins/support/notice.h"
 #include "plugins/support/plugintexts.h"
 #include "plugins/support/pluginwindow.h"
 #include "sharing/sharedevicelist.h"
@@ -134,6 +136,26 @@ private slots:
         QVERIFY(title.startsWith("a.txt  " + pluginTexts().running.left(1)));
         QVERIFY(title.endsWith(QChar(0x2026)));
         QCOMPARE(drawn.size(), 3);
+    }
+
+    void noticesKeepToTheirPlace_data() { addTexts(); }
+    void noticesKeepToTheirPlace()
+    {
+        const QRect place(10, 20, 200, 100);
+        const auto drawn = textsDrawnOn({240, 320}, [&](QPainter& painter) {
+            paintNotice(painter, place, pluginTexts().notAPicture);
+        });
+        QVERIFY(drawn.size() > 2);
+        expectElided(drawn, place, 1);
+    }
+
+    void whatHandsOverKeepsToItsPage_data() { addTexts(); }
+    void whatHandsOverKeepsToItsPage()
+    {
+        DesktopWindow window("a.pdf", Handover::NoProgram);
+        window.show();
+        // The problem and the advice, and the key that ends it.
+        expectElided(window, 3);
     }
 
     void deviceListKeepsToItsRows_data() { addTexts(); }

@@ -1,4 +1,5 @@
 #include "platform/zskinservice.h"
+#include "plugins/desktop/desktopwindow.h"
 #include "plugins/lyraplayer/messagebar.h"
 #include "plugins/lyraplayer/nowplaying.h"
 #include "plugins/lyraplayer/player.h"
@@ -62,6 +63,9 @@ private slots:
                                     texts.notRegular,
                                     texts.mayNotRead,
                                     texts.cannotOpen.arg("Too many open files"),
+                                    texts.cannotOpen.arg(texts.ioError),
+                                    texts.cannotOpen.arg(texts.readOnly),
+                                    texts.cannotOpen.arg(texts.noSpace),
                                     texts.fileEmpty,
                                     texts.notAPicture,
                                     texts.pictureDamaged,
@@ -70,7 +74,9 @@ private slots:
                                     texts.notExecutable,
                                     texts.noOutputYet,
                                     texts.noOutput,
-                                    texts.cannotRun.arg("python3", "No such file or directory"),
+                                    texts.cannotRun.arg("python3", texts.notFound),
+                                    texts.cannotRun.arg("python3", texts.noPermission),
+                                    texts.cannotRun.arg("python3", texts.aFolder),
                                     texts.noProgram.arg(".pdf"),
                                     texts.noProgram.arg(texts.thisFile),
                                     texts.programFailed.arg(".pdf"),
@@ -87,6 +93,27 @@ private slots:
             for (const DrawnText& line : drawn)
                 lines.append(line.text.trimmed());
             QVERIFY2(isBrokenBetweenWords(lines, text), qPrintable(lines.join('|')));
+        }
+    }
+
+    void whatHandsOverIsBrokenBetweenWords_data() { addLanguages(); }
+    void whatHandsOverIsBrokenBetweenWords()
+    {
+        for (const Handover outcome :
+             {Handover::NoFile, Handover::NoOpener, Handover::NoProgram, Handover::Failed}) {
+            for (const char* file : {"/x/a.pdf", "/x/a", "/x/a.longestending"}) {
+                DesktopWindow window(file, outcome);
+                window.show();
+                const QList<DrawnText> drawn = textsDrawnBy(window);
+                QCOMPARE(misplaced(drawn, window.rect()), QString());
+                QStringList lines;
+                for (const DrawnText& line : drawn) {
+                    if (line.text != pluginTexts().exit && line.text != window.mainWidgetTitle())
+                        lines.append(line.text);
+                }
+                const QString whole = window.problem() + ' ' + window.advice();
+                QVERIFY2(isBrokenBetweenWords(lines, whole.trimmed()), qPrintable(lines.join('|')));
+            }
         }
     }
 

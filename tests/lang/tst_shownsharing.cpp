@@ -59,6 +59,22 @@ private slots:
         }
     }
 
+    void sizesAreWhole_data() { addLanguages(); }
+    void sizesAreWhole()
+    {
+        const ShareTexts& texts = ShareTexts::instance();
+        constexpr qint64 Kilo = 1024;
+        ShareBox box;
+        const auto expectSizes = [&box](qint64 size, const QString& sizes) {
+            box.showProgress("song.mp3", size, size);
+            expectDrawn(box, {"100%  " + sizes + " / " + sizes});
+        };
+        expectSizes(1000, "1000 " + texts.bytes);
+        expectSizes(1000 * Kilo, "1000.0 " + texts.kilobytes);
+        expectSizes(1000 * Kilo * Kilo, "1000.0 " + texts.megabytes);
+        expectSizes(1000 * Kilo * Kilo * Kilo, "1000.0 " + texts.gigabytes);
+    }
+
 private:
     std::unique_ptr<QWidget> main_;
 };

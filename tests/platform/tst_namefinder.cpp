@@ -1,6 +1,11 @@
 #include "platform/namefinder.h"
 #include "tests/support/testmain.h"
 
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <iterator>
+
 /// Which name the keys of its first letters find.
 class tst_NameFinder : public QObject
 {
@@ -15,6 +20,7 @@ private slots:
     void digitsStandForTheLettersOfTheLanguage();
     void laterWordBegins_data();
     void laterWordBegins();
+    void laterWordsAreThoseOfAReaderFromTheLeft();
     void nextRowIsFound_data();
     void nextRowIsFound();
     void whatIsAskedIsAsItWasPressed_data();
@@ -43,6 +49,38 @@ QString matched(const QString& name, const QString& keys, const QString& languag
     const QByteArray bytes = name.toUtf8();
     const auto found = finder.find(1, 0, [&bytes](int) { return QByteArrayView(bytes); });
     return found.row < 0 ? QString() : QString::fromUtf8(bytes.mid(found.from, found.length));
+}
+
+/// The bytes of the character that a text begins with: of what is no UTF-8 one.
+qsizetype bytesOfFirst(QByteArrayView text)
+{
+    const uchar lead = uchar(text.front());
+    const qsizetype length = lead < 0xc0 ? 1 : lead < 0xe0 ? 2 : 3;
+    const auto goesOn = [](char byte) { return (uchar(byte) & 0xc0U) == 0x80; };
+    const bool isWhole =
+        length <= text.size() && std::all_of(text.begin() + 1, text.begin() + length, goesOn);
+    return isWhole ? length : 1;
+}
+
+/// The first word behind a name's beginning that begins with what a finder was asked, as one finds
+/// it who reads from the left; -1 if there is none.
+qsizetype readWord(NameFinder& finder, FoldedCharacters& characters, QByteArrayView name)
+{
+    using Kind = FoldedCharacters::Kind;
+    bool inWord = false;
+    for (qsizetype at = 0; at < name.size();) {
+        const QByteArrayView rest = name.sliced(at);
+        const qsizetype length = bytesOfFirst(rest);
+        const QString character = QString::fromUtf8(rest.first(length));
+        const Kind kind = characters.of(character.toUcs4().value(0)).kind;
+        const bool begins = kind == Kind::Ideograph || (kind == Kind::Letter && !inWord);
+        const auto found = finder.find(1, 0, [rest](int) { return rest; });
+        if (at > 0 && begins && found.row == 0 && found.from == 0)
+            return at;
+        inWord = kind == Kind::Letter || (kind == Kind::Joint && inWord);
+        at += length;
+    }
+    return -1;
 }
 
 QString text(const char* utf8)
@@ -210,6 +248,34 @@ void tst_NameFinder::laterWordBegins()
     QFETCH(QString, keys);
     QFETCH(QString, part);
     QCOMPARE(matched(name, keys), part.isEmpty() ? QString() : part);
+}
+
+void tst_NameFinder::laterWordsAreThoseOfAReaderFromTheLeft()
+{
+    const QByteArray pieces[] = {"a",    "b",    "я",        "Я",      "к",
+                                 "é",    " ",    "'",        "-",      "0",
+                                 "2",    "日",   "本",       "\u0301", "\u05bc\u05d0",
+                                 "\xd0", "\x80", "\xe2\x82", "\xff"};
+    constexpr int Names = 1000;
+    FoldedCharacters characters{KeypadLetters("russian")};
+    QRandomGenerator random(1);
+    int found = 0;
+    for (const QString keys : {"a", "я", "к", "2", "日", "a2", "як"}) {
+        NameFinder finder{KeypadLetters("russian")};
+        press(finder, keys);
+        for (int i = 0; i < Names; ++i) {
+            // Nothing begins with the first character, so only words can be found.
+            QByteArray name("_");
+            for (int piece = random.bounded(9); piece > 0; --piece)
+                name += pieces[random.bounded(int(std::size(pieces)))];
+            const qsizetype expected = readWord(finder, characters, name);
+            const auto word = finder.find(1, 0, [&name](int) { return QByteArrayView(name); });
+            QVERIFY2((word.row < 0 ? -1 : word.from) == expected,
+                     name.toHex() + " " + keys.toUtf8());
+            found += expected > 0;
+        }
+    }
+    QVERIFY(found > Names);
 }
 
 void tst_NameFinder::nextRowIsFound_data()

@@ -51,16 +51,23 @@ QColor colourAt(int y)
     return ZScreen::instance()->grab().toImage().pixelColor(100, y);
 }
 
-/// The mark that is shown; nullptr if there is none.
-const QWidget* mark()
+/// The marks that are shown, the lowest first.
+QList<const QWidget*> marks()
 {
     const auto all =
         ZScreen::instance()->findChildren<QWidget*>("ZBoxPan", Qt::FindDirectChildrenOnly);
+    QList<const QWidget*> shown;
     for (const QWidget* each : all) {
         if (each->isVisible())
-            return each;
+            shown.append(each);
     }
-    return nullptr;
+    return shown;
+}
+
+/// The only mark that is shown; nullptr if there is none.
+const QWidget* mark()
+{
+    return marks().size() == 1 ? marks().first() : nullptr;
 }
 
 } // namespace
@@ -125,7 +132,7 @@ private slots:
         pressKey(PhoneKey::Down);
         QCOMPARE(box.geometry(), QRect(10, (320 - height) / 2, 220, height));
         QCOMPARE(box.keys, QList<int>{PhoneKey::Down});
-        QVERIFY(mark() == nullptr);
+        QVERIFY(marks().isEmpty());
     }
 
     void boxThatPlacesItselfAgainStaysPanned()
@@ -140,7 +147,7 @@ private slots:
         QCOMPARE(box.y(), -20);
         box.centre(300);
         QCOMPARE(box.y(), 10);
-        QVERIFY(mark() == nullptr);
+        QVERIFY(marks().isEmpty());
         box.centre(500);
         QCOMPARE(box.y(), 0);
         QVERIFY(mark() != nullptr);
@@ -152,7 +159,7 @@ private slots:
         box.show();
         pressKey(PhoneKey::Down);
         box.hide();
-        QVERIFY(mark() == nullptr);
+        QVERIFY(marks().isEmpty());
         box.centre(500);
         box.show();
         QCOMPARE(box.y(), 0);
@@ -169,6 +176,40 @@ private slots:
         for (int press = 0; press < 8; ++press)
             pressKey(PhoneKey::Down);
         QCOMPARE(mark()->geometry().bottom(), 319);
+    }
+
+    void eachHighBoxHasAMarkOfItsOwn()
+    {
+        PlainBox below(500);
+        below.show();
+        const QWidget* first = mark();
+        PlainBox above(640);
+        above.show();
+        QCOMPARE(marks().size(), 2);
+        QCOMPARE(marks().first(), first);
+        const QRect place = first->geometry();
+        pressKey(PhoneKey::Down);
+        QCOMPARE(first->geometry(), place);
+        QCOMPARE(marks().last()->y(), Step / 2);
+        above.hide();
+        QCOMPARE(mark(), first);
+        QCOMPARE(first->geometry(), place);
+        below.hide();
+        QVERIFY(marks().isEmpty());
+    }
+
+    void markLiesOverItsBoxAlone()
+    {
+        PlainBox below(300);
+        below.show();
+        PlainBox above(100);
+        above.setGeometry(0, 0, 240, 320);
+        above.show();
+        below.centre(640);
+        QVERIFY(mark() != nullptr);
+        const QObjectList& all = ZScreen::instance()->children();
+        QVERIFY(all.indexOf(&below) < all.indexOf(mark()));
+        QVERIFY(all.indexOf(mark()) < all.indexOf(&above));
     }
 
     void wheelPans()

@@ -1,7 +1,26 @@
+#include "platform/zmotion.h"
 #include "platform/ztheme.h"
 #include "tests/platform/findfixture.h"
 #include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
+
+#include <QVariantAnimation>
+
+namespace
+{
+
+bool isBubbleFading(const FindList& list)
+{
+    const auto* fade = list.bubble()->findChild<QVariantAnimation*>();
+    return fade != nullptr && fade->state() == QAbstractAnimation::Running;
+}
+
+QImage picturedWithBubble(const FindList& list)
+{
+    return list.box->grab().toImage();
+}
+
+} // namespace
 
 /// The bubbles over a list in which something is found or pages are turned quickly.
 class tst_ZBubble : public QObject
@@ -9,6 +28,8 @@ class tst_ZBubble : public QObject
     Q_OBJECT
 
 private slots:
+    void cleanup() { ZMotion::setEnabled(false); }
+
     void bubbleIsAPartOfTheListBesideTheRowThatIsFound_data()
     {
         QTest::addColumn<QString>("keys");
@@ -129,6 +150,59 @@ private slots:
         typeKeys("d");
         QCOMPARE(list.said(), QString("D"));
         QVERIFY(!list.bubble()->isLetter());
+    }
+
+    void bubbleFadesWhereThereIsMotion()
+    {
+        const FindList list(someNames());
+        typeKeys("d");
+        const QImage plain = picturedWithBubble(list);
+        pressKey(PhoneKey::Clear);
+        const QImage without = picturedWithBubble(list);
+        ZMotion::setEnabled(true);
+        typeKeys("d");
+        // It answers with the first picture, and is what it is without motion in the end.
+        const QImage first = picturedWithBubble(list);
+        QVERIFY(first != plain && first != without);
+        QTRY_VERIFY(!isBubbleFading(list));
+        QCOMPARE(picturedWithBubble(list), plain);
+        // More letters of the same search are no other bubble.
+        typeKeys("o");
+        QVERIFY(!isBubbleFading(list));
+        pressKey(PhoneKey::Clear);
+        QVERIFY(!list.find->isFinding());
+        QVERIFY(list.isBubbleShown() && list.bubble()->isLeaving());
+        QTRY_VERIFY(!list.isBubbleShown());
+        QVERIFY(!isBubbleFading(list) && !list.isTicking());
+        QVERIFY(list.bubble()->findChild<QVariantAnimation*>()->duration() <= 80);
+    }
+
+    void bubbleThatComesBackWhileItGoesStays()
+    {
+        const FindList list(someNames());
+        ZMotion::setEnabled(true);
+        typeKeys("d");
+        QTRY_VERIFY(!isBubbleFading(list));
+        const QImage plain = picturedWithBubble(list);
+        pressKey(PhoneKey::Clear);
+        QVERIFY(isBubbleFading(list));
+        typeKeys("d");
+        QVERIFY(!list.bubble()->isLeaving());
+        QTRY_VERIFY(!isBubbleFading(list));
+        QVERIFY(list.isBubbleShown());
+        QCOMPARE(picturedWithBubble(list), plain);
+    }
+
+    void nothingFadesOutOfSight()
+    {
+        FindList list(someNames());
+        ZMotion::setEnabled(true);
+        typeKeys("d");
+        QVERIFY(isBubbleFading(list));
+        list.main.hide();
+        QVERIFY(!isBubbleFading(list));
+        list.main.show();
+        QVERIFY(!list.isBubbleShown());
     }
 
     void noteIsReadInFull()

@@ -143,11 +143,22 @@ private slots:
         QVERIFY(std::abs(ink.center().y() - 125) <= 3);
     }
 
+    void emptyTextThatFindsNoRoomIsLeftOut_data()
+    {
+        QTest::addColumn<int>("more");
+        QTest::newRow("room for less than a row") << 0;
+        QTest::newRow("room for a row") << -1;
+        QTest::newRow("rows out of view") << 1;
+        QTest::newRow("many rows out of view") << 100;
+    }
+
     void emptyTextThatFindsNoRoomIsLeftOut()
     {
+        QFETCH(int, more);
         ListFixture list;
-        list.fill(100);
+        list.fill(list.box->viewport()->height() / list.box->rowHeight() + more);
         list.box->setCurrentItem(0);
+        QCOMPARE(list.box->count() > list.box->visibleItems(), more > 0);
         const QImage before = listPicture(list);
         list.box->setEmptyText("No entries");
         QVERIFY(listPicture(list) == before);
@@ -192,6 +203,50 @@ private slots:
         pressKey(PhoneKey::Down);
         pressKey(PhoneKey::Up);
         QVERIFY(listPicture(list) == resting);
+    }
+
+    void nameGlidesFromItsBeginningToItsEnd_data()
+    {
+        QTest::addColumn<QString>("letters");
+        QTest::addColumn<bool>("fromTheRight");
+        QTest::newRow("Latin") << "mm" << false;
+        QTest::newRow("Hebrew") << QString::fromUtf8("שש") << true;
+        QTest::newRow("Arabic") << QString::fromUtf8("سس") << true;
+    }
+
+    void nameGlidesFromItsBeginningToItsEnd()
+    {
+        QFETCH(QString, letters);
+        QFETCH(bool, fromTheRight);
+        ListFixture list;
+        setFonts(list, 13);
+        // Between the letters at its ends is a gap that is wider than half of the list.
+        const QFontMetrics metrics(ZSkinService::font("any", 13));
+        constexpr int Wider = 20;
+        QString gap;
+        while (metrics.horizontalAdvance(letters + gap + letters) < list.box->width() + Wider)
+            gap += QChar(QChar::Nbsp);
+        list.add(letters + gap + letters, -1);
+        ZMotion::setEnabled(true);
+        takeForActive(list.box->window());
+        list.box->setCurrentItem(0);
+        const auto* glide = list.box->findChild<ZGlide*>();
+        // Of one way the pictures at its beginning and at its end.
+        QList<QImage> pictures;
+        connect(glide, &ZGlide::moved, list.box, [&] {
+            const QImage picture = listPicture(list);
+            if (pictures.size() < 2)
+                pictures.append(picture);
+            else if (glide->offset() > 0)
+                pictures.last() = picture;
+        });
+        QTRY_VERIFY_WITH_TIMEOUT(pictures.size() > 1 && glide->offset() < 0, RowPatience);
+        const QRect row(ZSkinService::MarkWidth, 0, 230, list.box->rowHeight());
+        const QRect begin = inkBounds(pictures.first(), row, listLook().highlight);
+        const QRect end = inkBounds(pictures.last(), row, listLook().highlight);
+        QVERIFY(!begin.isEmpty() && !end.isEmpty());
+        QVERIFY(fromTheRight ? begin.left() > 120 : begin.right() < 120);
+        QVERIFY(fromTheRight ? end.right() < 120 : end.left() > 120);
     }
 
     void nothingMovesWhereNothingShould_data()

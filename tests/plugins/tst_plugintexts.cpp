@@ -72,6 +72,37 @@ private slots:
         QTEST(fileProblem(error), "text");
     }
 
+    void reasonsOfTheSystemAreTexts_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::addColumn<QString>("key");
+        QTest::newRow("permission") << EACCES << "SYSTEM_NO_PERMISSION";
+        QTest::newRow("privilege") << EPERM << "SYSTEM_NO_PERMISSION";
+        QTest::newRow("none") << ENOENT << "SYSTEM_NOT_FOUND";
+        QTest::newRow("folder") << EISDIR << "SYSTEM_IS_FOLDER";
+        QTest::newRow("full") << ENOSPC << "SYSTEM_NO_SPACE";
+        QTest::newRow("read-only") << EROFS << "SYSTEM_READ_ONLY";
+        QTest::newRow("medium") << EIO << "SYSTEM_IO_ERROR";
+    }
+
+    void reasonsOfTheSystemAreTexts()
+    {
+        QFETCH(int, error);
+        QFETCH(QString, key);
+        load("[Language]\n" + key.toUtf8() + " = Grund\nCANNOT_OPEN = Nein: %1.\n");
+        QCOMPARE(systemProblem(error), QString("Grund"));
+        QCOMPARE(withSystemProblem("execve: " + qt_error_string(error)), QString("execve: Grund"));
+        QCOMPARE(systemProblem(ELOOP), qt_error_string(ELOOP));
+        QCOMPARE(withSystemProblem("execve: " + qt_error_string(ELOOP)),
+                 "execve: " + qt_error_string(ELOOP));
+    }
+
+    void problemWithoutASentenceOfItsOwnSaysTheReason()
+    {
+        load("[Language]\nSYSTEM_IO_ERROR = Grund\nCANNOT_OPEN = Nein: %1.\n");
+        QCOMPARE(fileProblem(EIO), QString("Nein: Grund."));
+    }
+
     void settingsAreTheFileManagers_data()
     {
         QTest::addColumn<QByteArray>("content");
