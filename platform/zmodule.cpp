@@ -6,6 +6,7 @@
 #include <array>
 #include <climits>
 #include <dlfcn.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -17,19 +18,42 @@ QByteArray& chosenFolder()
     return folder;
 }
 
-/// Of the file itself, whatever the process was called; names that are no text stay as they are.
-QByteArray folderOfExecutable()
+constexpr const char* Executable = "/proc/self/exe";
+
+/// The file itself, whatever the process was called; names that are no text stay as they are.
+QByteArray executablePath()
 {
     std::array<char, PATH_MAX> path{};
-    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    const QByteArray executable(path.data(), std::max<ssize_t>(length, 0));
-    return executable.left(executable.lastIndexOf('/'));
+    const ssize_t length = readlink(Executable, path.data(), path.size());
+    return QByteArray(path.data(), std::max<ssize_t>(length, 0));
+}
+
+QByteArray folderOfExecutable()
+{
+    const QByteArray path = executablePath();
+    return path.left(path.lastIndexOf('/'));
+}
+
+/// Whether a newer package was installed since this program started: its modules fit the new
+/// program alone. The name in the link is of no use then; what it leads to is still what runs.
+bool isReplaced()
+{
+    struct stat running{};
+    struct stat installed{};
+    if (stat(Executable, &running) != 0)
+        return false;
+    return stat(executablePath().constData(), &installed) != 0 ||
+           running.st_dev != installed.st_dev || running.st_ino != installed.st_ino;
 }
 
 } // namespace
 
 QFunctionPointer ZModule::open(const char* name)
 {
+    if (chosenFolder().isEmpty() && isReplaced()) {
+        qWarning("module %s: the program was replaced while it runs; start it anew", name);
+        return nullptr;
+    }
     const QByteArray path = folder() + '/' + name + ".so";
     // A module that lacks anything shall fail here and not at a call. It keeps objects and types
     // that outlive any use, so it never goes.
