@@ -6,7 +6,6 @@
 #include <array>
 #include <climits>
 #include <dlfcn.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -18,13 +17,11 @@ QByteArray& chosenFolder()
     return folder;
 }
 
-constexpr const char* Executable = "/proc/self/exe";
-
 /// The file itself, whatever the process was called; names that are no text stay as they are.
 QByteArray executablePath()
 {
     std::array<char, PATH_MAX> path{};
-    const ssize_t length = readlink(Executable, path.data(), path.size());
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
     return QByteArray(path.data(), std::max<ssize_t>(length, 0));
 }
 
@@ -34,16 +31,13 @@ QByteArray folderOfExecutable()
     return path.left(path.lastIndexOf('/'));
 }
 
-/// Whether a newer package was installed since this program started: its modules fit the new
-/// program alone. The name in the link is of no use then; what it leads to is still what runs.
+/// Whether a newer package was installed since this program started, or it was removed: modules fit
+/// the program that they came with alone.
 bool isReplaced()
 {
-    struct stat running{};
-    struct stat installed{};
-    if (stat(Executable, &running) != 0)
-        return false;
-    return stat(executablePath().constData(), &installed) != 0 ||
-           running.st_dev != installed.st_dev || running.st_ino != installed.st_ino;
+    // So the system names a file that runs but has no name any more.
+    const QByteArray path = executablePath();
+    return path.endsWith(" (deleted)") && access(path.constData(), F_OK) != 0;
 }
 
 } // namespace
