@@ -17,19 +17,37 @@ QByteArray& chosenFolder()
     return folder;
 }
 
-/// Of the file itself, whatever the process was called; names that are no text stay as they are.
-QByteArray folderOfExecutable()
+/// The file itself, whatever the process was called; names that are no text stay as they are.
+QByteArray executablePath()
 {
     std::array<char, PATH_MAX> path{};
     const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    const QByteArray executable(path.data(), std::max<ssize_t>(length, 0));
-    return executable.left(executable.lastIndexOf('/'));
+    return QByteArray(path.data(), std::max<ssize_t>(length, 0));
+}
+
+QByteArray folderOfExecutable()
+{
+    const QByteArray path = executablePath();
+    return path.left(path.lastIndexOf('/'));
+}
+
+/// Whether a newer package was installed since this program started, or it was removed: modules fit
+/// the program that they came with alone.
+bool isReplaced()
+{
+    // So the system names a file that runs but has no name any more.
+    const QByteArray path = executablePath();
+    return path.endsWith(" (deleted)") && access(path.constData(), F_OK) != 0;
 }
 
 } // namespace
 
 QFunctionPointer ZModule::open(const char* name)
 {
+    if (chosenFolder().isEmpty() && isReplaced()) {
+        qWarning("module %s: the program was replaced while it runs; start it anew", name);
+        return nullptr;
+    }
     const QByteArray path = folder() + '/' + name + ".so";
     // A module that lacks anything shall fail here and not at a call. It keeps objects and types
     // that outlive any use, so it never goes.

@@ -1,5 +1,6 @@
 #include "plugins/support/pluginapp.h"
 
+#include "files/entry.h"
 #include "files/linktext.h"
 #include "files/names.h"
 #include "files/paths.h"
@@ -37,6 +38,17 @@ QString folderAbove(QString folder)
     return folder.isEmpty() ? QStringLiteral("/") : folderPart(folder);
 }
 
+/// In a work folder of links, which an installed program has, the file itself lies elsewhere: there
+/// the name that the plugin was started by tells the folder.
+QString folderOfPlugin()
+{
+    const QString called = folderPart(decodeName(ZApplication::programName()));
+    const bool isWhole = called.startsWith(QLatin1Char('/'));
+    if (isWhole && entryExists(folderAbove(folderAbove(called)) + QStringLiteral("fm.cfg")))
+        return called;
+    return folderPart(linkText(QStringLiteral("/proc/self/exe")));
+}
+
 void registerFont(const QString& file)
 {
     for (const int weight : {LightWeight, BlackWeight}) {
@@ -62,7 +74,7 @@ PluginApp::PluginApp(int argc, char** argv, const QString& title)
     // It is not for the programs that a plugin starts.
     ZScreen::setPlace(qgetenv(ProgramNames::PlaceVariable));
     qunsetenv(ProgramNames::PlaceVariable);
-    pluginFolder_ = folderPart(linkText(QStringLiteral("/proc/self/exe")));
+    pluginFolder_ = folderOfPlugin();
     workFolder_ = folderAbove(folderAbove(pluginFolder_));
     settings_ = readPluginSettings(workFolder_ + QStringLiteral("fm.cfg"));
     ZMotion::setEnabled(settings_.motion);

@@ -10,7 +10,8 @@ class PluginWindow;
 /// A plugin's application object. The file manager starts a plugin as "NAME -d FILE"; from a
 /// shell "NAME FILE" does too.
 ///
-/// The work folder is found from where the executable lies (<work folder>/plugins/NAME/NAME). Its
+/// The work folder is found from the path that the executable was started by, if there is a work
+/// folder above it, and else from where the executable lies (<work folder>/plugins/NAME/NAME). Its
 /// font, key map, language and theme serve the plugin as they serve the file manager.
 class PluginApp : public ZApplication
 {

@@ -1,0 +1,115 @@
+#!/usr/bin/python3
+"""The installed program as its launcher starts it, on a virtual display: it lists, opens files with the
+user's settings, and stands a package that is renewed or taken away while it runs."""
+
+import os
+import pathlib
+import shutil
+import signal
+import tempfile
+import unittest
+
+from installation import Package, installed, quarn
+
+REPLACED = "module sharing: the program was replaced while it runs; start it anew"
+TO_BLUETOOTH = ("softleft", *["down"] * 6, "select")
+
+
+def setUpModule():
+    global scratch, original
+    scratch = pathlib.Path(tempfile.mkdtemp(prefix="qi"))
+    unittest.addModuleCleanup(shutil.rmtree, scratch)
+    original = installed(scratch / "original")
+
+
+class InstalledProgram(quarn.Case):
+    def setUp(self):
+        super().setUp()
+        self.base = pathlib.Path(tempfile.mkdtemp(prefix="t", dir=scratch))
+        self.addCleanup(shutil.rmtree, self.base)
+        self.package = Package(original, self.base / "usr", stand_in=False)
+        self.started = self.program()
+        # It has a work folder of the tests, of which nothing is to be used.
+        shutil.rmtree(self.started.stage)
+        self.work = self.base / "data" / "quarn"
+        quarn.make_file(self.started.home / "song.mp3")
+
+    def start(self, **environment):
+        return self.started.start([str(self.package.launcher)], XDG_DATA_HOME=str(self.work.parent),
+                                  **environment)
+
+    def renew_package(self):
+        """Gives each program and module another file, as an upgrade does."""
+        for file in self.package.programs.rglob("*"):
+            if file.is_file():
+                new = file.with_name(file.name + ".new")
+                shutil.copy2(file, new)
+                new.rename(file)
+
+    def test_plugins_start_from_a_home_with_blanks_and_quotes(self):
+        self.work = self.base / "it's \"my $HOME\" `home`; a & b" / "quarn"
+        quarn.make_file(self.started.home / "song.mp3").rename(self.started.home / "text.txt")
+        self.start()
+        self.started.wait_stable()
+        self.started.key("down", "select")
+        quarn.wait_until(lambda: self.display.client.windows("TextView"), "the window of the text")
+        for pid in self.started.relatives():
+            os.kill(pid, signal.SIGTERM)
+
+    def check_sharing_is_refused(self):
+        """What needs the new files gives its message, and the program goes on."""
+        self.started.key("down")
+        self.started.wait_stable()
+        self.started.key(*TO_BLUETOOTH)
+        self.started.wait_for_line(REPLACED)
+        quarn.wait_until(self.started.shows_box, "the message")
+        self.started.key("5")
+        quarn.wait_until(lambda: not self.started.shows_box(), "the message to go")
+        self.started.key("hash")
+        self.started.wait_for_listing(self.started.home)
+
+    def test_it_lists_the_home_of_the_user(self):
+        program = self.start()
+        self.assertEqual(program.listings(), [f"{program.home}/", "/"])
+        self.assertIn(f"quarn: your settings are in {self.work}", program.lines)
+        self.assertIn("--- read lang ok", program.lines)
+
+    def test_second_start_shows_the_first(self):
+        program = self.start()
+        program.key("hide")
+        program.wait_hidden()
+        second = program.spawn([str(self.package.launcher)], XDG_DATA_HOME=str(self.work.parent))
+        _, said = second.communicate(timeout=quarn.DEADLINE)
+        self.assertEqual(second.returncode, 0, said)
+        program.wait_shown()
+
+    def test_it_starts_without_a_folder_of_the_session(self):
+        self.assertTrue(self.start(XDG_RUNTIME_DIR=None, TMPDIR=str(self.base)).is_running())
+
+    def test_plugins_have_the_settings_of_the_user(self):
+        self.start()
+        (self.work / "keymap.cfg").write_text("Nonsense\n")
+        text = self.started.home / "a.txt"
+        text.write_text("a\n")
+        viewer = self.work / "plugins" / "TextView" / "TextView"
+        plugin = self.started.spawn([str(viewer), "-d", str(text)])
+        try:
+            line = plugin.stderr.readline().decode()
+        finally:
+            plugin.kill()
+            plugin.communicate()
+        self.assertIn(f"{self.work}/keymap.cfg", line)
+
+    def test_package_is_renewed_while_the_program_runs(self):
+        self.start()
+        self.renew_package()
+        self.check_sharing_is_refused()
+
+    def test_package_is_taken_away_while_the_program_runs(self):
+        self.start()
+        shutil.rmtree(self.package.prefix)
+        self.check_sharing_is_refused()
+
+
+if __name__ == "__main__":
+    quarn.main()

@@ -1,0 +1,466 @@
+#!/usr/bin/env python3
+"""The launcher of an installed program: what it makes of a user's work folder, at the first start,
+after an upgrade, and where something is in the way. The program itself is a stand-in here."""
+
+import concurrent.futures
+import errno
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from installation import STAND_IN, Package, User, installed, quarn, replace
+
+BLANKS_AND_QUOTES = "it's \"a\" $HOME `b`;c & d"
+AS_USER = quarn.WITHOUT_ROOT_POWERS if os.geteuid() == 0 else []
+
+
+def setUpModule():
+    global scratch, original
+    scratch = pathlib.Path(tempfile.mkdtemp(prefix="ql"))
+    unittest.addModuleCleanup(shutil.rmtree, scratch)
+    original = installed(scratch / "original")
+
+
+class LauncherTest(unittest.TestCase):
+    def setUp(self):
+        self.base = pathlib.Path(tempfile.mkdtemp(prefix="t", dir=scratch))
+        self.addCleanup(self.clean)
+        self.package = Package(original, self.base / "usr")
+        self.user = User(self.base)
+
+    def clean(self):
+        subprocess.run(["chmod", "-R", "u+rwX", self.base], check=True)
+        shutil.rmtree(self.base)
+
+    def start(self, *arguments, user=None, launcher=None, **options):
+        """Starts the launcher and expects that the program is started; gives what it was called by,
+        and the lines that were said."""
+        user = user or self.user
+        status, output, said = user.start(launcher or self.package.launcher, *arguments, **options)
+        self.assertEqual((status, output[1:]), (0, list(arguments)), said)
+        return output[0], said
+
+    def setting(self, key, user=None):
+        lines = (user or self.user).work.joinpath("fm.cfg").read_text().splitlines()
+        return next(line.partition(" = ")[2] for line in lines if line.startswith(key + " = "))
+
+    def edit(self, name, old, new):
+        file = self.user.work / name
+        text = file.read_text()
+        self.assertIn(old, text)
+        file.write_text(text.replace(old, new))
+
+    def everything(self, folder=None):
+        """Each path of the work folder, with what is in it or where it leads to."""
+        folder = folder or self.user.work
+        return {str(path.relative_to(folder)): os.readlink(path) if path.is_symlink()
+                else path.read_bytes() for path in folder.rglob("*")
+                if path.is_symlink() or path.is_file()}
+
+
+class FirstStart(LauncherTest):
+    def test_it_makes_the_work_folder_of_the_user(self):
+        called, said = self.start()
+        self.assertEqual(called, f"{self.user.work}/quarn")
+        self.assertEqual(said, [f"quarn: your settings are in {self.user.work}"])
+        self.assertEqual(self.setting("Work_folder"), f"{self.user.work}/")
+        self.assertEqual(self.setting("Start_path_tab1"), f"{self.user.home}/")
+
+    def test_everything_of_a_work_folder_is_there(self):
+        self.start()
+        stage = quarn.stage_folder()
+        wanted = [path.relative_to(stage) for path in stage.rglob("*") if path.is_file()]
+        self.assertGreater(len(wanted), 100)
+        # Modules are found beside the program that the link leads to.
+        missing = [str(path) for path in wanted if path.parts[0] != "modules"
+                   and not (self.user.work / path).is_file()]
+        self.assertEqual(missing, [])
+
+    def test_what_the_user_edits_is_copied_and_the_rest_is_linked(self):
+        self.start()
+        files = {path: entry for path, entry in self.everything().items()
+                 if not path.startswith(".package/")}
+        copied = sorted(path for path, entry in files.items() if isinstance(entry, bytes))
+        self.assertEqual(copied, ["fm.cfg", "fm_plugins.cfg", "keymap.cfg", "mime_types.cfg"])
+
+    def test_new_users_get_what_can_be_left_out(self):
+        self.start()
+        for key in ("Find", "Status", "Motion"):
+            self.assertEqual(self.setting(key), "1", key)
+
+    def test_files_can_be_written_beside_a_plugin(self):
+        self.start()
+        (self.user.work / "plugins" / "LyraPlayer" / "TempList.m3u").write_text("/a.mp3\n")
+        self.assertFalse(list(self.package.prefix.rglob("TempList.m3u")))
+
+    def test_arguments_reach_the_program(self):
+        self.start("-platform", "linuxfb:fb=/dev/fb1", "a b")
+
+    def test_data_folder_of_the_environment_counts(self):
+        data = self.base / "data"
+        called, _ = self.start(XDG_DATA_HOME=data)
+        self.assertEqual(called, f"{data}/quarn/quarn")
+        self.assertFalse(self.user.work.exists())
+
+    def test_data_folder_that_is_not_absolute_does_not_count(self):
+        called, _ = self.start(XDG_DATA_HOME="data")
+        self.assertEqual(called, f"{self.user.work}/quarn")
+
+    def test_it_tells_its_version_and_usage_without_a_home(self):
+        for option, text in (("--version", "quarn 1."), ("--help", "Usage: quarn")):
+            status, output, said = self.user.start(self.package.launcher, option, HOME=None)
+            self.assertEqual((status, said), (0, []))
+            self.assertTrue(output[0].startswith(text), output)
+        self.assertFalse(self.user.work.exists())
+
+    def test_many_first_starts_at_once_make_one_folder(self):
+        with concurrent.futures.ThreadPoolExecutor(8) as pool:
+            starts = list(pool.map(lambda _: self.start(), range(8)))
+        self.assertEqual({called for called, _ in starts}, {f"{self.user.work}/quarn"})
+        self.assertEqual(self.setting("Work_folder"), f"{self.user.work}/")
+        self.assertEqual(self.start()[1], [])
+
+    def test_first_start_that_was_cut_off_is_done_again(self):
+        self.start()
+        whole = self.everything()
+        (self.user.work / ".package" / "package").unlink()
+        (self.user.work / "mime_types.cfg").unlink()
+        shutil.rmtree(self.user.work / "lang")
+        self.start()
+        self.assertEqual(self.everything(), whole)
+
+
+class LaterStarts(LauncherTest):
+    def test_nothing_is_said_or_written(self):
+        self.start()
+        before = {path: path.lstat().st_mtime_ns for path in self.user.work.rglob("*")}
+        self.assertEqual(self.start()[1], [])
+        self.assertEqual({path: path.lstat().st_mtime_ns for path in self.user.work.rglob("*")},
+                         before)
+
+    def test_no_process_is_started(self):
+        self.start()
+        replace(self.package.programs / "quarn", "#!/bin/sh\nprintf '%s\\n' \"$0\"\n")
+        self.start(PATH="/nonexistent")
+
+    def test_what_the_user_changed_stays(self):
+        self.start()
+        self.edit("fm.cfg", "Language = english", "Language = german")
+        self.edit("mime_types.cfg", "002 01 JPG\n", "")
+        (self.user.work / "bookmark.cfg").write_text("a\n/a\n")
+        (self.user.work / "lang" / "mine.lang").write_text("[Language]\n")
+        before = self.everything()
+        self.start()
+        self.assertEqual(self.everything(), before)
+
+    def test_what_the_user_took_away_stays_away(self):
+        self.start()
+        for path in ("lang/german.lang", "keymap.cfg", "plugins/Execute/Execute"):
+            (self.user.work / path).unlink()
+        before = self.everything()
+        self.start()
+        self.assertEqual(self.everything(), before)
+
+    def test_settings_that_are_gone_come_back(self):
+        self.start()
+        (self.user.work / "fm.cfg").unlink()
+        self.start()
+        self.assertEqual(self.setting("Work_folder"), f"{self.user.work}/")
+
+    def test_link_that_leads_nowhere_is_mended_and_told(self):
+        self.start()
+        link = self.user.work / "lang" / "german.lang"
+        link.unlink()
+        link.symlink_to(self.package.data / "lang" / "old" / "german.lang")
+        _, said = self.start()
+        self.assertTrue(link.exists())
+        self.assertEqual(len(said), 1)
+        self.assertIn("mended: lang/german.lang", said[0])
+        self.assertEqual(self.start()[1], [])
+
+    def test_users_own_link_that_leads_nowhere_stays(self):
+        self.start()
+        link = self.user.work / "lang" / "german.lang"
+        link.unlink()
+        link.symlink_to("/media/card/german.lang")
+        self.start()
+        self.assertEqual(os.readlink(link), "/media/card/german.lang")
+
+    def test_home_that_was_moved_is_followed(self):
+        self.start()
+        self.edit("fm.cfg", "Language = english", "Language = german")
+        moved = User(self.base, "moved")
+        shutil.copytree(self.user.home, moved.home, symlinks=True, dirs_exist_ok=True)
+        self.start(user=moved)
+        self.assertEqual(self.setting("Work_folder", moved), f"{moved.work}/")
+        self.assertEqual(self.setting("Language", moved), "german")
+
+    def test_work_folder_that_the_user_chose_stays(self):
+        self.start()
+        self.edit("fm.cfg", f"Work_folder = {self.user.work}/", "Work_folder = /srv/quarn/")
+        moved = User(self.base, "moved")
+        shutil.copytree(self.user.home, moved.home, symlinks=True, dirs_exist_ok=True)
+        self.start(user=moved)
+        self.assertEqual(self.setting("Work_folder", moved), "/srv/quarn/")
+
+
+class Upgrade(LauncherTest):
+    def setUp(self):
+        super().setUp()
+        self.table = (self.package.data / "mime_types.cfg").read_text()
+        self.older = self.table.replace("002 01 WEBP\n", "")
+        self.package.make_version("1.5", without=("lang/turkish.lang", "plugins/PicView/PicView"),
+                                  tables={"mime_types.cfg": self.older})
+
+    def upgrade(self):
+        self.package.lay_out()
+        return self.start()[1]
+
+    def test_what_is_new_is_added_and_told_once(self):
+        self.start()
+        said = self.upgrade()
+        for path in ("lang/turkish.lang", "plugins/PicView/PicView"):
+            self.assertTrue((self.user.work / path).exists(), path)
+        self.assertEqual(len(said), 1)
+        self.assertIn("is for version 1.6 now; new: plugins/PicView/PicView lang/turkish.lang", said[0])
+        self.assertEqual(self.start()[1], [])
+
+    def test_table_that_nobody_changed_is_renewed(self):
+        self.start()
+        self.assertEqual((self.user.work / "mime_types.cfg").read_text(), self.older)
+        self.assertIn("renewed: mime_types.cfg", self.upgrade()[0])
+        self.assertEqual((self.user.work / "mime_types.cfg").read_text(), self.table)
+
+    def test_table_that_the_user_changed_stays_and_the_new_one_is_named(self):
+        self.start()
+        self.edit("mime_types.cfg", "002 01 JPG\n", "002 09 JPG\n")
+        before = (self.user.work / "mime_types.cfg").read_text()
+        said = self.upgrade()
+        self.assertEqual((self.user.work / "mime_types.cfg").read_text(), before)
+        self.assertIn(f"yours stays, the new one is in {self.package.data}: mime_types.cfg", said[0])
+
+    def test_settings_that_the_user_changed_stay(self):
+        self.start()
+        self.edit("fm.cfg", "Theme = 0", "Theme = 1")
+        (self.user.work / "bookmark.cfg").write_text("a\n/a\n")
+        said = self.upgrade()
+        self.assertEqual(self.setting("Theme"), "1")
+        self.assertEqual((self.user.work / "bookmark.cfg").read_text(), "a\n/a\n")
+        # The package has the same settings as before, so there is none to look at.
+        self.assertNotIn("fm.cfg", said[0])
+
+    def test_what_the_user_took_away_stays_away(self):
+        self.start()
+        (self.user.work / "lang" / "german.lang").unlink()
+        self.upgrade()
+        self.assertFalse((self.user.work / "lang" / "german.lang").is_symlink())
+
+    def test_what_the_user_put_in_place_of_a_link_stays(self):
+        self.start()
+        mine = {"lang/german.lang": "[Language]\nOPEN = Auf\n", "plugins/TextView/TextView": STAND_IN}
+        for path, text in mine.items():
+            (self.user.work / path).unlink()
+            (self.user.work / path).write_text(text)
+        icon = self.user.work / "plugins/TextView/icon.png"
+        icon.unlink()
+        icon.symlink_to("/media/card/icon.png")
+        self.upgrade()
+        for path, text in mine.items():
+            self.assertEqual((self.user.work / path).read_text(), text)
+        self.assertEqual(os.readlink(icon), "/media/card/icon.png")
+
+    def test_links_to_what_is_no_longer_there_go(self):
+        self.package.lay_out()
+        self.start()
+        self.package.make_version("1.7", without=("lang/polish.lang", "plugins/PicView/PicView"))
+        self.start()
+        for path in ("lang/polish.lang", "plugins/PicView/PicView"):
+            self.assertFalse((self.user.work / path).is_symlink(), path)
+
+    def test_program_that_was_moved_is_found_again(self):
+        self.start()
+        (self.user.work / "lang" / "german.lang").unlink()
+        elsewhere = Package(original, self.base / "local")
+        shutil.rmtree(self.package.prefix)
+        _, said = self.start(launcher=elsewhere.launcher)
+        self.assertEqual(len(said), 1)
+        self.assertEqual(os.readlink(self.user.work / "quarn"), f"{elsewhere.programs}/quarn")
+        links = [path for path in self.user.work.rglob("*") if path.is_symlink()]
+        self.assertEqual([str(path) for path in links if not path.exists()], [])
+        self.assertFalse((self.user.work / "lang" / "german.lang").exists())
+
+    def test_older_version_again_keeps_what_the_user_changed(self):
+        self.package.lay_out()
+        self.start()
+        self.edit("fm.cfg", "Language = english", "Language = german")
+        self.package.make_version("1.4", tables={"mime_types.cfg": self.older})
+        self.start()
+        self.assertEqual(self.setting("Language"), "german")
+        self.assertEqual((self.user.work / "mime_types.cfg").read_text(), self.older)
+
+
+class BadPlaces(LauncherTest):
+    def fails(self, *words, user=None, **options):
+        """Expects one line, with these words, and no program."""
+        status, output, said = (user or self.user).start(self.package.launcher, **options)
+        self.assertEqual((status, output, len(said)), (1, [], 1), said)
+        for word in words:
+            self.assertIn(word, said[0])
+
+    def lasts_for_the_session(self, *words, **options):
+        """Expects one line and a work folder among what goes with the session."""
+        called, said = self.start(**options)
+        self.assertEqual(called, f"{self.user.runtime}/quarn/quarn")
+        self.assertEqual(len(said), 1, said)
+        for word in ("last until you log out", *words):
+            self.assertIn(word, said[0])
+
+    def read_only(self, folder, recursive=False):
+        subprocess.run(["chmod", *(["-R"] if recursive else []), "a-w", folder], check=True)
+
+    def test_home_that_is_read_only(self):
+        self.read_only(self.user.home)
+        self.lasts_for_the_session(".local", "Permission denied", prefix=AS_USER)
+
+    def test_home_that_is_read_only_without_a_session(self):
+        self.read_only(self.user.home)
+        self.fails("Permission denied", prefix=AS_USER, XDG_RUNTIME_DIR=None)
+        self.assertEqual(list(self.user.home.iterdir()), [])
+
+    def test_work_folder_that_is_read_only_serves_as_it_is(self):
+        self.start()
+        self.read_only(self.user.home, recursive=True)
+        called, said = self.start(prefix=AS_USER)
+        self.assertEqual((called, said), (f"{self.user.work}/quarn", []))
+
+    def test_work_folder_that_is_read_only_serves_after_an_upgrade(self):
+        self.start()
+        self.package.make_version("1.7", tables={"mime_types.cfg": "001 02 TXT\n"})
+        self.read_only(self.user.home, recursive=True)
+        before = self.everything()
+        called, said = self.start(prefix=AS_USER)
+        self.assertEqual(called, f"{self.user.work}/quarn")
+        self.assertEqual(len(said), 1)
+        self.assertIn("stays as it is", said[0])
+        self.assertEqual(self.everything(), before)
+
+    def faults(self, call="write", error=errno.ENOSPC, bytes_before=0):
+        return {"LD_PRELOAD": os.environ["QUARN_FAULT_LIBRARY"],
+                "QUARN_FAULTS": f"{call} {error} {bytes_before} {self.user.home}/"}
+
+    def test_home_that_is_full(self):
+        self.lasts_for_the_session("No space left on device", **self.faults())
+
+    def test_home_that_gets_full_is_made_whole_when_there_is_room(self):
+        for room in (0, 100, 1000, 3000):
+            self.start(**self.faults(bytes_before=room))
+        _, said = self.start()
+        self.assertEqual(said, [f"quarn: your settings are in {self.user.work}"])
+        for name in ("fm_plugins.cfg", "keymap.cfg", "mime_types.cfg"):
+            self.assertEqual((self.user.work / name).read_text(), (self.package.data / name).read_text())
+        self.assertEqual(self.setting("Work_folder"), f"{self.user.work}/")
+
+    def test_home_that_is_full_at_an_upgrade_loses_nothing(self):
+        self.start()
+        self.edit("fm.cfg", "Language = english", "Language = german")
+        before = (self.user.work / "mime_types.cfg").read_text()
+        self.package.make_version("1.7", tables={"mime_types.cfg": "001 02 TXT\n"})
+        called, said = self.start(**self.faults())
+        self.assertEqual(called, f"{self.user.work}/quarn")
+        self.assertEqual(len(said), 1)
+        self.assertEqual(self.setting("Language"), "german")
+        self.assertEqual((self.user.work / "mime_types.cfg").read_text(), before)
+        self.start()
+        self.assertEqual((self.user.work / "mime_types.cfg").read_text(), "001 02 TXT\n")
+
+    def test_home_on_another_file_system(self):
+        with tempfile.TemporaryDirectory(dir="/dev/shm") as folder:
+            elsewhere = User(folder)
+            self.assertEqual(self.start(user=elsewhere)[0], f"{elsewhere.work}/quarn")
+            self.assertEqual(self.start(user=elsewhere)[1], [])
+
+    def test_file_system_without_links(self):
+        tools = self.base / "tools"
+        tools.mkdir()
+        refusal = "case $3 in \"$HOME\"*) echo \"ln: Operation not permitted\" >&2; exit 1 ;; esac"
+        replace(tools / "ln", f"#!/bin/sh\n{refusal}\nexec /bin/ln \"$@\"\n", 0o755)
+        self.lasts_for_the_session("Operation not permitted",
+                                   PATH=f"{tools}:{self.user.environment['PATH']}")
+
+    def test_file_where_the_folder_should_be(self):
+        self.user.work.parent.mkdir(parents=True)
+        self.user.work.write_text("mine")
+        self.lasts_for_the_session(str(self.user.work))
+        self.assertEqual(self.user.work.read_text(), "mine")
+
+    def test_no_home(self):
+        self.lasts_for_the_session("HOME is not set", HOME=None)
+        self.fails("HOME is not set", HOME=None, XDG_RUNTIME_DIR=None)
+
+    def test_no_folder_of_the_session(self):
+        called, said = self.start(XDG_RUNTIME_DIR=None)
+        self.assertEqual((called, len(said)), (f"{self.user.work}/quarn", 1))
+
+    def test_package_that_is_not_whole(self):
+        shutil.rmtree(self.package.data / "res")
+        self.fails(str(self.package.data), "install the package again")
+
+    def test_home_with_blanks_and_quotes_has_a_name_without_for_the_program(self):
+        odd = User(self.base, BLANKS_AND_QUOTES)
+        called, said = self.start(user=odd)
+        place = f"{odd.runtime}/quarn-work"
+        self.assertEqual(called, f"{place}/quarn")
+        self.assertEqual(said, [f"quarn: your settings are in {odd.work}"])
+        self.assertEqual(self.setting("Work_folder", odd), f"{place}/")
+        self.assertEqual(self.setting("Start_path_tab1", odd), f"{odd.home}/")
+        self.assertEqual(self.start(user=odd)[1], [])
+
+    def test_name_without_blanks_is_made_anew_in_each_session(self):
+        odd = User(self.base, BLANKS_AND_QUOTES)
+        self.start(user=odd)
+        other = User(self.base, "other").runtime
+        called, said = self.start(user=odd, XDG_RUNTIME_DIR=other)
+        self.assertEqual((called, said), (f"{other}/quarn-work/quarn", []))
+        self.assertEqual(self.setting("Work_folder", odd), f"{other}/quarn-work/")
+
+    def test_home_with_blanks_and_no_folder_of_the_session(self):
+        odd = User(self.base, BLANKS_AND_QUOTES)
+        called, _ = self.start(user=odd, XDG_RUNTIME_DIR=None)
+        place = pathlib.Path(f"/tmp/quarn-{os.geteuid()}")
+        self.assertEqual(called, f"{place}/quarn-work/quarn")
+        self.assertEqual(place.stat().st_mode & 0o777, 0o700)
+        (place / "quarn-work").unlink()
+        place.rmdir()
+
+    def test_home_with_a_line_break(self):
+        odd = User(self.base, "a\nb")
+        self.assertEqual(self.start(user=odd)[0], f"{odd.runtime}/quarn-work/quarn")
+        self.assertEqual(self.setting("Start_path_tab1", odd), "/")
+        self.assertEqual(self.start(user=odd)[1], [])
+
+    def test_launcher_that_is_called_through_a_link(self):
+        link = self.base / "somewhere" / "q"
+        link.parent.mkdir()
+        link.symlink_to("../usr/bin/quarn")
+        self.assertEqual(self.start(launcher=link)[0], f"{self.user.work}/quarn")
+
+    def test_launcher_in_a_folder_with_blanks_and_quotes(self):
+        package = Package(original, self.base / BLANKS_AND_QUOTES)
+        self.assertEqual(self.start(launcher=package.launcher)[0], f"{self.user.work}/quarn")
+
+    def test_two_users_have_a_folder_each(self):
+        other = User(self.base, "other")
+        self.start()
+        self.edit("fm.cfg", "Language = english", "Language = german")
+        self.start(user=other)
+        self.assertEqual(self.setting("Language", other), "english")
+        self.assertEqual(self.setting("Work_folder", other), f"{other.work}/")
+        self.assertEqual(self.setting("Language"), "german")
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main())
