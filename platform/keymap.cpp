@@ -1,8 +1,7 @@
 #include "platform/keymap.h"
 
+#include "platform/keyline.h"
 #include "platform/regularfile.h"
-
-#include <QKeySequence>
 
 #include <algorithm>
 #include <iterator>
@@ -58,39 +57,6 @@ std::optional<bool> parseSwitch(const QString& text)
     return text == QLatin1String("0") ? std::optional<bool>(false) : std::nullopt;
 }
 
-std::optional<int> parseNumber(const QString& text)
-{
-    bool ok = false;
-    const int number = text.toInt(&ok, 0);
-    return ok && number >= 0 ? std::optional<int>(number) : std::nullopt;
-}
-
-std::optional<int> parseCode(const QString& text)
-{
-    if (text == QLatin1String("none"))
-        return NoCode;
-    if (text.size() == 1)
-        return text.at(0).toUpper().unicode();
-    return parseNumber(text);
-}
-
-std::optional<int> parseKey(const QString& text)
-{
-    if (text.startsWith(QLatin1String("0x")))
-        return parseNumber(text);
-    const QKeySequence sequence = QKeySequence::fromString(text, QKeySequence::PortableText);
-    if (sequence.count() != 1 || sequence[0].key() == Qt::Key_unknown || sequence[0].key() == 0 ||
-        sequence[0].keyboardModifiers() != Qt::NoModifier)
-        return std::nullopt;
-    return sequence[0].key();
-}
-
-bool isComment(const QString& line)
-{
-    return line.isEmpty() || line.startsWith(QLatin1Char(';')) || line == QLatin1String("#") ||
-           line.startsWith(QLatin1String("# "));
-}
-
 } // namespace
 
 int PhoneKey::code(const QKeyEvent& event)
@@ -142,42 +108,31 @@ void KeyMap::load(const QString& file)
     const QList<QByteArray> lines = bytes->split('\n');
     for (qsizetype i = 0; i < lines.size(); ++i) {
         const QString line = QString::fromUtf8(lines.at(i)).trimmed();
-        if (!isComment(line) && !parseLine(line)) {
+        if (!add(KeyLine::of(line))) {
             qWarning("%s:%d: not a key setting: %s", qUtf8Printable(file), int(i + 1),
                      qUtf8Printable(line.left(80)));
         }
     }
 }
 
-bool KeyMap::parseLine(const QString& line)
+bool KeyMap::add(const KeyLine& line)
 {
-    // The last "=" divides, so that the key "=" itself can be named.
-    const qsizetype equals = line.lastIndexOf(QLatin1Char('='));
-    if (equals < 1)
-        return false;
-    const QString name = line.left(equals).trimmed();
-    if (name.compare(QLatin1String("Keypad"), Qt::CaseInsensitive) == 0)
-        return parseKeypad(line.mid(equals + 1).trimmed());
-    const auto code = parseCode(line.mid(equals + 1).trimmed());
-    if (!code)
-        return false;
-    if (name.startsWith(QLatin1String("scan:"))) {
-        const auto scan = parseNumber(name.mid(5));
-        if (scan)
-            byScanCode_.insert(quint32(*scan), *code);
-        return scan.has_value();
+    switch (line.kind) {
+    case KeyLine::Key:
+        byKey_.insert(line.number, line.code);
+        return true;
+    case KeyLine::Scan:
+        byScanCode_.insert(quint32(line.number), line.code);
+        return true;
+    case KeyLine::Keypad:
+        keypadIsSet_ = line.code == 1;
+        return line.code >= 0;
+    case KeyLine::Comment:
+        return true;
+    case KeyLine::Unclear:
+        break;
     }
-    const auto key = parseKey(name);
-    if (key)
-        byKey_.insert(*key, *code);
-    return key.has_value();
-}
-
-bool KeyMap::parseKeypad(const QString& value)
-{
-    const auto wanted = parseSwitch(value);
-    keypadIsSet_ = wanted.value_or(false);
-    return wanted.has_value();
+    return false;
 }
 
 void KeyMap::loadKeypadVariable(const char* name)

@@ -4,6 +4,8 @@
 #include <QKeyEvent>
 #include <QString>
 
+struct KeyLine;
+
 /// The phone's key codes. Characters (digits, letters, "*", "#") are their own codes.
 namespace PhoneKey
 {
@@ -58,6 +60,8 @@ public:
     /// Adds what a file says. A missing or unreadable file changes nothing; a line that cannot be
     /// understood is named on stderr and skipped.
     void load(const QString& file);
+    /// Adds what one line says. False if that is nothing.
+    bool add(const KeyLine& line);
     int code(const QKeyEvent& event) const;
 
     /// Whether letters are typed with the keys of a keypad: so the file or the environment says, or
@@ -71,9 +75,6 @@ public:
     void notice(const QKeyEvent& event);
 
 private:
-    bool parseLine(const QString& line);
-    bool parseKeypad(const QString& value);
-
     QHash<int, int> byKey_;
     QHash<quint32, int> byScanCode_;
     bool keypadIsSet_ = false;

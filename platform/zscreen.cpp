@@ -1,5 +1,6 @@
 #include "platform/zscreen.h"
 
+#include "platform/displayturn.h"
 #include "platform/keymap.h"
 #include "platform/x11focus.h"
 #include "platform/zboxpan.h"
@@ -89,6 +90,8 @@ ZScreen::ZScreen(ZScreenFrame* frame)
     connect(frame, &ZScreenFrame::closeRequested, this, &ZScreen::closeRequested,
             Qt::QueuedConnection);
     setFocusPolicy(Qt::NoFocus);
+    if (DisplayTurn::isNeeded())
+        takeTurns();
     qApp->installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* now) { focusMoved(now); });
@@ -135,6 +138,19 @@ ZScreen::SoftKeys ZScreen::softKeys() const
         return top != nullptr && each.widget == top;
     });
     return entry == placed_.end() ? SoftKeys() : entry->softKeys;
+}
+
+void ZScreen::takeTurns()
+{
+    turn_ = std::make_unique<DisplayTurn>();
+    // With updates allowed again all is drawn.
+    connect(turn_.get(), &DisplayTurn::changed, this,
+            [this] { window()->setUpdatesEnabled(!isLent()); });
+}
+
+bool ZScreen::isLent() const
+{
+    return turn_ != nullptr && !turn_->isOurs();
 }
 
 void ZScreen::pauseMainInput(int change)
@@ -218,7 +234,7 @@ bool ZScreen::blocksInput(const QWidget* receiver) const
 {
     if (receiver == this || !isAncestorOf(receiver))
         return false;
-    if (!isActive(receiver))
+    if (isLent() || !isActive(receiver))
         return true;
     const auto entry = std::find_if(placed_.begin(), placed_.end(),
                                     [this](const Entry& each) { return each.widget == active(); });
@@ -283,7 +299,11 @@ void ZScreen::updateWindow()
 {
     if (stack_.isEmpty()) {
         window()->hide();
+        if (turn_)
+            turn_->hide();
     } else if (window()->isHidden()) {
+        if (turn_)
+            turn_->show();
         window()->show();
         x11Focus_->watch();
         takeKeyboard();

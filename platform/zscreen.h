@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 
+class DisplayTurn;
 class X11Focus;
 
 class ZBoxPan;
@@ -26,6 +27,9 @@ class ZScreenFrame;
 /// focus back where it was. Focus given to something inert meanwhile takes effect then.
 ///
 /// A box that is higher than the screen is shown from its top, and Up and Down pan it.
+///
+/// On a display without a window system nothing is drawn and no key taken while another program of
+/// the user's has it (DisplayTurn).
 class ZScreen : public QWidget
 {
     Q_OBJECT
@@ -110,6 +114,7 @@ private:
     explicit ZScreen(ZScreenFrame* frame);
     ~ZScreen() override;
     Entry* entryOf(const QWidget* widget);
+    void takeTurns();
     void pauseMainInput(int change);
     bool tapSoftKey(QPoint point);
     void widgetShown(QWidget* widget);
@@ -120,10 +125,12 @@ private:
     void raiseFrom(QWidget* widget);
     void giveFocus();
     void focusMoved(QWidget* now);
+    bool isLent() const;
     bool blocksInput(const QWidget* receiver) const;
 
     ZScreenFrame* frame_; ///< the window, which owns the screen
     std::unique_ptr<X11Focus> x11Focus_;
+    std::unique_ptr<DisplayTurn> turn_; ///< nullptr where windows share the display
     QList<Entry> placed_;
     QList<QWidget*> stack_;
     ZBoxPan* pan_;

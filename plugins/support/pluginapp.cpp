@@ -65,7 +65,7 @@ void registerFont(const QString& file)
 
 } // namespace
 
-PluginApp::PluginApp(int argc, char** argv, const QString& title)
+PluginApp::PluginApp(int argc, char** argv, const QString& title, const QString& workFolder)
     : ZApplication(withScale(argc), argv, GuiClient), file_(fileOf(argc, argv))
 {
     QCoreApplication::setApplicationName(title);
@@ -75,7 +75,7 @@ PluginApp::PluginApp(int argc, char** argv, const QString& title)
     ZScreen::setPlace(qgetenv(ProgramNames::PlaceVariable));
     qunsetenv(ProgramNames::PlaceVariable);
     pluginFolder_ = folderOfPlugin();
-    workFolder_ = folderAbove(folderAbove(pluginFolder_));
+    workFolder_ = workFolder.isEmpty() ? folderAbove(folderAbove(pluginFolder_)) : workFolder;
     settings_ = readPluginSettings(workFolder_ + QStringLiteral("fm.cfg"));
     ZMotion::setEnabled(settings_.motion);
     ZTheme::choose(settings_.theme == 1 ? ZTheme::Dark : ZTheme::Light);

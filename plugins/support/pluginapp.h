@@ -18,8 +18,10 @@ class PluginApp : public ZApplication
     Q_OBJECT
 
 public:
-    /// `title` names the program to the user and to the window system.
-    PluginApp(int argc, char** argv, const QString& title);
+    /// `title` names the program to the user and to the window system. `workFolder`, which ends
+    /// with
+    /// "/", is for a program that lies elsewhere.
+    PluginApp(int argc, char** argv, const QString& title, const QString& workFolder = {});
 
     /// The path that a plugin started with these arguments is to open; empty if there is none.
     static QString fileOf(int argc, char** argv);

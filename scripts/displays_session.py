@@ -1,0 +1,253 @@
+#!/usr/bin/python3
+"""Usage: displays_session.py FOLDER KIND...
+
+Tries the staged program on displays of these kinds (x11, wayland, vnc) and saves pictures in FOLDER; for
+scripts/try-displays."""
+
+import contextlib
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+
+from PIL import Image
+
+SCRIPTS = pathlib.Path(__file__).resolve().parent
+sys.path[:0] = [str(SCRIPTS), str(SCRIPTS.parent / "tests" / "e2e")]
+
+import quarn  # noqa: E402
+import rfbclient  # noqa: E402
+
+ACCENT = (255, 100, 12)
+ALL_ADDRESSES = "00000000"
+LISTENS = "0A"
+PORT = 5900
+CALM = 0.7  # seconds
+SYMBOLS = {"Down": 0xff54, "F9": 0xffc6, "F11": 0xffc8, "Return": 0xff0d}
+
+
+class Session:
+    """A program with some files on a display, and the pictures of its steps. `picture` gives one of the
+    display as it is, `press` presses keys; None if the display has no keyboard."""
+
+    def __init__(self, folder, name, program, picture, press):
+        self.folder, self.name, self.program = folder, name, program
+        self.picture, self.press = picture, press
+        self.steps = 0
+
+    def settled(self, before, after):
+        """The picture after it has become another one than `before`, and `after` if that is known, and
+        stays the same: what moves while one waits changes every 80 ms."""
+        last, since = None, 0
+
+        def calm():
+            nonlocal last, since
+            now = self.picture()
+            if last is None or now.tobytes() != last.tobytes():
+                last, since = now, time.monotonic()
+            return (time.monotonic() - since > CALM and is_drawn(last)
+                    and (before is None or last.tobytes() != before.tobytes())
+                    and (after is None or last.tobytes() == after.tobytes()))
+        try:
+            quarn.wait_until(calm, f"what is to be seen on {self.name}")
+        except quarn.Failure:
+            if last is not None:
+                last.save(self.folder / f"{self.name}-failure.png")
+            raise
+        return last
+
+    def step(self, what, *keys, before=None, after=None):
+        if keys:
+            self.press(*keys)
+        picture = self.settled(before, after)
+        self.steps += 1
+        target = self.folder / f"{self.name}-{self.steps}-{what}.png"
+        picture.save(target)
+        print(target.name, flush=True)
+        return picture
+
+    def walk(self):
+        """All steps; gives the picture of the listing."""
+        quarn.wait_until(lambda: len(self.program.listings()) >= 2 or not self.program.is_running(),
+                         self.program.describe)
+        listing = self.step("listing")
+        if self.press is None:
+            return listing
+        down = self.step("down", "Down", "Down", before=listing)
+        menu = self.step("menu", "F9", before=down)
+        closed = self.step("closed", "F11", before=menu, after=down)
+        if self.name != "vnc":  # there each program has a display of its own
+            text = self.step("text", "Return", before=closed)
+            self.step("back", "F11", before=text, after=closed)
+        return listing
+
+    def expect(self, condition, what):
+        if not condition:
+            raise quarn.Failure(f"{self.name}: not so: {what}")
+
+    def expect_filled(self, picture):
+        """The screen lies in the middle at the largest quarter step, in black."""
+        left, top, scale = quarn.screen_in(picture.size)
+        inside = (left, top, left + int(quarn.WIDTH * scale), top + int(quarn.HEIGHT * scale))
+        around = picture.copy()
+        around.paste((0, 0, 0), inside)
+        self.expect(around.getbbox() is None, "black around the screen")
+        self.expect(accent_width(picture) == inside[2] - left, f"the scale {scale}")
+
+    def expect_width(self, picture, width):
+        self.expect(accent_width(picture) == width,
+                    f"a window {width} pixels wide; it is {accent_width(picture)}")
+
+
+def is_drawn(picture):
+    return accent_width(picture) > 0
+
+
+def accent_width(picture):
+    """How long the line below the title is, pixels."""
+    mask = Image.new("1", picture.size)
+    mask.putdata([pixel == ACCENT for pixel in picture.getdata()])
+    rows = mask.getbbox()
+    if rows is None:
+        return 0
+    first = mask.crop((0, rows[1], picture.width, rows[1] + 1)).getbbox()
+    return first[2] - first[0]
+
+
+@contextlib.contextmanager
+def program_on(display, **environment):
+    program = quarn.Program(display)
+    quarn.make_folder(program.home / "Documents")
+    quarn.make_file(program.home / "notes.txt", b"A text.\n")
+    quarn.make_file(program.home / "song.mp3", b"x" * 3000)
+    try:
+        yield program.start(wait=False, **{"QUARN_SCALE": None, **environment})
+    finally:
+        # A display that has gone may have ended it.
+        with contextlib.suppress(quarn.Failure):
+            program.stop()
+
+
+@contextlib.contextmanager
+def display_of(*size, **options):
+    display = quarn.Display(*size, **options)
+    try:
+        yield display
+    finally:
+        display.stop()
+
+
+@contextlib.contextmanager
+def weston(environment, backend, *options):
+    """A compositor. Gives the environment of its clients."""
+    runtime = tempfile.mkdtemp(prefix="qw")
+    environment = {**environment, "XDG_RUNTIME_DIR": runtime}
+    log = pathlib.Path(runtime, "weston.log")
+    process = subprocess.Popen(
+        [*quarn.ENDS_WITH_US, "weston", f"--backend={backend}-backend.so", "--use-pixman",
+         "--socket=wayland-quarn", "--no-config", "--debug", "--idle-time=0", f"--log={log}", *options],
+        env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+        stderr=subprocess.DEVNULL)
+    try:
+        quarn.wait_until(lambda: pathlib.Path(runtime, "wayland-quarn").exists() or process.poll(),
+                         lambda: f"the compositor: {log.read_text()}")
+        if process.poll() is not None:
+            raise quarn.Failure(f"the compositor has ended: {log.read_text()}")
+        yield {"XDG_RUNTIME_DIR": runtime, "WAYLAND_DISPLAY": "wayland-quarn",
+               "QT_QPA_PLATFORM": "wayland"}
+    finally:
+        process.terminate()
+        process.wait()
+        subprocess.run(["rm", "-rf", runtime], check=False)
+
+
+def weston_picture(environment):
+    """What the compositor shows, by its own client."""
+    with tempfile.TemporaryDirectory() as folder:
+        subprocess.run(["weston-screenshooter"], cwd=folder, check=True,
+                       env={**os.environ, **environment}, stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL)
+        (picture,) = pathlib.Path(folder).iterdir()
+        return Image.open(picture).convert("RGB")
+
+
+def on_x11(folder):
+    for name, size, manager, width in (("x11-bare", (720, 1440), False, None),
+                                       ("x11-window", (1920, 1080), True, 480)):
+        with display_of(*size, window_manager=manager) as display, program_on(display) as program:
+            session = Session(folder, name, program,
+                              lambda: display.client.picture(0, 0, *size), display.client.press)
+            listing = session.walk()
+            if width:
+                session.expect_width(listing, width)
+            else:
+                session.expect_filled(listing)
+
+
+def on_wayland(folder):
+    with display_of() as display:
+        for name, size, density, width in (("wayland-window", (1920, 1080), 1, 480),
+                                           ("wayland-small", (800, 600), 1, 240),
+                                           ("wayland-dense", (1600, 1200), 2, 480)):
+            logical = [side // density for side in size]
+            options = [f"--width={logical[0]}", f"--height={logical[1]}", f"--scale={density}",
+                       "--shell=desktop-shell.so"]
+            with weston(display.environment(), "headless", *options) as environment, \
+                    program_on(display, **environment) as program:
+                session = Session(folder, name, program, lambda: weston_picture(environment), None)
+                session.expect_width(session.walk(), width)
+    # Full screen it is shown to a seat, which a compositor without a display has none of.
+    for size in ((720, 1440), (640, 480), (320, 240)):
+        with display_of(*size) as display:
+            options = [f"--width={size[0]}", f"--height={size[1]}", "--shell=kiosk-shell.so"]
+            with weston(display.environment(), "x11", *options) as environment, \
+                    program_on(display, **environment) as program:
+                session = Session(folder, f"wayland-full-{size[0]}x{size[1]}", program,
+                                  lambda: weston_picture(environment), display.client.press)
+                session.expect_filled(session.walk())
+
+
+def on_vnc(folder):
+    size = 480, 640
+    with display_of() as display, \
+            program_on(display, QT_QPA_PLATFORM=f"vnc:size={size[0]}x{size[1]}:port={PORT}") as program:
+        quarn.wait_until(lambda: listeners(PORT), "the server of VNC")
+        if ALL_ADDRESSES in "".join(listeners(PORT)):
+            print("note: the server listens on all addresses, and asks for no password")
+        client = rfbclient.Client("127.0.0.1", PORT)
+        session = Session(folder, "vnc", program, client.picture,
+                          lambda *keys: client.press(*[SYMBOLS[key] for key in keys]))
+        session.expect_filled(session.walk())
+        client.close()
+
+
+def listeners(port):
+    """The addresses on which somebody listens on a port, as the system writes them."""
+    found = []
+    for table in ("tcp", "tcp6"):
+        for line in pathlib.Path("/proc/net", table).read_text().splitlines()[1:]:
+            _, local, _, state, *_ = line.split()
+            address, _, number = local.partition(":")
+            if state == LISTENS and int(number, 16) == port:
+                found.append(address)
+    return found
+
+
+def main():
+    folder = pathlib.Path(sys.argv[1])
+    failures = 0
+    for kind in sys.argv[2:]:
+        start = time.monotonic()
+        try:
+            {"x11": on_x11, "wayland": on_wayland, "vnc": on_vnc}[kind](folder)
+            print(f"{kind}: all came about, in {time.monotonic() - start:.0f} s")
+        except (quarn.Failure, OSError, subprocess.CalledProcessError) as failure:
+            print(f"{kind}: {failure}", file=sys.stderr)
+            failures += 1
+    return min(failures, 1)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
