@@ -83,7 +83,7 @@ class TestExamples(Case):
         stamp = folder / "Stamp"
         stamp.write_text(script())
         stamp.chmod(0o755)
-        self.assertEqual(subprocess.run([stamp, "a"], check=False).returncode, 2)
+        self.assertEqual(self.status_of(stamp, "a"), 2)
         _, file = self.picked(stamp, "Stamp", b"text")
         # The file was made with a day of long ago.
         quarn.wait_until(lambda: file.stat().st_mtime > time.time() - 86400, "another time")
@@ -93,12 +93,14 @@ class TestExamples(Case):
         _, file = self.picked(keep, "Keep", b"text")
         copy = file.with_name("a.keep.kept")
         quarn.wait_until(lambda: copy.exists() and copy.read_bytes() == b"text", "the copy")
-        run = lambda *words: subprocess.run([keep, *words], stderr=subprocess.DEVNULL,
-                                            check=False).returncode
-        self.assertEqual(run("-d", file), 1)
-        self.assertEqual(run(file), 2)
+        self.assertEqual(self.status_of(keep, "-d", file), 1)
+        self.assertEqual(self.status_of(keep, file), 2)
         copy.unlink()
-        self.assertEqual(run("-d", file), 0)
+        self.assertEqual(self.status_of(keep, "-d", file), 0)
+
+    @staticmethod
+    def status_of(*command):
+        return subprocess.run(command, stderr=subprocess.DEVNULL, check=False).returncode
 
 
 class Facts(Case):

@@ -37,7 +37,6 @@ class Window(album.Page):
         program.key(*["down"] * 6)
         self.document("list", program)
         self.document("find", program, again=lambda: program.key("7", "3"))
-        program.key("folderup")
         program.key("hash")
         self.document("short", program)
         program.key("hash", "0", "select", "up", "select")
