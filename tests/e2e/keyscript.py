@@ -133,10 +133,10 @@ def difference(picture, reference, box=()):
     return marks.histogram()[255], marks
 
 
-def compare(program, name, box):
+def compare(program, name, box, folder=REFERENCE):
     """Waits until the screen looks like the reference. If it never does, the last picture and the
-    differing pixels are written beside it."""
-    path = REFERENCE / f"{name}.png"
+    differing pixels are written to the folder of references."""
+    path = folder / f"{name}.png"
     if not path.exists():
         raise quarn.Failure(f"no reference {path}; make it with --renew")
     reference = Image.open(path).convert("RGB")
@@ -164,7 +164,7 @@ def compare(program, name, box):
         path.unlink(missing_ok=True)
 
 
-def renewed(program, name, box):
+def renewed(program, name, box, folder=REFERENCE):
     """Writes the reference as soon as the screen has not changed for a while."""
     last, since = None, time.monotonic()
     calm = CALM if not box else CALM / 3
@@ -179,6 +179,6 @@ def renewed(program, name, box):
         return time.monotonic() - since > calm
 
     quarn.wait_until(settled, "a picture that stays the same")
-    REFERENCE.mkdir(exist_ok=True)
-    last.save(REFERENCE / f"{name}.png", optimize=True)
-    print(f"renewed {os.path.relpath(REFERENCE / name)}.png", flush=True)
+    folder.mkdir(exist_ok=True)
+    last.save(folder / f"{name}.png", optimize=True)
+    print(f"renewed {os.path.relpath(folder / name)}.png", flush=True)
