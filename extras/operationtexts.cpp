@@ -7,6 +7,7 @@
 #include "lang/texts.h"
 #include "platform/zlistrowpainter.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -83,6 +84,25 @@ QString shownFolderOf(const QByteArray& path)
 {
     const QString folder = folderPart(decodeName(path));
     return shown(folder.size() > 1 ? folder.chopped(1) : folder);
+}
+
+QString namesText(const QList<QByteArray>& paths)
+{
+    constexpr qsizetype MostNames = 4;
+    constexpr int MostLetters = 60;
+    QStringList lines;
+    for (const QByteArray& path : paths.first(std::min(paths.size(), MostNames))) {
+        QString name = paths.size() == 1 ? shown(decodeName(path)) : shownNameOf(path);
+        // The mark of a rule is none in a name.
+        name.replace(QLatin1Char('<'), QChar(0x2039));
+        if (paths.size() > 1 && name.size() > MostLetters)
+            name = name.left(MostLetters / 2) + QChar(0x2026) + name.right(MostLetters / 2);
+        lines.append(name);
+    }
+    if (paths.size() > MostNames)
+        lines.append(
+            filledText(SafeTexts::instance().more, QString::number(paths.size() - MostNames)));
+    return lines.join(QLatin1Char('\n'));
 }
 
 QString troubleText(Trouble trouble)
