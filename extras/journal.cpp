@@ -62,7 +62,8 @@ Journal::Journal(const QByteArray& path, FileHandle file) : path_(path), file_(s
         device_ = info.st_dev;
 }
 
-std::unique_ptr<Journal> Journal::begin(const OperationRequest& request)
+std::unique_ptr<Journal> Journal::begin(const OperationRequest& request,
+                                        const QList<JournalRecord>& decisions)
 {
     const QByteArray folder = journalFolder();
     if (!makeFolders(folder))
@@ -79,11 +80,12 @@ std::unique_ptr<Journal> Journal::begin(const OperationRequest& request)
     first.type = JournalRecord::Type::Request;
     first.request = request;
     first.started = now();
-    const bool began =
-        flock(file.get(), LOCK_EX | LOCK_NB) == 0 &&
-        writeAll(file.get(), JournalReader::fileStart() + JournalReader::framed(first.toBytes())) &&
-        fsync(file.get()) == 0 && rename(beginning.constData(), path.constData()) == 0 &&
-        flushFolderOf(path);
+    QByteArray bytes = JournalReader::fileStart() + JournalReader::framed(first.toBytes());
+    for (const JournalRecord& decision : decisions)
+        bytes += JournalReader::framed(decision.toBytes());
+    const bool began = flock(file.get(), LOCK_EX | LOCK_NB) == 0 && writeAll(file.get(), bytes) &&
+                       fsync(file.get()) == 0 &&
+                       rename(beginning.constData(), path.constData()) == 0 && flushFolderOf(path);
     if (!began) {
         const int error = errno;
         unlink(beginning.constData());

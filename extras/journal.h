@@ -4,6 +4,7 @@
 #include "files/filehandle.h"
 
 #include <QByteArray>
+#include <QList>
 
 #include <memory>
 
@@ -13,8 +14,10 @@
 class Journal
 {
 public:
-    /// Begins one with a request. Null, with errno set, if that cannot be written.
-    static std::unique_ptr<Journal> begin(const OperationRequest& request);
+    /// Begins one with a request and what was answered before. Null, with errno set, if that cannot
+    /// be written.
+    static std::unique_ptr<Journal> begin(const OperationRequest& request,
+                                          const QList<JournalRecord>& decisions);
     /// Goes on with one. Null, with errno set, if it is gone or another instance's (EWOULDBLOCK).
     /// What cannot be read at its end is cut off.
     static std::unique_ptr<Journal> resume(const QByteArray& path);

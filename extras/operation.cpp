@@ -35,6 +35,23 @@ OperationRequest tidied(OperationRequest request)
     return request;
 }
 
+QList<JournalRecord> recordsOf(const Decisions& decisions)
+{
+    QList<JournalRecord> records;
+    const auto add = [&records](JournalRecord::Type type, const QByteArray& from, Answer answer) {
+        JournalRecord record;
+        record.type = type;
+        record.from = from;
+        record.answer = answer;
+        records.append(record);
+    };
+    for (auto one = decisions.byPath.constBegin(); one != decisions.byPath.constEnd(); ++one)
+        add(JournalRecord::Type::Decision, one.key(), one.value());
+    if (decisions.forAll)
+        add(JournalRecord::Type::DecisionForAll, {}, *decisions.forAll);
+    return records;
+}
+
 } // namespace
 
 int OperationProgress::percent() const
@@ -76,27 +93,9 @@ public:
 
 void Operation::Private::begin()
 {
-    work.journal = Journal::begin(work.request);
+    work.journal = Journal::begin(work.request, recordsOf(work.decisions));
     if (work.journal == nullptr)
         work.journalError = errno;
-    if (work.journal != nullptr) {
-        for (auto one = work.decisions.byPath.constBegin(); one != work.decisions.byPath.constEnd();
-             ++one) {
-            JournalRecord record;
-            record.type = JournalRecord::Type::Decision;
-            record.from = one.key();
-            record.answer = one.value();
-            work.journal->add(record);
-        }
-        if (work.decisions.forAll) {
-            JournalRecord record;
-            record.type = JournalRecord::Type::DecisionForAll;
-            record.answer = *work.decisions.forAll;
-            work.journal->add(record);
-        }
-        if (!work.journal->flush())
-            work.loseJournal(errno);
-    }
     work.progress.bytesTotal = work.request.kind == OperationKind::Delete ? 0 : survey.bytes;
     work.progress.entriesTotal = survey.entries;
     startWork(nullptr);

@@ -79,6 +79,9 @@ void TakingBack::undoMade(const JournalRecord& record, const struct stat& made)
         copyBack(record, made);
         return;
     }
+    // Names that have gone come back to the file that still has this one.
+    if (record.links > 1 && S_ISREG(record.mode) && work_.request.kind == OperationKind::Move)
+        returned_.insert(record.identity, record.from);
     // Without it there would be nothing of that name, and the other one does not come back.
     if (record.replaces)
         return;
@@ -221,8 +224,13 @@ void TakingBack::removeMade(const JournalRecord& record)
 void TakingBack::unmake(const JournalRecord& record)
 {
     const int folder = target_.folder(parentOf(record.to));
-    if (folder < 0 || unlinkat(folder, nameOf(record.to).constData(),
-                               S_ISDIR(record.mode) ? AT_REMOVEDIR : 0) != 0)
+    const QByteArray name = nameOf(record.to);
+    const int flags = S_ISDIR(record.mode) ? AT_REMOVEDIR : 0;
+    bool isGone = folder >= 0 && unlinkat(folder, name.constData(), flags) == 0;
+    // A folder that could be written when this was made in it has got what its source had.
+    if (!isGone && folder >= 0 && errno == EACCES)
+        isGone = fchmod(folder, 0700) == 0 && unlinkat(folder, name.constData(), flags) == 0;
+    if (!isGone)
         fail(record, Trouble::CannotRemove, errno);
 }
 

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "extras/operation.h"
+#include "tests/tools/filesystems.h"
+
+#include <QByteArrayList>
+
+#include <optional>
+
+/// A folder for sources, one for targets, and one for the journals of this process and its
+/// children.
+class OperationPlaces
+{
+public:
+    enum Where { Together, Apart }; ///< whether source and target share a file system
+
+    /// In memory, where thousands of runs are fast, or the source on the disk and the target there.
+    explicit OperationPlaces(Where where = Together);
+
+    QByteArray source(const QByteArray& name = {}) const;
+    QByteArray target(const QByteArray& name = {}) const;
+    QByteArray state() const { return near_.path("state"); }
+    /// The names in the folder of journals.
+    QList<QByteArray> journals() const;
+
+    /// A request for entries of the source folder.
+    OperationRequest request(OperationKind kind, const QByteArrayList& names) const;
+
+private:
+    OwnFolder near_;
+    std::optional<OwnFolder> far_;
+};
+
+/// Runs an operation to its end. Everything in the way is answered so.
+void runToEnd(Operation& operation, Answer answer = Answer::Replace);
+/// Runs one without anything that could go wrong; the test fails if it did.
+void runWell(const OperationRequest& request, Answer answer = Answer::Replace);
+
+/// Gives all in a tree one time of change, in the past.
+void ageAll(const QByteArray& path);
+/// A small tree with an entry of every kind; one folder cannot be written.
+void makeEveryKind(const QByteArray& path);
+/// All that treeText() tells, and which names are of one file, what is a hole, extended attributes.
+QByteArrayList wholeText(const QByteArray& path);
+/// The lines of a tree without the times of its folders.
+QByteArrayList withoutFolderTimes(QByteArrayList lines);
+/// What is only in one of two texts, marked "-" and "+".
+QByteArray differences(const QByteArrayList& expected, const QByteArrayList& now);
