@@ -156,7 +156,7 @@ QString EntryPage::fittingDetail(const Row& row) const
     const int icon = row.icon.isNull() ? 0 : pixmapSize(row.icon).width() + IconGap;
     const int room = ZScreen::Width - Beside - icon -
                      (tab < 0 ? 0 : QFontMetrics(font).horizontalAdvance(end.mid(1)));
-    return elided(font, detail.left(tab), Qt::ElideRight, room) + end;
+    return elided(font, detail.left(tab), row.cut, room) + end;
 }
 
 void EntryPage::showNotes(int row)

@@ -27,6 +27,7 @@ public:
         QString detail;    ///< below the name; what is behind a tab stands at the right edge
         QStringList notes; ///< about the row, below the list; up to two lines
         QPixmap icon{};    ///< before both; all rows of a page have one, or none has
+        Qt::TextElideMode cut = Qt::ElideRight; ///< where a detail without room is cut
     };
 
     explicit EntryPage(const QString& title);
@@ -35,7 +36,7 @@ public:
     void setLines(const QStringList& lines);
     /// `digits`: the first nine rows can be chosen by digits, which stand before their names.
     void setRows(const QList<Row>& rows, bool digits = false);
-    /// What stands in place of the rows while there are none.
+    /// What stands below the rows; said while there are none.
     void setEmptyText(const QString& text);
     /// Puts another row in the place of one.
     void setRow(int index, const Row& row);

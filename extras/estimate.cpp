@@ -10,10 +10,13 @@ namespace
 constexpr qint64 FirstWords = 1000;
 /// How often the average is renewed.
 constexpr qint64 Interval = 250;
-/// After so many seconds a change of the speed is most of the average.
-constexpr double Memory = 8;
+/// After so many seconds a change of the speed is most of the average: this part of the time that
+/// has passed, within bounds, since what comes in gulps shows its pace only after some of them.
+constexpr double MemoryShare = 0.3;
+constexpr double ShortMemory = 3;
+constexpr double LongMemory = 15;
 /// The share of the way to a new estimate that is gone in a second.
-constexpr double Pull = 0.2;
+constexpr double Pull = 0.15;
 
 } // namespace
 
@@ -30,7 +33,9 @@ void Estimate::note(qint64 done, qint64 milliseconds)
     if (passed < Interval)
         return;
     const double seconds = double(passed) / 1000;
-    const double kept = std::exp(-seconds / Memory);
+    const double memory = std::clamp(double(milliseconds - first_) / 1000 * MemoryShare,
+                                     ShortMemory, LongMemory);
+    const double kept = std::exp(-seconds / memory);
     const double now = double(done_ - lastDone_) / seconds;
     // An average over what there is: without the weight it would begin at 0.
     const double sum = rate_ * weight_ * kept + now * (1 - kept);

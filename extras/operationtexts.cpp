@@ -178,7 +178,7 @@ QString errorText(int error)
     case ENOTEMPTY:
         return texts.notEmpty;
     default:
-        return QString::fromLocal8Bit(std::strerror(error));
+        return decodeName(std::strerror(error));
     }
 }
 

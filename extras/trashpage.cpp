@@ -24,18 +24,18 @@ namespace
 QString pictureOf(const TrashEntry& entry)
 {
     if (S_ISDIR(entry.mode))
-        return QStringLiteral("browser/0/folder.png");
+        return QStringLiteral("browser/1/folder.png");
     if (S_ISLNK(entry.mode))
-        return QStringLiteral("browser/0/file_link.png");
+        return QStringLiteral("browser/1/file_link.png");
     if (!S_ISREG(entry.mode))
-        return QStringLiteral("browser/0/device.png");
+        return QStringLiteral("browser/1/device.png");
     const QString extension = extensionOf(decodeName(entry.formerName()));
     // As in the panels the last line for an extension counts.
     const auto found =
         std::find_if(mimes.rbegin(), mimes.rend(),
                      [&extension](const mime_struct& mime) { return mime.ext == extension; });
-    return found == mimes.rend() ? QStringLiteral("browser/0/file.png")
-                                 : QStringLiteral("mime/0/%1.png").arg(found->icon_num);
+    return found == mimes.rend() ? QStringLiteral("browser/1/file.png")
+                                 : QStringLiteral("mime/1/%1.png").arg(found->icon_num);
 }
 
 bool isLater(const TrashEntry& one, const TrashEntry& other)
@@ -48,7 +48,6 @@ bool isLater(const TrashEntry& one, const TrashEntry& other)
 
 TrashPage::TrashPage() : EntryPage(SafeTexts::instance().trash)
 {
-    setEmptyText(SafeTexts::instance().trashEmpty);
     connect(this, &EntryPage::chosen, this, &TrashPage::openMenu);
     connect(this, &EntryPage::leftPressed, this, &TrashPage::openMenu);
 }
@@ -65,8 +64,10 @@ void TrashPage::setEntries(const QList<TrashEntry>& entries)
         rows.append({formerNameText(entry),
                      formerFolderText(entry) + QLatin1Char('\t') + date,
                      {formerFolderText(entry), size},
-                     icon(entry)});
+                     icon(entry),
+                     Qt::ElideMiddle});
     }
+    setEmptyText(rows.isEmpty() ? SafeTexts::instance().trashEmpty : QString());
     setRows(rows);
     list()->setCurrentItem(std::max(row, 0));
     // Without an entry there is nothing to be done.

@@ -190,7 +190,7 @@ private:
                 return QStringList{filledText(texts.entries, QString::number(removal.removed()))};
             });
         if (isDone && removal.failures() > 0)
-            showError(texts.cannotGoOn + QLatin1Char('\n') + errorText(removal.firstError()));
+            showError(texts.notAllDeleted + QLatin1Char('\n') + errorText(removal.firstError()));
     }
 
     static QByteArray nameOf(const TrashEntry& entry)
