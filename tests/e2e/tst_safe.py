@@ -216,18 +216,20 @@ class TestInterrupted(Case):
 
     TREES = ["one", "two", "three"]
 
-    def prepare(self, seed, elsewhere=False):
+    def prepare(self, seed, elsewhere=False, more=()):
         self.make()
         if elsewhere:
             self.put_right_elsewhere()
         chance = random.Random(seed)
-        rules = []
+        rules = [rule.format(left=self.left) for rule in more]
+        self.held = {}
         for tree in self.TREES:
             make_many(self.left / tree)
             # In the order in which the system lists them, so that many are still to come.
             parts = [entry.path for entry in os.scandir(self.left / tree)][:MANY // 300]
             files = [entry.path for part in parts for entry in os.scandir(part)]
-            rules.append(f"open hold 0 {chance.choice(files)}")
+            self.held[tree] = pathlib.Path(chance.choice(files))
+            rules.append(f"open hold 0 {self.held[tree]}")
         self.gate = operations.inject_faults(self.program_, *rules)
         self.start()
 
@@ -250,10 +252,10 @@ class TestInterrupted(Case):
         """The key is there before the box, which comes up once the file is read."""
         self.paste_up_to_the_gate(command, tree)
         time.sleep(BOX_AFTER)  # waits: what is over sooner has no box, nor anything to cancel
-        with self.user.watching(2):
-            self.program_.key("softright")
-            self.gate.open()
+        self.program_.key("softright")
+        self.gate.open()
         self.wait_main()
+        self.program_.wait_idle()
 
     def test_cancelledCopyLeavesNothingHalf(self):
         self.prepare(1)
@@ -276,6 +278,28 @@ class TestInterrupted(Case):
             self.assertFalse(there.keys() & here.keys())
             self.assertEqual(len(there) + len(here), MANY)
         self.assertEqual({**files_below(self.left), **files_below(self.right)}, everything)
+        self.check_no_journal()
+
+    def test_countIsCancelledAtOnce(self):
+        self.prepare(5, more=["open hold 0 {left}/one/part00"])
+        self.paste_and_cancel("copy", "one")
+        self.assertEqual(names(self.right), [])
+        self.check_no_journal()
+
+    def test_whatComesIntoTheWayMeanwhileIsAskedAbout(self):
+        self.prepare(6)
+        self.paste_up_to_the_gate("copy", "one")
+        in_the_way = self.right / self.held["one"].relative_to(self.left)
+        in_the_way.parent.mkdir(parents=True, exist_ok=True)
+        in_the_way.write_bytes(b"meanwhile")
+        self.gate.open()
+        self.wait_page()
+        # Left out, this one.
+        self.program_.key("3")
+        self.wait_main()
+        copied = files_below(self.right / "one")
+        self.assertEqual(len(copied), MANY)
+        self.assertEqual(in_the_way.read_bytes(), b"meanwhile")
         self.check_no_journal()
 
     def kill_while_copying(self, seed):
