@@ -2,6 +2,7 @@
 // beside a frame of a display, and beside a press of the key Down in the same list.
 
 #include "bench/benchprogram.h"
+#include "bench/paintwatch.h"
 #include "bench/stopwatch.h"
 #include "browser/filebrowserftab.h"
 #include "platform/keymap.h"
@@ -9,9 +10,7 @@
 #include "shell/fm.h"
 #include "shell/settings.h"
 
-#include <QApplication>
 #include <QDir>
-#include <QKeyEvent>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -21,41 +20,10 @@ namespace
 
 constexpr int Entries = 100000;
 constexpr int Runs = 51;
-constexpr double FrameMilliseconds = 16;
-/// The toolkit's keys of the phone's codes.
-constexpr int KeyOffset = Qt::Key_F1 - int(PhoneKey::Modifier);
-
-/// Notes that a widget has been painted.
-class PaintWatch : public QObject
-{
-public:
-    explicit PaintWatch(QWidget* widget) : widget_(widget) { widget->installEventFilter(this); }
-    ~PaintWatch() override { widget_->removeEventFilter(this); }
-
-    void wait()
-    {
-        while (!painted_)
-            QCoreApplication::processEvents();
-    }
-
-protected:
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
-    {
-        painted_ = painted_ || event->type() == QEvent::Paint;
-        return false;
-    }
-
-private:
-    QWidget* widget_;
-    bool painted_ = false;
-};
 
 void press(int code)
 {
-    const QString text = code < 0x1000 ? QString(QChar(char16_t(code))) : QString();
-    QKeyEvent event(QEvent::KeyPress, code < 0x1000 ? code : code + KeyOffset, Qt::NoModifier,
-                    text);
-    QApplication::sendEvent(ZScreen::instance()->active()->focusWidget(), &event);
+    pressIn(ZScreen::instance()->active()->focusWidget(), code);
 }
 
 /// Makes a folder of empty files: of the first name with a number in it, and of the second.

@@ -2,52 +2,23 @@
 // display, and beside a bare widget that draws as many rows of a picture and a text.
 
 #include "bench/benchprogram.h"
+#include "bench/paintwatch.h"
 #include "bench/stopwatch.h"
 #include "platform/keymap.h"
 #include "platform/zoptionsmenu.h"
 #include "platform/zscreen.h"
 #include "shell/fm.h"
 
-#include <QApplication>
 #include <QPainter>
 
 namespace
 {
 
-constexpr double FrameMilliseconds = 16;
 constexpr int Runs = 201;
-/// The toolkit's keys of the phone's codes.
-constexpr int KeyOffset = Qt::Key_F1 - int(PhoneKey::Modifier);
-
-/// Notes that a widget has been painted.
-class PaintWatch : public QObject
-{
-public:
-    explicit PaintWatch(QWidget* widget) : widget_(widget) { widget->installEventFilter(this); }
-    ~PaintWatch() override { widget_->removeEventFilter(this); }
-
-    void wait()
-    {
-        while (!painted_)
-            QCoreApplication::processEvents();
-    }
-
-protected:
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
-    {
-        painted_ = painted_ || event->type() == QEvent::Paint;
-        return false;
-    }
-
-private:
-    QWidget* widget_;
-    bool painted_ = false;
-};
 
 void press(int code)
 {
-    QKeyEvent event(QEvent::KeyPress, code < 0x1000 ? code : code + KeyOffset, Qt::NoModifier);
-    QApplication::sendEvent(ZScreen::instance()->active(), &event);
+    pressIn(ZScreen::instance()->active(), code);
 }
 
 /// The milliseconds until `painted` shows what a key does; then the other keys put it back.

@@ -2,6 +2,7 @@
 // field: with the keys of a keyboard, with those of a keypad, in a long name, and the sheet of
 // symbols.
 
+#include "bench/paintwatch.h"
 #include "bench/stopwatch.h"
 #include "platform/keymap.h"
 #include "platform/zapplication.h"
@@ -18,20 +19,6 @@ namespace
 {
 
 constexpr int Presses = 400;
-constexpr double AimMilliseconds = 16;
-
-/// Notes that something is painted.
-class PaintWatch : public QObject
-{
-public:
-    bool isPainted = false;
-
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
-    {
-        isPainted = isPainted || event->type() == QEvent::Paint;
-        return false;
-    }
-};
 
 void send(QWidget* widget, QEvent::Type type, int key)
 {
@@ -44,14 +31,11 @@ void send(QWidget* widget, QEvent::Type type, int key)
 /// display.
 double timeOf(QWidget* field, int key, QWidget* shown)
 {
-    PaintWatch watch;
-    shown->installEventFilter(&watch);
+    PaintWatch watch(shown);
     const double time = millisecondsOf([&] {
         send(field, QEvent::KeyPress, key);
-        while (!watch.isPainted)
-            QApplication::processEvents();
+        watch.wait();
     });
-    shown->removeEventFilter(&watch);
     send(field, QEvent::KeyRelease, key);
     return time;
 }
@@ -121,7 +105,7 @@ Times typingInAPlainField(const QString& text)
 void report(const char* what, const Times& times, const Times& plain)
 {
     printRow(what, times.median, "ms", "plain field, a key", plain.median);
-    printRow("  the slowest press", times.longest, "ms", "aim", AimMilliseconds);
+    printRow("  the slowest press", times.longest, "ms", "aim", FrameMilliseconds);
 }
 
 } // namespace
@@ -142,6 +126,6 @@ int main(int argc, char** argv)
     report("the same in a name of 250 letters", typing(&box.field, "2233344566778899", longName),
            plainLong);
     printRow("the key \"*\" to the sheet of symbols", openingTheSheet(&box.field), "ms", "aim",
-             AimMilliseconds);
+             FrameMilliseconds);
     return 0;
 }

@@ -28,7 +28,7 @@ ZSkinService::Look tabLook(const ZTheme& theme)
     ZSkinService::Look look = barLook(theme);
     look.highlight = theme.ground;
     look.highlightText = theme.text;
-    look.mark = theme.mark;
+    look.mark = theme.tabMark;
     return look;
 }
 

@@ -28,6 +28,7 @@ struct ZTheme {
     QColor barSecondText;
     QColor barMark;    ///< what `mark` is on a bar
     QColor barTrack;   ///< what is not done yet, beside barMark
+    QColor tabMark;    ///< of the tab whose page is shown, between a bar and the ground
     QColor barWarning; ///< with a sign, too
 
     static const ZTheme& of(Kind kind);

@@ -11,17 +11,6 @@ class FileBrowserFtab;
 class QTimer;
 class ZMainWidget;
 
-/// The phone's keys that panels answer.
-enum PanelKey {
-    Select = 0x1004,
-    Enter = 0x1005,
-    Up = 0x1013,
-    Down = 0x1015,
-    PageUp = 0x1016,
-    PageDown = 0x1017,
-    GoUp = 0x1032
-};
-
 /// One directory panel alone on the screen, listing nothing at first, and a work folder whose
 /// pictures are 16 x 16 squares of one colour each. The MIME table is empty until a test fills it.
 class PanelFixture

@@ -1,4 +1,5 @@
 #include "browser/filebrowserftab.h"
+#include "platform/keymap.h"
 #include "platform/zskinservice.h"
 #include "tests/browser/panelfixture.h"
 #include "tests/support/keys.h"
@@ -26,7 +27,7 @@ void listSome(const PanelFixture& panel)
 void check(const PanelFixture& panel, const QString& name)
 {
     panel->setCurrentItem(panel.row(name));
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
 }
 
 /// Whether a row is painted with a check box: its frame's colour near the right edge.
@@ -149,7 +150,7 @@ void tst_MultiSelect::backEntryCannotBeChecked()
     listSome(panel);
     QVERIFY(!panel->item(0)->isEnabled());
     const PanelSignals told(panel);
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QVERIFY(!panel->itemChecked(0));
     QCOMPARE(panel->getChkFileList(), QStringList());
     QCOMPARE(told.all(), QStringList());
@@ -175,7 +176,7 @@ void tst_MultiSelect::selectChecksAndUnchecksAndTellsNothing()
         check(panel, QLatin1String(name));
         QCOMPARE(panel->getChkFileList(), QStringList(path));
         QCOMPARE(panel->curFile, path);
-        pressKey(Select);
+        pressKey(PhoneKey::Return);
         QCOMPARE(panel->getChkFileList(), QStringList());
     }
     QCOMPARE(told.all(), QStringList());
@@ -188,7 +189,7 @@ void tst_MultiSelect::goUpStillWorks()
     listSome(panel);
     panel->setDir(panel.files().path(QStringLiteral("folder")), 0);
     const PanelSignals told(panel);
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->curPath, panel.files().path());
     QCOMPARE(told.all().value(0), QStringLiteral("isFilePicked(false)"));
     QVERIFY(panel->isMultiSelect());
@@ -226,8 +227,8 @@ void tst_MultiSelect::allRowsCanBeChecked()
     panel->switchMultiSelect();
     panel->setDir(panel.files().path(), 0);
     for (int row = 0; row < panel->count(); ++row) {
-        pressKey(Select);
-        pressKey(Down);
+        pressKey(PhoneKey::Return);
+        pressKey(PhoneKey::Down);
     }
     QStringList expected;
     for (int i = 0; i < 200; ++i)

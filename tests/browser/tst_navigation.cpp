@@ -1,4 +1,5 @@
 #include "browser/filebrowserftab.h"
+#include "platform/keymap.h"
 #include "tests/browser/panelfixture.h"
 #include "tests/support/keys.h"
 #include "tests/support/testmain.h"
@@ -56,7 +57,7 @@ void tst_Navigation::highlightIsFollowedWithoutASignal()
     panel.makeFiles(3);
     panel->setDir(panel.files().path(), 0);
     const PanelSignals told(panel);
-    for (const int key : {Down, Down, Up}) {
+    for (const int key : {PhoneKey::Down, PhoneKey::Down, PhoneKey::Up}) {
         pressKey(key);
         QVERIFY(panel.fieldsFollow());
     }
@@ -70,9 +71,12 @@ void tst_Navigation::selectOnAFolderEntersIt_data()
     QTest::addColumn<int>("key");
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("canonical");
-    QTest::newRow("folder") << int(Select) << QStringLiteral("folder") << QStringLiteral("folder");
-    QTest::newRow("by enter") << int(Enter) << QStringLiteral("folder") << QStringLiteral("folder");
-    QTest::newRow("link") << int(Select) << QStringLiteral("link") << QStringLiteral("folder/in");
+    QTest::newRow("folder") << int(PhoneKey::Return) << QStringLiteral("folder")
+                            << QStringLiteral("folder");
+    QTest::newRow("by enter") << int(PhoneKey::Enter) << QStringLiteral("folder")
+                              << QStringLiteral("folder");
+    QTest::newRow("link") << int(PhoneKey::Return) << QStringLiteral("link")
+                          << QStringLiteral("folder/in");
 }
 
 void tst_Navigation::selectOnAFolderEntersIt()
@@ -103,7 +107,7 @@ void tst_Navigation::selectOnTheBackEntryGoesUp()
     panel.files().makeFolder(QStringLiteral("a/b"));
     panel->setDir(panel.files().path(QStringLiteral("a/b")), 0);
     const PanelSignals told(panel);
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(told.all(),
              QStringList({QStringLiteral("isFilePicked(false)"),
                           QStringLiteral("picked(%1/a/b/..)").arg(panel.files().path())}));
@@ -132,7 +136,7 @@ void tst_Navigation::selectOnAFilePicksIt()
     const int row = panel.row(name);
     panel->setCurrentItem(row);
     const PanelSignals told(panel);
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(told.all(), QStringList(QStringLiteral("isFilePicked(true)")));
     QCOMPARE(panel->curFile, panel.files().path(name));
     QCOMPARE(panel->curIndex, row);
@@ -157,7 +161,7 @@ void tst_Navigation::selectOnAnythingElseDoesNothing()
     QFETCH(QString, name);
     panel->setCurrentItem(panel.row(name));
     const PanelSignals told(panel);
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(told.all(), QStringList());
     QCOMPARE(panel->count(), 5);
     QVERIFY(panel.fieldsFollow());
@@ -174,7 +178,7 @@ void tst_Navigation::selectOnAVanishedEntryDoesNothing()
     const PanelSignals told(panel);
     for (const int row : {1, 2}) {
         panel->setCurrentItem(row);
-        pressKey(Select);
+        pressKey(PhoneKey::Return);
     }
     QCOMPARE(told.all(), QStringList());
     QCOMPARE(panel->count(), 3);
@@ -187,7 +191,7 @@ void tst_Navigation::selectOnAFileThatBecameAFolderEntersIt()
     panel->setDir(panel.files().path(), 1);
     QVERIFY(QFile::remove(panel.files().path(QStringLiteral("entry"))));
     panel.files().makeFolder(QStringLiteral("entry"));
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(panel->curPath, panel.files().path(QStringLiteral("entry")));
 }
 
@@ -198,14 +202,14 @@ void tst_Navigation::selectOnALockedFolderEmptiesTheList()
     panel.files().setMode(QStringLiteral("locked"), 0);
     panel->setDir(panel.files().path(), 1);
     const PanelSignals told(panel);
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(told.all(),
              QStringList(
                  {QStringLiteral("isFilePicked(false)"),
                   QStringLiteral("picked(%1)").arg(panel.files().path(QStringLiteral("locked")))}));
     QCOMPARE(panel->count(), 0);
     QCOMPARE(panel->curPath, panel.files().path());
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->curPath, QDir(panel.files().path(QStringLiteral(".."))).canonicalPath());
     QVERIFY(panel->count() > 0);
 }
@@ -215,10 +219,10 @@ void tst_Navigation::heldSelectEntersOneFolderOnly()
     const PanelFixture panel;
     panel.files().makeFolder(QStringLiteral("a/b/c"));
     panel->setDir(panel.files().path(QStringLiteral("a/b/c")), 0);
-    holdKey(Select);
-    repeatKey(Select);
-    repeatKey(Select);
-    releaseKey(Select);
+    holdKey(PhoneKey::Return);
+    repeatKey(PhoneKey::Return);
+    repeatKey(PhoneKey::Return);
+    releaseKey(PhoneKey::Return);
     QCOMPARE(panel->curPath, panel.files().path(QStringLiteral("a/b")));
 }
 
@@ -228,7 +232,7 @@ void tst_Navigation::goUpListsTheFolderAbove()
     panel.files().makeFolder(QStringLiteral("a/b"));
     panel->setDir(panel.files().path(QStringLiteral("a/b")), 0);
     const PanelSignals told(panel);
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     const QString above = panel.files().path(QStringLiteral("a"));
     QCOMPARE(told.all(), QStringList({QStringLiteral("isFilePicked(false)"),
                                       QStringLiteral("picked(%1/b/..)").arg(above)}));
@@ -244,7 +248,7 @@ void tst_Navigation::goUpAtTheRootListsTheRoot()
     panel->setDir(QStringLiteral("/"), 1);
     const QStringList before = panel.names();
     const PanelSignals told(panel);
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->curPath, QStringLiteral("/"));
     QCOMPARE(panel.names(), before);
     QCOMPARE(panel->currentItem(), 0);
@@ -257,7 +261,7 @@ void tst_Navigation::goUpWorksFromAnyRow()
     const PanelFixture panel;
     panel.makeFiles(40);
     panel->setDir(panel.files().path(), 40);
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->curPath, QDir(panel.files().path(QStringLiteral(".."))).canonicalPath());
     QCOMPARE(panel->currentItem(), 0);
     QVERIFY(panel->itemVisible(0));
@@ -271,7 +275,7 @@ void tst_Navigation::goUpFromAFolderThatWasReplacedByALinkFollowsTheLink()
     panel->setDir(panel.files().path(QStringLiteral("a/b")), 0);
     QVERIFY(QDir().rmdir(panel.files().path(QStringLiteral("a/b"))));
     panel.files().makeLink(QStringLiteral("a/b"), panel.files().path(QStringLiteral("far/away")));
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->curPath, panel.files().path(QStringLiteral("far")));
 }
 
@@ -281,7 +285,7 @@ void tst_Navigation::goUpFromAVanishedFolderEmptiesTheList()
     panel.files().makeFolder(QStringLiteral("a"));
     panel->setDir(panel.files().path(QStringLiteral("a")), 0);
     QVERIFY(QDir().rmdir(panel.files().path(QStringLiteral("a"))));
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->count(), 0);
     QCOMPARE(panel->curPath, panel.files().path(QStringLiteral("a")));
     panel->setDir(panel.files().path(), 0);
@@ -294,7 +298,7 @@ void tst_Navigation::goUpLeavesTheFolderOfALink()
     panel.files().makeFolder(QStringLiteral("far/away"));
     panel.files().makeLink(QStringLiteral("link"), QStringLiteral("far/away"));
     panel->setDir(panel.files().path(QStringLiteral("link")), 0);
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->curPath, panel.files().path(QStringLiteral("far")));
 }
 
@@ -327,7 +331,7 @@ void tst_Navigation::pickedFileStaysUnderTheHighlight()
     panel.makeFiles(30);
     panel->setDir(panel.files().path(), 20);
     const int top = panel->topItem();
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(panel->topItem(), top);
     QCOMPARE(panel->currentItem(), 20);
 }
@@ -351,14 +355,14 @@ void tst_Navigation::oddNamesCanBeEnteredAndPicked()
     const PanelFixture panel;
     panel.files().write(name + QLatin1Char('/') + name);
     panel->setDir(panel.files().path(), 1);
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(panel->curPath, panel.files().path(name));
-    pressKey(Down);
+    pressKey(PhoneKey::Down);
     const PanelSignals told(panel);
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(told.all(), QStringList(QStringLiteral("isFilePicked(true)")));
     QCOMPARE(panel->curFile, panel.files().path(name + QLatin1Char('/') + name));
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->curPath, panel.files().path());
 }
 
@@ -370,10 +374,10 @@ void tst_Navigation::folderOfBrokenBytesIsEnteredAndLeft()
     QCOMPARE(mkdir(bytes.constData(), 0700), 0);
     panel->setDir(panel.files().path(), 1);
     QCOMPARE(panel.names(), (QStringList{"..", name}));
-    pressKey(Select);
+    pressKey(PhoneKey::Return);
     QCOMPARE(panel->curPath, panel.files().path(name));
     QCOMPARE(panel->count(), 1);
-    pressKey(GoUp);
+    pressKey(PhoneKey::FolderUp);
     QCOMPARE(panel->curPath, panel.files().path());
     QCOMPARE(rmdir(bytes.constData()), 0);
 }

@@ -1,4 +1,5 @@
 #include "browser/filebrowserftab.h"
+#include "platform/keymap.h"
 #include "tests/browser/panelfixture.h"
 #include "tests/support/keys.h"
 #include "tests/support/testmain.h"
@@ -52,7 +53,7 @@ void tst_Paging::pageDownMovesByAPage()
     while (panel->currentItem() < panel->count() - 1 && ++presses < 60) {
         const int before = panel->currentItem();
         const int length = page(panel);
-        pressKey(PageDown);
+        pressKey(PhoneKey::PageDown);
         const bool within = before < panel->count() - length - 1;
         QCOMPARE(panel->currentItem(), within ? before + length : panel->count() - 1);
         QVERIFY(panel->itemVisible(panel->currentItem()));
@@ -79,7 +80,7 @@ void tst_Paging::pageUpMovesByAPage()
     while (panel->currentItem() > 0 && ++presses < 60) {
         const int before = panel->currentItem();
         const int length = page(panel);
-        pressKey(PageUp);
+        pressKey(PhoneKey::PageUp);
         QCOMPARE(panel->currentItem(), before > length - 1 ? before - length : 0);
         QVERIFY(panel->itemVisible(panel->currentItem()));
         QVERIFY(panel.fieldsFollow());
@@ -92,7 +93,7 @@ void tst_Paging::pagingThroughAListAndBackSeesEveryRow()
     const PanelFixture panel;
     panel.makeFiles(45);
     panel->setDir(panel.files().path(), 0);
-    for (const int key : {PageDown, PageUp}) {
+    for (const int key : {PhoneKey::PageDown, PhoneKey::PageUp}) {
         QList<bool> seen(panel->count(), false);
         for (int press = 0; press < 45; ++press) {
             for (int row = 0; row < panel->count(); ++row)
@@ -100,7 +101,7 @@ void tst_Paging::pagingThroughAListAndBackSeesEveryRow()
             pressKey(key);
         }
         QCOMPARE(seen.count(false), 0);
-        QCOMPARE(panel->currentItem(), key == PageDown ? 45 : 0);
+        QCOMPARE(panel->currentItem(), key == PhoneKey::PageDown ? 45 : 0);
     }
 }
 
@@ -120,12 +121,12 @@ void tst_Paging::pagingInListsShorterThanAPage()
     QFETCH(int, row);
     const PanelFixture panel;
     panel.makeFiles(files);
-    for (const int key : {PageUp, PageDown}) {
+    for (const int key : {PhoneKey::PageUp, PhoneKey::PageDown}) {
         panel->setDir(panel.files().path(), row);
         const int length = page(panel);
         const int last = files;
         int expected = row > length - 1 ? std::min(row - length, last) : 0;
-        if (key == PageDown)
+        if (key == PhoneKey::PageDown)
             expected = row < panel->count() - length - 1 ? row + length : last;
         // A list of one row has a page of less than none: it stays where it is.
         expected = std::max(expected, 0);
@@ -140,10 +141,10 @@ void tst_Paging::arrowsStopAtTheEnds()
     const PanelFixture panel;
     panel.makeFiles(2);
     panel->setDir(panel.files().path(), 0);
-    pressKey(Up);
+    pressKey(PhoneKey::Up);
     QCOMPARE(panel->currentItem(), 0);
     for (int press = 0; press < 5; ++press)
-        pressKey(Down);
+        pressKey(PhoneKey::Down);
     QCOMPARE(panel->currentItem(), 2);
 }
 

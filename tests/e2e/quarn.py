@@ -79,12 +79,18 @@ def screen_in(size):
 
 
 def copy_of_stage(source, target):
-    """Programs are large, and nobody writes into them: another name will do."""
-    if os.access(source, os.X_OK) and os.path.getsize(source) > LARGE:
+    """Programs are large and pictures many, and nobody writes into them: another name will do. A
+    test that wants another picture takes the name away first."""
+    if source.endswith(".png") or os.access(source, os.X_OK) and os.path.getsize(source) > LARGE:
         with contextlib.suppress(OSError):  # another file system
             os.link(source, target)
             return target
     return shutil.copy2(source, target)
+
+
+def newest_picture():
+    """When a staged picture was last written, in nanoseconds."""
+    return max(path.stat().st_mtime_ns for path in stage_folder().glob("**/*.png"))
 
 
 @functools.cache
@@ -515,6 +521,13 @@ class Case(unittest.TestCase):
     def setUpClass(cls):
         cls.display = Display(**cls.display_options)
         cls.addClassCleanup(cls.display.stop)
+        cls.addClassCleanup(cls.check_pictures, newest_picture())
+
+    @staticmethod
+    def check_pictures(before):
+        """All programs have the same pictures."""
+        if newest_picture() != before:
+            raise Failure("a test has written into a staged picture")
 
     def program(self, *arguments, **options):
         """A program that is stopped when the test is over; not started yet."""

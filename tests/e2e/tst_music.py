@@ -159,9 +159,9 @@ class Case(quarn.Case):
         make_songs(cls.songs)
         make_covered_song(cls.songs)
 
-    def music(self, *names):
+    def music(self, *names, extras=None):
         """A file manager, not started yet, with these songs in its folder, and its player."""
-        program = self.program(player=True)
+        program = self.program(player=True, extras=extras)
         for name in names:
             path = program.home / name
             path.parent.mkdir(parents=True, exist_ok=True)
@@ -253,9 +253,9 @@ class TestFileManager(Case):
 
 
 class TestPlayer(Case):
-    def playing(self, *songs):
+    def playing(self, *songs, extras=None):
         """A player on a list, without a file manager."""
-        program, player = self.music(*songs)
+        program, player = self.music(*songs, extras=extras)
         player.list.write_text("".join(f"{program.home / song}\n" for song in songs))
         process = player.start("-d", player.list)
         self.addCleanup(process.communicate)
@@ -283,7 +283,13 @@ class TestPlayer(Case):
         self.assertEqual(process.wait(quarn.DEADLINE), 0)
 
     def test_showsTheCoverOfTheSong(self):
-        _, player, process = self.playing("07 covered.mp3", "a.mp3")
+        self.checkCover(None)
+
+    def test_isTheSameInTheDarkTheme(self):
+        self.checkCover({"Theme": 1})
+
+    def checkCover(self, extras):
+        _, player, process = self.playing("07 covered.mp3", "a.mp3", extras=extras)
         self.display.pressed("softleft")
         quarn.wait_until(lambda: player.mpv.get("pause"), "the pause")
 

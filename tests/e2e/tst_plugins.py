@@ -334,6 +334,32 @@ class TestTexts(TestPlugins):
         viewer.end()
 
 
+class TestDarkTheme(TestPlugins):
+    def dark(self):
+        return self.program(extras={"Theme": 1})
+
+    def test_textsAreDark(self):
+        program = self.dark()
+        quarn.make_file(program.home / "poem.txt", "Über allen Gipfeln\nist Ruh.\n".encode() * 30)
+        viewer = self.picked(program, "TextView")
+        viewer.snapshot("textview_dark")
+        viewer.end()
+
+    def test_whatIsSaidOfFilesIsDark(self):
+        program = self.dark()
+        quarn.make_file(program.home / "empty.txt", b"")
+        viewer = self.picked(program, "TextView")
+        viewer.snapshot("textview_empty_dark")
+        viewer.end()
+
+    def test_picturesLieOnBlackInEveryTheme(self):
+        program = self.dark()
+        draw_picture(program.home / "a landscape.png", (640, 400))
+        viewer = self.picked(program, "PicView")
+        viewer.snapshot("picview_fitted_dark")
+        viewer.end()
+
+
 class TestPrograms(TestPlugins):
     SCRIPT = ("#!/bin/sh\n"
               "echo \"Hello from ${PWD##*/}\"\n"

@@ -332,6 +332,7 @@ class TestLoading(quarn.Case):
     def test_picturesOfMenusAreDecodedWhenTheyAreFirstSeen(self):
         program = self.program()
         for path in (program.stage / "res" / "img").glob("delete*.png"):
+            path.unlink()
             path.write_bytes(self.GIF)
         program.start()
         self.assertEqual(self.loaded(program, "/imageformats/"), [])
@@ -343,6 +344,7 @@ class TestLoading(quarn.Case):
     def test_thePictureOfTheThirdTabIsDecodedWhenItIsFirstSeen(self):
         program = self.program()
         for path in program.stage.glob("fm*.png"):
+            path.unlink()
             path.write_bytes(self.GIF)
         program.start()
         self.assertEqual(self.loaded(program, "/imageformats/"), [])

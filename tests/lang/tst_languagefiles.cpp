@@ -1,8 +1,8 @@
-#include "platform/qdiskfont.h"
 #include "platform/zconfig.h"
 #include "platform/zskinservice.h"
 #include "tests/lang/filetexts.h"
 #include "tests/lang/knowntexts.h"
+#include "tests/lang/languages.h"
 #include "tests/support/debuglines.h"
 #include "tests/support/glyphs.h"
 #include "tests/support/testmain.h"
@@ -18,7 +18,7 @@ class tst_LanguageFiles : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { useStagedFont(); }
     void everyFileOfTheRepositoryIsStaged();
     void hasEveryKeyOnceAndNoOther_data() { addFiles(); }
     void hasEveryKeyOnceAndNoOther();
@@ -50,15 +50,6 @@ QFont programFont(int points, int weight)
 }
 
 } // namespace
-
-void tst_LanguageFiles::initTestCase()
-{
-    QDiskFont record;
-    record.name = QStringLiteral("ZarnikFont");
-    record.file = QStringLiteral(QUARN_STAGE_DIR "/res/font.ttf");
-    ZFontManager::addDiskFont(record);
-    QCOMPARE(QFontInfo(programFont(14, 25)).family(), QString("ZarnikFont"));
-}
 
 void tst_LanguageFiles::addFiles()
 {

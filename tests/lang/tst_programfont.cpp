@@ -1,5 +1,5 @@
-#include "platform/qdiskfont.h"
 #include "platform/zskinservice.h"
+#include "tests/lang/languages.h"
 #include "tests/support/testmain.h"
 
 #include <QFontInfo>
@@ -33,14 +33,7 @@ class tst_ProgramFont : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QDiskFont record;
-        record.name = QStringLiteral("ZarnikFont");
-        record.file = QStringLiteral(QUARN_STAGE_DIR "/res/font.ttf");
-        ZFontManager::addDiskFont(record);
-        QCOMPARE(QFontInfo(staged(14, Light)).family(), QString("ZarnikFont"));
-    }
+    void initTestCase() { useStagedFont(); }
 
     void titlesAreOfTheBoldFaceAtEverySize_data()
     {

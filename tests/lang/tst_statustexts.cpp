@@ -1,11 +1,9 @@
 #include "lang/texts.h"
-#include "platform/qdiskfont.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
+#include "tests/lang/languages.h"
 #include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
-
-#include <QDir>
 
 /// The installed languages' texts of the status in the soft-key bar, in the bar.
 class tst_StatusTexts : public QObject
@@ -13,26 +11,13 @@ class tst_StatusTexts : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QDiskFont record;
-        record.name = QStringLiteral("ZarnikFont");
-        record.file = QStringLiteral(QUARN_STAGE_DIR "/res/font.ttf");
-        ZFontManager::addDiskFont(record);
-    }
+    void initTestCase() { useStagedFont(); }
 
-    void theyFitBesideTheOptions_data()
-    {
-        QTest::addColumn<QString>("file");
-        const QDir folder(QStringLiteral(QUARN_STAGE_DIR "/lang"));
-        for (const QString& file : folder.entryList({"*.lang"}, QDir::Files))
-            QTest::newRow(qPrintable(file)) << folder.filePath(file);
-    }
-
+    void theyFitBesideTheOptions_data() { addLanguages(); }
     void theyFitBesideTheOptions()
     {
-        QFETCH(QString, file);
-        loadTexts(file);
+        QFETCH(QString, language);
+        loadTexts(stagedLanguageFile(language));
         const auto window = showMainWidget();
         window->setFont(ZSkinService::font(QStringLiteral("ZarnikFont"), 14, 25));
         ZSoftKey bar(QString(), window.get(), window.get());

@@ -1,7 +1,6 @@
 #include "platform/zoptionsmenu.h"
 #include "platform/zskinservice.h"
-#include "platform/zsoftkey.h"
-#include "tests/support/mainwidget.h"
+#include "tests/platform/softkeyfixture.h"
 #include "tests/support/testmain.h"
 
 #include <memory>
@@ -38,13 +37,11 @@ class tst_ZSoftKey : public QObject
 private slots:
     void init()
     {
-        main_ = showMainWidget();
-        bar_ = new ZSoftKey(QString(), main_.get(), main_.get());
-        bar_->setGeometry(0, 300, 240, 20);
-        bar_->show();
+        fixture_ = std::make_unique<SoftKeyFixture>();
+        bar_ = fixture_->bar;
     }
 
-    void cleanup() { main_.reset(); }
+    void cleanup() { fixture_.reset(); }
 
     void textsAreAtTheirSides()
     {
@@ -127,7 +124,7 @@ private slots:
     }
 
 private:
-    std::unique_ptr<QWidget> main_;
+    std::unique_ptr<SoftKeyFixture> fixture_;
     ZSoftKey* bar_ = nullptr;
 };
 

@@ -2,8 +2,8 @@
 #include "platform/zmainwidget.h"
 #include "platform/zoptionsmenu.h"
 #include "platform/zskinservice.h"
-#include "platform/zsoftkey.h"
 #include "tests/platform/menufixture.h"
+#include "tests/platform/softkeyfixture.h"
 #include "tests/support/keys.h"
 #include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
@@ -12,22 +12,6 @@
 
 namespace
 {
-
-/// Counts how often a widget is painted.
-class PaintCounter : public QObject
-{
-public:
-    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
-
-    int count = 0;
-
-protected:
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
-    {
-        count += event->type() == QEvent::Paint ? 1 : 0;
-        return false;
-    }
-};
 
 /// A main widget with a bar, whose left key has a menu of a plain item, one that is disabled and
 /// one with a submenu.

@@ -1,8 +1,7 @@
 #include "platform/zoptionsmenu.h"
 #include "platform/zskinservice.h"
-#include "platform/zsoftkey.h"
 #include "tests/platform/menufixture.h"
-#include "tests/support/mainwidget.h"
+#include "tests/platform/softkeyfixture.h"
 #include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
 
@@ -16,15 +15,13 @@ class tst_ZSoftKeyStatus : public QObject
 private slots:
     void init()
     {
-        main_ = showMainWidget();
-        bar_ = new ZSoftKey(QString(), main_.get(), main_.get());
-        bar_->setGeometry(0, 300, 240, 20);
-        bar_->show();
+        fixture_ = std::make_unique<SoftKeyFixture>();
+        bar_ = fixture_->bar;
         bar_->setText(ZSoftKey::Left, "Options");
         left_ = inkOf(picture());
     }
 
-    void cleanup() { main_.reset(); }
+    void cleanup() { fixture_.reset(); }
 
     void nameAndTextStandAtTheRight()
     {
@@ -150,7 +147,7 @@ private slots:
 
     void nothingIsPaintedUnlessItLooksDifferent()
     {
-        PaintCount painted(bar_);
+        PaintCounter painted(bar_);
         QTRY_VERIFY(painted.count > 0);
         int before = painted.count;
         const auto isPaintedBy = [&](const QString& name, const QString& text) {
@@ -182,25 +179,10 @@ private slots:
     }
 
 private:
-    /// Counts how often a widget is painted.
-    class PaintCount : public QObject
-    {
-    public:
-        explicit PaintCount(QWidget* widget) { widget->installEventFilter(this); }
-        int count = 0;
-
-    protected:
-        bool eventFilter(QObject* /*watched*/, QEvent* event) override
-        {
-            count += event->type() == QEvent::Paint ? 1 : 0;
-            return false;
-        }
-    };
-
     static QColor ground() { return ZSkinService::look(ZSkinService::clsSoftKey).background; }
     QImage picture() const { return bar_->grab().toImage(); }
     QRect inkOf(const QImage& picture) const { return inkBounds(picture, bar_->rect(), ground()); }
-    std::unique_ptr<QWidget> main_;
+    std::unique_ptr<SoftKeyFixture> fixture_;
     ZSoftKey* bar_ = nullptr;
     QRect left_;
 };
