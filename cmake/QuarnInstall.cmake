@@ -24,11 +24,15 @@ function(quarn_install_data path)
 endfunction()
 
 # quarn_install_program(path target): a program or module that lies at this path of a work folder.
-# Those of bin/ are for everybody to call. Modules are found beside the executable that a link leads to.
+# Those of bin/ are for everybody to call, bin/quarn-* through the launcher, which gives them the user's
+# work folder. Modules are found beside the executable that a link leads to.
 function(quarn_install_program path target)
   get_filename_component(folder "${path}" DIRECTORY)
   set(destination "${QUARN_INSTALL_PROGRAMS}/${folder}")
-  if(folder STREQUAL "bin")
+  if(path MATCHES "^bin/quarn-")
+    set_property(GLOBAL APPEND PROPERTY QUARN_LINKED_PROGRAMS "${path}")
+    set_property(GLOBAL APPEND PROPERTY QUARN_LAUNCHED "${path}")
+  elseif(folder STREQUAL "bin")
     set(destination "${CMAKE_INSTALL_BINDIR}")
     set_property(GLOBAL APPEND PROPERTY QUARN_LINKED_TOOLS "${path}")
   elseif(NOT folder STREQUAL "modules")

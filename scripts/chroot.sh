@@ -67,10 +67,12 @@ inside()
             mount -t devpts -o newinstance,ptmxmode=0666 devpts /dev/pts && exec "$@"' - "$@"
 }
 
-# apt_inside ROOT COMMAND...: apt-get in the system in ROOT, asking nothing.
+# apt_inside ROOT COMMAND...: apt-get in the system in ROOT, asking nothing. The system goes at the end:
+# its files need not be safe on the disk.
 apt_inside()
 {
     local root=$1
     shift
-    inside "$root" / env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 apt-get -q -y --no-install-recommends "$@"
+    inside "$root" / env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 apt-get -q -y --no-install-recommends \
+        -o DPkg::Options::=--force-unsafe-io "$@"
 }

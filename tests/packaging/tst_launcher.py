@@ -12,7 +12,7 @@ import sys
 import tempfile
 import unittest
 
-from installation import STAND_IN, Package, User, installed, quarn, replace
+from installation import ROOT, STAND_IN, Package, User, installed, quarn, replace
 
 BLANKS_AND_QUOTES = "it's \"a\" $HOME `b`;c & d"
 AS_USER = quarn.WITHOUT_ROOT_POWERS if os.geteuid() == 0 else []
@@ -87,10 +87,14 @@ class FirstStart(LauncherTest):
         copied = sorted(path for path, entry in files.items() if isinstance(entry, bytes))
         self.assertEqual(copied, ["fm.cfg", "fm_plugins.cfg", "keymap.cfg", "mime_types.cfg"])
 
-    def test_new_users_get_what_can_be_left_out(self):
+    def test_new_users_get_the_settings_that_are_staged_and_are_safe(self):
         self.start()
-        for key in ("Find", "Status", "Motion"):
-            self.assertEqual(self.setting(key), "1", key)
+        template = (ROOT / "data" / "fm.cfg.in").read_text().splitlines()
+        wanted = dict(line.split(" = ", 1) for line in template if not line.startswith((";", "[")) and line)
+        wanted.update({"Work_folder": f"{self.user.work}/", "Start_path_tab1": f"{self.user.home}/"})
+        wanted.update({key: "1" for key in ("Safe", "Trash") if key in wanted})
+        self.assertGreater(len(wanted), 10)
+        self.assertEqual({key: self.setting(key) for key in wanted}, wanted)
 
     def test_files_can_be_written_beside_a_plugin(self):
         self.start()
@@ -99,6 +103,15 @@ class FirstStart(LauncherTest):
 
     def test_arguments_reach_the_program(self):
         self.start("-platform", "linuxfb:fb=/dev/fb1", "a b")
+
+    def test_tools_get_the_work_folder(self):
+        tool = self.package.programs / "bin" / "quarn-trial"
+        tool.parent.mkdir(exist_ok=True)
+        replace(tool, STAND_IN, 0o755)
+        self.package.change_launcher('linked_programs="', 'linked_programs="bin/quarn-trial ')
+        link = self.package.launcher.with_name("quarn-trial")
+        link.symlink_to("quarn")
+        self.assertEqual(self.start("--help", launcher=link)[0], f"{self.user.work}/bin/quarn-trial")
 
     def test_data_folder_of_the_environment_counts(self):
         data = self.base / "data"
@@ -446,6 +459,11 @@ class BadPlaces(LauncherTest):
         link = self.base / "somewhere" / "q"
         link.parent.mkdir()
         link.symlink_to("../usr/bin/quarn")
+        self.assertEqual(self.start(launcher=link)[0], f"{self.user.work}/quarn")
+
+    def test_link_of_another_name_starts_the_program(self):
+        link = self.base / "quarn-of-mine"
+        link.symlink_to(self.package.launcher)
         self.assertEqual(self.start(launcher=link)[0], f"{self.user.work}/quarn")
 
     def test_launcher_in_a_folder_with_blanks_and_quotes(self):
