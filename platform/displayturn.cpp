@@ -72,7 +72,8 @@ void DisplayTurn::show()
 {
     if (channel_)
         return;
-    isGuest_ = QCopChannel::isRegistered(Channel) && QCopChannel::send(Channel, Taken + ownNumber());
+    isGuest_ =
+        QCopChannel::isRegistered(Channel) && QCopChannel::send(Channel, Taken + ownNumber());
     if (isGuest_)
         return;
     channel_ = std::make_unique<QCopChannel>(Channel);

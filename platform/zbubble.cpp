@@ -1,9 +1,9 @@
 #include "platform/zbubble.h"
 
+#include "platform/zaccessiblewidget.h"
 #include "platform/zlistrowpainter.h"
 #include "platform/ztheme.h"
 
-#include <QAccessibleWidget>
 #include <QPainter>
 
 #include <algorithm>
@@ -78,7 +78,7 @@ void ZBubble::showAt(const QRect& place, const QString& text)
 
 QAccessibleInterface* ZBubble::makeAccessible()
 {
-    return new QAccessibleWidget(this, QAccessible::StaticText);
+    return new ZAccessibleWidget(this, QAccessible::StaticText);
 }
 
 void ZBubble::paintEvent(QPaintEvent* /*event*/)

@@ -199,7 +199,7 @@ def on_wayland(folder):
                 session = Session(folder, name, program, lambda: weston_picture(environment), None)
                 session.expect_width(session.walk(), width)
     # Full screen it is shown to a seat, which a compositor without a display has none of.
-    for size in ((720, 1440), (640, 480), (320, 240)):
+    for size in ((720, 1440), (640, 480), (240, 320)):
         with display_of(*size) as display:
             options = [f"--width={size[0]}", f"--height={size[1]}", "--shell=kiosk-shell.so"]
             with weston(display.environment(), "x11", *options) as environment, \

@@ -90,8 +90,9 @@ private slots:
     void nonsenseIsIgnored_data()
     {
         QTest::addColumn<QByteArray>("message");
-        for (const char* message : {"", "taken ", "taken 0", "taken -1", "taken x", "taken 99999999",
-                                    "taken 99999999999999999999", "other 1", "given 1"})
+        for (const char* message :
+             {"", "taken ", "taken 0", "taken -1", "taken x", "taken 99999999",
+              "taken 99999999999999999999", "other 1", "given 1"})
             QTest::newRow(message) << QByteArray(message);
     }
 
