@@ -132,7 +132,7 @@ def session(device):
     device.press("ret")
     device.wait_for_line(f"{listed}/home/user/Documents$")
     folder = device.picture("folder", home)
-    device.press("f9")
+    device.press("f8")
     menu = device.picture("menu", folder)
     device.press("esc")
     folder = device.picture("menu-closed", menu)
