@@ -30,9 +30,9 @@ private slots:
     {
         QFETCH(QString, path);
         const QSet<int> codes{
-            PhoneKey::Return,   PhoneKey::PageUp,        PhoneKey::PageDown,  PhoneKey::Modifier,
-            PhoneKey::Hide,     PhoneKey::FolderUp,      PhoneKey::SoftLeft,  PhoneKey::SoftRight,
-            PhoneKey::Music,    PhoneKey::MusicPrevious, PhoneKey::MusicNext, int('*'),
+            PhoneKey::Return, PhoneKey::PageUp,        PhoneKey::PageDown,  PhoneKey::Modifier,
+            PhoneKey::Hide,   PhoneKey::FolderUp,      PhoneKey::SoftLeft,  PhoneKey::SoftRight,
+            PhoneKey::Music,  PhoneKey::MusicPrevious, PhoneKey::MusicNext, int('*'),
             int('#')};
         QSet<int> keys;
         QSet<int> given;
