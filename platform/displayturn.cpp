@@ -101,8 +101,11 @@ void DisplayTurn::take(const QByteArray& message)
 void DisplayTurn::lend(qint64 process)
 {
     auto guest = std::make_shared<Guest>(process);
-    if (!guest->isRunning())
+    if (!guest->isRunning()) {
+        // It was there while we could not listen, and has left what it drew.
+        emit changed();
         return;
+    }
     // The key that ended it may be still to come, and is not for us.
     guest->whenEnded(this, [this, process] {
         guests_.value(process)->stopWatching();

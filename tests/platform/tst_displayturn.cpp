@@ -110,6 +110,19 @@ private slots:
         QTRY_VERIFY(turn.isOurs());
     }
 
+    void whatHasEndedMeanwhileLeavesItToBeDrawnAnew()
+    {
+        DisplayTurn turn;
+        turn.show();
+        const QByteArray number = startOther();
+        other_.kill();
+        QVERIFY(other_.waitForFinished());
+        const QSignalSpy changes(&turn, &DisplayTurn::changed);
+        QVERIFY(QCopChannel::send(Channel, "taken " + number));
+        QTRY_COMPARE(changes.size(), 1);
+        QVERIFY(turn.isOurs());
+    }
+
     void laterOneTakesTheDisplayWhileItsWindowIsShown()
     {
         const QCopChannel host(Channel);
