@@ -72,7 +72,8 @@ void DisplayTurn::show()
 {
     if (channel_)
         return;
-    isGuest_ = QCopChannel::isRegistered(Channel) && QCopChannel::send(Channel, Taken + ownNumber());
+    isGuest_ =
+        QCopChannel::isRegistered(Channel) && QCopChannel::send(Channel, Taken + ownNumber());
     if (isGuest_)
         return;
     channel_ = std::make_unique<QCopChannel>(Channel);
@@ -100,8 +101,11 @@ void DisplayTurn::take(const QByteArray& message)
 void DisplayTurn::lend(qint64 process)
 {
     auto guest = std::make_shared<Guest>(process);
-    if (!guest->isRunning())
+    if (!guest->isRunning()) {
+        // It was there while we could not listen, and has left what it drew.
+        emit changed();
         return;
+    }
     // The key that ended it may be still to come, and is not for us.
     guest->whenEnded(this, [this, process] {
         guests_.value(process)->stopWatching();

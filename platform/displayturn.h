@@ -36,6 +36,7 @@ public:
     bool isOurs() const { return guests_.empty(); }
 
 signals:
+    /// It has been lent, or is ours again: what is shown is to be drawn anew then.
     void changed();
 
 private:

@@ -19,6 +19,7 @@ constexpr double LargestFitting = 6;
 
 const char* variable = nullptr;
 bool isSettled = false;
+double belowOne = 0;
 double windowsDensity = 0;
 
 bool isBare(const QString& platform)
@@ -75,19 +76,30 @@ void ScreenScale::prepare(int& argc, char** argv)
     if (scale == 0 && isBare(platform))
         scale = fittingBareDisplay(argc, argv);
     isSettled = scale != 0;
+    belowOne = scale < 1 ? scale : 0;
     windowsDensity = 0;
     if (!isSettled && platform == QLatin1String("offscreen"))
         return;
     // The display's own density must not come on top.
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
-    qputenv("QT_SCALE_FACTOR", isSettled ? QByteArray::number(scale) : QByteArrayLiteral("1"));
+    const bool isToolkits = isSettled && belowOne == 0;
+    qputenv("QT_SCALE_FACTOR", isToolkits ? QByteArray::number(scale) : QByteArrayLiteral("1"));
+}
+
+double ScreenScale::settledBelowOne()
+{
+    return belowOne;
+}
+
+bool ScreenScale::hasDesktop()
+{
+    const QString platform = QGuiApplication::platformName();
+    return platform == QLatin1String("xcb") || platform.startsWith(QLatin1String("wayland"));
 }
 
 bool ScreenScale::followsWindow()
 {
-    const QString platform = QGuiApplication::platformName();
-    return !isSettled &&
-           (platform == QLatin1String("xcb") || platform.startsWith(QLatin1String("wayland")));
+    return !isSettled && hasDesktop();
 }
 
 bool ScreenScale::isBareDisplay()

@@ -5,7 +5,8 @@
 /// How many pixels of the display a pixel of the screen has, in each direction.
 ///
 /// Either the scale is settled before the toolkit starts, which then draws everything at it; or it
-/// follows the size of the window while the program runs (ZScreenFrame).
+/// follows the size of the window while the program runs (ZScreenFrame). Below 1 the toolkit leaves
+/// parts out: a scale that is settled there is drawn by the frame, too.
 namespace ScreenScale
 {
 
@@ -16,6 +17,13 @@ void setVariable(const char* name);
 /// to 16; anything else is named on stderr and ignored), or on a bare display (no windows) what
 /// fits on it. Where neither is, it may follow the window.
 void prepare(int& argc, char** argv);
+
+/// The scale that is settled, but not the toolkit's; 0 if there is none.
+double settledBelowOne();
+
+/// Whether the toolkit's platform shows windows that others may move and resize. Needs the
+/// application object.
+bool hasDesktop();
 
 /// Whether the scale follows the window. Needs the application object.
 bool followsWindow();

@@ -14,10 +14,15 @@ bool isHeard()
     return theListener != nullptr || QAccessible::isActive();
 }
 
-QAccessibleInterface* interfaceOf([[maybe_unused]] const QString& className, QObject* object)
+/// The toolkit asks with each class of an object, the most special one first, and answers by itself
+/// for those that it knows.
+QAccessibleInterface* interfaceOf(const QString& className, QObject* object)
 {
-    auto* source = dynamic_cast<ZAccessibleSource*>(object);
-    return source != nullptr ? source->makeAccessible() : nullptr;
+    if (auto* source = dynamic_cast<ZAccessibleSource*>(object))
+        return source->makeAccessible();
+    auto* widget = qobject_cast<QWidget*>(object);
+    const bool isPlain = widget != nullptr && className == QLatin1String("QWidget");
+    return isPlain ? new ZAccessibleWidget(widget) : nullptr;
 }
 
 /// Tells an event of a widget, or of one of its parts if that is not negative.

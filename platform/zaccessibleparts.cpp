@@ -88,7 +88,7 @@ void Part::doAction(const QString& name)
 } // namespace
 
 ZAccessibleParts::ZAccessibleParts(QWidget* widget, QAccessible::Role role)
-    : QAccessibleWidget(widget, role)
+    : ZAccessibleWidget(widget, role)
 {
 }
 
@@ -132,8 +132,7 @@ QAccessible::State ZAccessibleParts::wholePartState(int part) const
 
 QRect ZAccessibleParts::partRectOnDisplay(int part) const
 {
-    const QRect inside = partRect(part);
-    return {widget()->mapToGlobal(inside.topLeft()), inside.size()};
+    return onDisplay(partRect(part));
 }
 
 int ZAccessibleParts::childCount() const
@@ -167,7 +166,7 @@ int ZAccessibleParts::indexOfChild(const QAccessibleInterface* child) const
 
 QAccessibleInterface* ZAccessibleParts::childAt(int x, int y) const
 {
-    const QPoint point = widget()->mapFromGlobal(QPoint(x, y));
+    const QPoint point = inWidget(QPoint(x, y));
     if (!widget()->isVisible() || !widget()->rect().contains(point))
         return nullptr;
     for (QWidget* other : otherChildren()) {
@@ -180,7 +179,7 @@ QAccessibleInterface* ZAccessibleParts::childAt(int x, int y) const
 QAccessibleInterface* ZAccessibleParts::focusChild() const
 {
     if (!widget()->hasFocus())
-        return QAccessibleWidget::focusChild();
+        return ZAccessibleWidget::focusChild();
     const int current = currentPart();
     return current >= 0 ? child(current) : QAccessible::queryAccessibleInterface(object());
 }

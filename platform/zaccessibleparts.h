@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QAccessibleWidget>
+#include "platform/zaccessiblewidget.h"
+
 #include <QHash>
 #include <QRect>
 
@@ -9,7 +10,7 @@
 /// Behind them come the widgets inside that are worth a mention.
 ///
 /// Rectangles and points are in the widget's coordinates.
-class ZAccessibleParts : public QAccessibleWidget
+class ZAccessibleParts : public ZAccessibleWidget
 {
 public:
     ZAccessibleParts(QWidget* widget, QAccessible::Role role);

@@ -1,10 +1,10 @@
 #include "platform/zbubble.h"
 
+#include "platform/zaccessiblewidget.h"
 #include "platform/zlistrowpainter.h"
 #include "platform/zmotion.h"
 #include "platform/ztheme.h"
 
-#include <QAccessibleWidget>
 #include <QPainter>
 #include <QVariantAnimation>
 
@@ -128,7 +128,7 @@ void ZBubble::hideEvent(QHideEvent* /*event*/)
 
 QAccessibleInterface* ZBubble::makeAccessible()
 {
-    return new QAccessibleWidget(this, QAccessible::StaticText);
+    return new ZAccessibleWidget(this, QAccessible::StaticText);
 }
 
 void ZBubble::paintEvent(QPaintEvent* /*event*/)

@@ -2,11 +2,11 @@
 
 #include "platform/keymap.h"
 #include "platform/zaccessible.h"
+#include "platform/zaccessiblewidget.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsymbolsheet.h"
 
-#include <QAccessibleWidget>
 #include <QCoreApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -57,7 +57,7 @@ public:
 
     QAccessibleInterface* makeAccessible() override
     {
-        return new QAccessibleWidget(this, QAccessible::StaticText);
+        return new ZAccessibleWidget(this, QAccessible::StaticText);
     }
 
 protected:

@@ -2,11 +2,11 @@
 
 #include "platform/keymap.h"
 #include "platform/zaccessible.h"
+#include "platform/zaccessiblewidget.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
 
-#include <QAccessibleWidget>
 #include <QPainter>
 #include <QVBoxLayout>
 
@@ -21,7 +21,7 @@ public:
 
     QAccessibleInterface* makeAccessible() override
     {
-        return new QAccessibleWidget(this, QAccessible::Heading);
+        return new ZAccessibleWidget(this, QAccessible::Heading);
     }
 
     QString title;

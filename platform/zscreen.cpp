@@ -143,9 +143,10 @@ ZScreen::SoftKeys ZScreen::softKeys() const
 void ZScreen::takeTurns()
 {
     turn_ = std::make_unique<DisplayTurn>();
-    // With updates allowed again all is drawn.
-    connect(turn_.get(), &DisplayTurn::changed, this,
-            [this] { window()->setUpdatesEnabled(!isLent()); });
+    connect(turn_.get(), &DisplayTurn::changed, this, [this] {
+        window()->setUpdatesEnabled(!isLent());
+        window()->update();
+    });
 }
 
 bool ZScreen::isLent() const

@@ -2,11 +2,11 @@
 
 #include "platform/screenscale.h"
 #include "platform/x11focus.h"
+#include "platform/zaccessiblewidget.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/ztheme.h"
 
-#include <QAccessibleWidget>
 #include <QBackingStore>
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -95,23 +95,49 @@ ZScreenFrame::ZScreenFrame() : QWidget(nullptr)
     setWindowTitle(QGuiApplication::applicationDisplayName());
     setAttribute(Qt::WA_OpaquePaintEvent);
     ScreenScale::setDensity(0);
-    if (ScreenScale::isBareDisplay()) {
-        setWindowState(Qt::WindowFullScreen);
-        return;
-    }
-    if (ScreenScale::followsWindow())
+    const bool isOwn = ScreenScale::followsWindow() || ScreenScale::settledBelowOne() > 0;
+    if (isOwn)
         resize(ZScreen::Width, ZScreen::Height);
-    else
+    else if (!ScreenScale::isBareDisplay())
         setFixedSize(ZScreen::Width, ZScreen::Height);
-    if (wantedPlace())
+    if (ScreenScale::isBareDisplay())
+        setWindowState(Qt::WindowFullScreen);
+    else if (wantedPlace())
         move((QPointF(wantedPlace()->corner) / devicePixelRatioF()).toPoint());
-    if (ScreenScale::followsWindow())
+    if (isOwn)
         openFollowing();
 }
 
+/// The glass is nothing by itself.
+class ZScreenFrame::Accessible final : public ZAccessibleWidget
+{
+public:
+    explicit Accessible(ZScreenFrame* frame)
+        : ZAccessibleWidget(frame, QAccessible::Window, frame->windowTitle())
+    {
+    }
+
+    int childCount() const override { return content() != nullptr ? 1 : 0; }
+    QAccessibleInterface* child(int index) const override
+    {
+        return index == 0 ? QAccessible::queryAccessibleInterface(content()) : nullptr;
+    }
+    int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        return child != nullptr && child->object() == content() ? 0 : -1;
+    }
+
+private:
+    QWidget* content() const
+    {
+        const auto* frame = qobject_cast<ZScreenFrame*>(object());
+        return frame != nullptr ? frame->content_ : nullptr;
+    }
+};
+
 QAccessibleInterface* ZScreenFrame::makeAccessible()
 {
-    return new QAccessibleWidget(this, QAccessible::Window, windowTitle());
+    return new Accessible(this);
 }
 
 void ZScreenFrame::setContent(QWidget* content)
@@ -131,7 +157,7 @@ QByteArray ZScreenFrame::place() const
         return {};
     const QPoint corner = (QPointF(pos()) * devicePixelRatioF()).toPoint();
     QByteArray place = QByteArray::number(corner.x()) + ',' + QByteArray::number(corner.y());
-    if (!size_.isEmpty()) {
+    if (ScreenScale::followsWindow()) {
         const QSize size = (QSizeF(size_) * devicePixelRatioF()).toSize();
         place += ',' + QByteArray::number(size.width()) + ',' + QByteArray::number(size.height());
     }
@@ -144,25 +170,44 @@ void ZScreenFrame::openFollowing()
     create();
     const double density = devicePixelRatioF();
     const QScreen* display = windowHandle()->screen();
-    QSize pixels = ScreenScale::firstWindow(QSizeF(display->size()) * density);
-    if (isX11WithoutManager())
-        pixels = (QSizeF(display->size()) * density).toSize();
-    else if (wantedPlace() && !wantedPlace()->size.isEmpty())
-        pixels = wantedPlace()->size.expandedTo(SmallestWindow);
-    windowHandle()->setMinimumSize((QSizeF(SmallestWindow) / density).toSize());
-    windowHandle()->installEventFilter(this);
+    const QSizeF pixels(firstPixels(QSizeF(display->size()) * density));
+    QWindow* window = windowHandle();
+    if (ScreenScale::followsWindow()) {
+        window->setMinimumSize((QSizeF(SmallestWindow) / density).toSize());
+    } else if (ScreenScale::hasDesktop()) {
+        window->setMinimumSize((pixels / density).toSize());
+        window->setMaximumSize((pixels / density).toSize());
+    }
+    window->installEventFilter(this);
     connect(display, &QScreen::geometryChanged, this, [this] {
-        if (isVisible() && isX11WithoutManager())
+        if (isVisible() && fillsDisplay())
             windowHandle()->setGeometry(windowHandle()->screen()->geometry());
     });
-    follow((QSizeF(pixels) / density).toSize());
+    follow((pixels / density).toSize());
+}
+
+/// Whether it is told no size by anybody.
+bool ZScreenFrame::fillsDisplay() const
+{
+    return ScreenScale::isBareDisplay() || (ScreenScale::followsWindow() && isX11WithoutManager());
+}
+
+QSize ZScreenFrame::firstPixels(const QSizeF& display) const
+{
+    if (fillsDisplay())
+        return display.toSize();
+    if (const double scale = ScreenScale::settledBelowOne(); scale > 0)
+        return (QSizeF(ZScreen::Width, ZScreen::Height) * scale).toSize();
+    if (wantedPlace() && !wantedPlace()->size.isEmpty())
+        return wantedPlace()->size.expandedTo(SmallestWindow);
+    return ScreenScale::firstWindow(display);
 }
 
 /// Before the window comes: the toolkit gives it the size of the widget.
 void ZScreenFrame::sizeWindow()
 {
     QWindow* window = windowHandle();
-    if (isX11WithoutManager()) {
+    if (fillsDisplay()) {
         window->setGeometry(window->screen()->geometry());
         return;
     }
@@ -196,7 +241,8 @@ void ZScreenFrame::follow(QSize size)
 {
     const double density = devicePixelRatioF();
     const QSizeF pixels = QSizeF(size) * density;
-    const double scale = ScreenScale::fitting(pixels);
+    const double settled = ScreenScale::settledBelowOne();
+    const double scale = settled > 0 ? settled : ScreenScale::fitting(pixels);
     const bool isOther = !qFuzzyCompare(scale, scale_);
     size_ = size;
     scale_ = scale;
@@ -330,6 +376,29 @@ bool ZScreenFrame::mapPointer(QEvent* event)
 QPointF ZScreenFrame::toScreen(QPointF point) const
 {
     return (point * devicePixelRatioF() - QPointF(corner_)) / scale_;
+}
+
+QRect ZScreenFrame::seenAt(const QWidget& widget, const QRect& part) const
+{
+    if (!isMagnified_ || content_ == nullptr)
+        return {widget.mapToGlobal(part.topLeft()), part.size()};
+    if (&widget == this)
+        return {mapToGlobal(QPoint()), windowHandle()->size()};
+    const double density = devicePixelRatioF();
+    const QPointF corner = QPointF(widget.mapTo(content_, part.topLeft())) * scale_ + corner_;
+    const QRectF seen(mapToGlobal(QPointF()) + corner / density,
+                      QSizeF(part.size()) * scale_ / density);
+    return seen.toRect();
+}
+
+QPoint ZScreenFrame::pointSeenAt(const QWidget& widget, QPoint point) const
+{
+    if (!isMagnified_ || content_ == nullptr)
+        return widget.mapFromGlobal(point);
+    const QPointF inside = toScreen(QPointF(mapFromGlobal(point)));
+    // The frame's own pixels are those of the screen, which lies in its corner.
+    return widget.mapFrom(&widget == this ? &widget : this,
+                          QPoint(int(std::floor(inside.x())), int(std::floor(inside.y()))));
 }
 
 /// If that is needed, which it returns. The glass shows it next time.

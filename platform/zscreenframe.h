@@ -12,10 +12,11 @@ class QPaintEvent;
 
 /// The window around the screen. It may be larger than the screen, which then sits in its middle.
 ///
-/// If the scale follows the window (ScreenScale), the screen is drawn at the largest one that fits.
-/// Where that is the toolkit's own, the toolkit draws as ever. Otherwise the screen is drawn at its
-/// scale into a picture, which the glass above it shows; the toolkit goes on telling which parts
-/// have changed, and the events of the pointer are mapped into the screen's pixels.
+/// If the scale follows the window (ScreenScale), the screen is drawn at the largest one that fits;
+/// one that is settled below 1 is drawn likewise. Where that is the toolkit's own, the toolkit
+/// draws as ever. Otherwise the screen is drawn at its scale into a picture, which the glass above
+/// it shows; the toolkit goes on telling which parts have changed, and the events of the pointer
+/// are mapped into the screen's pixels.
 class ZScreenFrame : public QWidget, public ZAccessibleSource
 {
     Q_OBJECT
@@ -30,6 +31,11 @@ public:
     static void setPlace(const QByteArray& place);
     /// See ZScreen::placeOnDisplay().
     QByteArray place() const;
+
+    /// Where a part of a widget in the screen, or of the frame, is seen on the display, and the
+    /// point of such a widget that is seen at one of the display; in the toolkit's pixels.
+    QRect seenAt(const QWidget& widget, const QRect& part) const;
+    QPoint pointSeenAt(const QWidget& widget, QPoint point) const;
 
     /// To be asked before a widget gets a paint event: whether it must not get it, because it is
     /// drawn at another scale later.
@@ -52,8 +58,11 @@ protected:
 
 private:
     class Glass;
+    class Accessible;
 
     void openFollowing();
+    QSize firstPixels(const QSizeF& display) const;
+    bool fillsDisplay() const;
     void sizeWindow();
     bool windowResized();
     void follow(QSize size);

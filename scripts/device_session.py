@@ -36,7 +36,7 @@ class Device:
         self.process = subprocess.Popen(
             ["setpriv", "--pdeathsig", "KILL", "qemu-system-x86_64", "-machine", "pc,accel=tcg",
              "-m", "1024", "-kernel", kernel, "-initrd", system, "-append",
-             "console=ttyS0 quiet panic=-1 vt.global_cursor_default=0", "-display", "none",
+             "console=ttyS0 quiet panic=-1 no_timer_check vt.global_cursor_default=0", "-display", "none",
              "-vga", "none", "-device", f"VGA,edid=on,xres={width},yres={height}", "-nic", "none",
              "-no-reboot", "-serial", f"file:{self.console}",
              "-qmp", f"unix:{self.monitor},server=on,wait=off"], stdin=subprocess.DEVNULL)
@@ -132,7 +132,7 @@ def session(device):
     device.press("ret")
     device.wait_for_line(f"{listed}/home/user/Documents$")
     folder = device.picture("folder", home)
-    device.press("f9")
+    device.press("f8")
     menu = device.picture("menu", folder)
     device.press("esc")
     folder = device.picture("menu-closed", menu)

@@ -5,22 +5,18 @@ Tries the staged program on displays of these kinds (x11, wayland, vnc) and save
 scripts/try-displays."""
 
 import contextlib
-import os
 import pathlib
 import subprocess
 import sys
-import tempfile
 import time
-
-from PIL import Image
 
 SCRIPTS = pathlib.Path(__file__).resolve().parent
 sys.path[:0] = [str(SCRIPTS), str(SCRIPTS.parent / "tests" / "e2e")]
 
 import quarn  # noqa: E402
 import rfbclient  # noqa: E402
+import wayland  # noqa: E402
 
-ACCENT = (255, 100, 12)
 ALL_ADDRESSES = "00000000"
 LISTENS = "0A"
 PORT = 5900
@@ -47,7 +43,7 @@ class Session:
             now = self.picture()
             if last is None or now.tobytes() != last.tobytes():
                 last, since = now, time.monotonic()
-            return (time.monotonic() - since > CALM and is_drawn(last)
+            return (time.monotonic() - since > CALM and wayland.accent_width(last) > 0
                     and (before is None or last.tobytes() != before.tobytes())
                     and (after is None or last.tobytes() == after.tobytes()))
         try:
@@ -94,26 +90,11 @@ class Session:
         around = picture.copy()
         around.paste((0, 0, 0), inside)
         self.expect(around.getbbox() is None, "black around the screen")
-        self.expect(accent_width(picture) == inside[2] - left, f"the scale {scale}")
+        self.expect(wayland.accent_width(picture) == inside[2] - left, f"the scale {scale}")
 
     def expect_width(self, picture, width):
-        self.expect(accent_width(picture) == width,
-                    f"a window {width} pixels wide; it is {accent_width(picture)}")
-
-
-def is_drawn(picture):
-    return accent_width(picture) > 0
-
-
-def accent_width(picture):
-    """How long the line below the title is, pixels."""
-    mask = Image.new("1", picture.size)
-    mask.putdata([pixel == ACCENT for pixel in picture.getdata()])
-    rows = mask.getbbox()
-    if rows is None:
-        return 0
-    first = mask.crop((0, rows[1], picture.width, rows[1] + 1)).getbbox()
-    return first[2] - first[0]
+        self.expect(wayland.accent_width(picture) == width,
+                    f"a window {width} pixels wide; it is {wayland.accent_width(picture)}")
 
 
 @contextlib.contextmanager
@@ -140,37 +121,12 @@ def display_of(*size, **options):
 
 
 @contextlib.contextmanager
-def weston(environment, backend, *options):
-    """A compositor. Gives the environment of its clients."""
-    runtime = tempfile.mkdtemp(prefix="qw")
-    environment = {**environment, "XDG_RUNTIME_DIR": runtime}
-    log = pathlib.Path(runtime, "weston.log")
-    process = subprocess.Popen(
-        [*quarn.ENDS_WITH_US, "weston", f"--backend={backend}-backend.so", "--use-pixman",
-         "--socket=wayland-quarn", "--no-config", "--debug", "--idle-time=0", f"--log={log}", *options],
-        env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-        stderr=subprocess.DEVNULL)
+def compositor_on(display, *arguments):
+    compositor = wayland.Compositor(display.environment(), *arguments)
     try:
-        quarn.wait_until(lambda: pathlib.Path(runtime, "wayland-quarn").exists() or process.poll(),
-                         lambda: f"the compositor: {log.read_text()}")
-        if process.poll() is not None:
-            raise quarn.Failure(f"the compositor has ended: {log.read_text()}")
-        yield {"XDG_RUNTIME_DIR": runtime, "WAYLAND_DISPLAY": "wayland-quarn",
-               "QT_QPA_PLATFORM": "wayland"}
+        yield compositor
     finally:
-        process.terminate()
-        process.wait()
-        subprocess.run(["rm", "-rf", runtime], check=False)
-
-
-def weston_picture(environment):
-    """What the compositor shows, by its own client."""
-    with tempfile.TemporaryDirectory() as folder:
-        subprocess.run(["weston-screenshooter"], cwd=folder, check=True,
-                       env={**os.environ, **environment}, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL)
-        (picture,) = pathlib.Path(folder).iterdir()
-        return Image.open(picture).convert("RGB")
+        compositor.stop()
 
 
 def on_x11(folder):
@@ -192,21 +148,18 @@ def on_wayland(folder):
                                            ("wayland-small", (800, 600), 1, 240),
                                            ("wayland-dense", (1600, 1200), 2, 480)):
             logical = [side // density for side in size]
-            options = [f"--width={logical[0]}", f"--height={logical[1]}", f"--scale={density}",
-                       "--shell=desktop-shell.so"]
-            with weston(display.environment(), "headless", *options) as environment, \
-                    program_on(display, **environment) as program:
-                session = Session(folder, name, program, lambda: weston_picture(environment), None)
+            with compositor_on(display, "headless", logical, f"--scale={density}") as compositor, \
+                    program_on(display, **compositor.environment()) as program:
+                session = Session(folder, name, program, compositor.picture, None)
                 session.expect_width(session.walk(), width)
     # Full screen it is shown to a seat, which a compositor without a display has none of.
-    for size in ((720, 1440), (640, 480), (320, 240)):
-        with display_of(*size) as display:
-            options = [f"--width={size[0]}", f"--height={size[1]}", "--shell=kiosk-shell.so"]
-            with weston(display.environment(), "x11", *options) as environment, \
-                    program_on(display, **environment) as program:
-                session = Session(folder, f"wayland-full-{size[0]}x{size[1]}", program,
-                                  lambda: weston_picture(environment), display.client.press)
-                session.expect_filled(session.walk())
+    for size in ((720, 1440), (640, 480), (240, 320)):
+        with display_of(*size) as display, \
+                compositor_on(display, "x11", size, "--shell=kiosk-shell.so") as compositor, \
+                program_on(display, **compositor.environment()) as program:
+            session = Session(folder, f"wayland-full-{size[0]}x{size[1]}", program,
+                              compositor.picture, display.client.press)
+            session.expect_filled(session.walk())
 
 
 def on_vnc(folder):

@@ -149,6 +149,18 @@ class TestWithoutManager(ScreenCase):
         self.assertEqual(program.wait_stable().tobytes(), before.tobytes())
 
 
+    def test_aScaleBelowOneThatIsSetShowsAllOfTheScreen(self):
+        program = self.filled(self.new_display(300, 400)).start(QUARN_SCALE="0.75")
+        self.assertEqual(program.rectangle()[2:], (180, 240))
+        program.key("down", "down")
+        program.wait_idle()
+        before = program.wait_stable()
+        self.assertSharp(before, self.native(0.75, "down", "down"))
+        program.click(60, 63)
+        program.wait_idle()
+        self.assertSharp(program.wait_change(before), self.native(0.75, "down"))
+
+
 class TestDesktop(ScreenCase):
     display_options = {"width": 1920, "height": 1080, "window_manager": True}
 

@@ -90,8 +90,9 @@ private slots:
     void nonsenseIsIgnored_data()
     {
         QTest::addColumn<QByteArray>("message");
-        for (const char* message : {"", "taken ", "taken 0", "taken -1", "taken x", "taken 99999999",
-                                    "taken 99999999999999999999", "other 1", "given 1"})
+        for (const char* message :
+             {"", "taken ", "taken 0", "taken -1", "taken x", "taken 99999999",
+              "taken 99999999999999999999", "other 1", "given 1"})
             QTest::newRow(message) << QByteArray(message);
     }
 
@@ -107,6 +108,19 @@ private slots:
         QTRY_VERIFY(!turn.isOurs());
         QVERIFY(QCopChannel::send(Channel, "given " + number));
         QTRY_VERIFY(turn.isOurs());
+    }
+
+    void whatHasEndedMeanwhileLeavesItToBeDrawnAnew()
+    {
+        DisplayTurn turn;
+        turn.show();
+        const QByteArray number = startOther();
+        other_.kill();
+        QVERIFY(other_.waitForFinished());
+        const QSignalSpy changes(&turn, &DisplayTurn::changed);
+        QVERIFY(QCopChannel::send(Channel, "taken " + number));
+        QTRY_COMPARE(changes.size(), 1);
+        QVERIFY(turn.isOurs());
     }
 
     void laterOneTakesTheDisplayWhileItsWindowIsShown()

@@ -3,7 +3,9 @@
 #include "tests/platform/selfrun.h"
 #include "tests/support/testmain.h"
 
+#include <QAccessible>
 #include <QGuiApplication>
+#include <QMouseEvent>
 #include <QScreen>
 #include <QWidget>
 #include <QWindow>
@@ -135,6 +137,34 @@ private slots:
         QTEST(ScreenScale::firstWindow(display), "window");
     }
 
+    void windowBelowOneIsAsSmallAndShowsAll_data()
+    {
+        QTest::addColumn<QString>("platform");
+        QTest::addColumn<QString>("scale");
+        QTest::addColumn<QByteArray>("found");
+        // The window, and where a row and the soft keys are seen in it.
+        QTest::newRow("three quarters") << "offscreen"
+                                        << "0.75" << QByteArray("180x240 0,30,180,15 90,225");
+        QTest::newRow("half") << "offscreen"
+                              << "0.5" << QByteArray("120x160 0,20,120,10 60,150");
+        QTest::newRow("one") << "offscreen"
+                             << "1" << QByteArray("240x320 0,40,240,20 120,300");
+        QTest::newRow("bare display")
+            << "vnc:port=0:size=320x240" << QString() << QByteArray("320x240 70,30,180,15 160,225");
+    }
+
+    void windowBelowOneIsAsSmallAndShowsAll()
+    {
+        QFETCH(QString, platform);
+        QFETCH(QString, scale);
+        const SelfRun run = SelfRun::with({"--parts"}, {{"QT_QPA_PLATFORM", platform},
+                                                        {"PROBE_SCALE", scale},
+                                                        {"QT_SCALE_FACTOR", QString()},
+                                                        {"QT_NO_XDG_DESKTOP_PORTAL", "1"}});
+        QCOMPARE(run.status, 0);
+        QTEST(run.output, "found");
+    }
+
     void variableWinsOnABareDisplay()
     {
         const SelfRun run = probe("vnc:port=0:size=480x640", "1");
@@ -195,6 +225,26 @@ private:
 namespace
 {
 
+/// A main widget with a part at 40 from the top, 20 high.
+class Stripes : public QWidget
+{
+public:
+    Stripes() : QWidget(ZScreen::instance()), inside(this)
+    {
+        ZScreen::instance()->place(this, ZScreen::Layer::Main);
+        resize(ZScreen::Width, ZScreen::Height);
+        inside.setGeometry(0, 40, ZScreen::Width, 20);
+    }
+
+    QWidget inside;
+    int paints = 0;
+    QPoint tap;
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override { ++paints; }
+    void mousePressEvent(QMouseEvent* event) override { tap = event->position().toPoint(); }
+};
+
 /// Prints the density of the display and where the screen is in its window.
 int printScale(int argc, char** argv)
 {
@@ -206,13 +256,14 @@ int printScale(int argc, char** argv)
     const QWidget* window = ZScreen::instance()->window();
     const auto inPlace = [window] {
         return window->windowHandle()->isExposed() &&
-               (!window->isFullScreen() || window->size() == window->screen()->size());
+               (!window->isFullScreen() ||
+                window->size() == window->screen()->size().expandedTo(ZScreen::instance()->size()));
     };
     if (!QTest::qWaitFor(inPlace, 20000))
         return 1;
     const QRect area = ZScreen::instance()->geometry();
-    std::printf("%g %d %d %d %d", ZScreen::instance()->devicePixelRatio(), area.x(), area.y(),
-                area.width(), area.height());
+    std::printf("%g %d %d %d %d", ScreenScale::density(), area.x(), area.y(), area.width(),
+                area.height());
     return 0;
 }
 
@@ -231,6 +282,33 @@ int printPlace(int argc, char** argv)
     return 0;
 }
 
+/// Prints how large the window is, where a part of the screen is said to be seen in it, and where
+/// the colour of another one is, whose tap must arrive.
+int printParts(int argc, char** argv)
+{
+    ScreenScale::setVariable("PROBE_SCALE");
+    const ZApplication application(argc, argv, ZApplication::GuiClient);
+    Stripes main;
+    main.show();
+    QWindow* window = ZScreen::instance()->window()->windowHandle();
+    if (!QTest::qWaitFor([window] { return window->isExposed(); }, 20000) ||
+        !QTest::qWaitFor([&main] { return main.paints > 0; }, 20000))
+        return 1;
+    QAccessibleInterface* part = QAccessible::queryAccessibleInterface(&main.inside);
+    const QRect seen = part->rect().translated(-window->position());
+    QAccessibleInterface* root =
+        QAccessible::queryAccessibleInterface(ZScreen::instance()->window());
+    if (root->childAt(part->rect().center().x(), part->rect().center().y()) == nullptr)
+        return 2;
+    const QPoint below(window->width() / 2, window->height() - 15 * window->height() / 240);
+    QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, below);
+    if (!QTest::qWaitFor([&main] { return main.tap.y() >= 300; }, 20000))
+        return 3;
+    std::printf("%dx%d %d,%d,%d,%d %d,%d", window->width(), window->height(), seen.x(), seen.y(),
+                seen.width(), seen.height(), below.x(), below.y());
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -239,6 +317,8 @@ int main(int argc, char** argv)
         return printScale(argc, argv);
     if (argc == 2 && qstrcmp(argv[1], "--place") == 0)
         return printPlace(argc, argv);
+    if (argc == 2 && qstrcmp(argv[1], "--parts") == 0)
+        return printParts(argc, argv);
     return runTest<tst_ZScreenScale>(argc, argv);
 }
 

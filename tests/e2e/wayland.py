@@ -1,0 +1,67 @@
+"""A Wayland compositor of the tests' own, and pictures of what it shows."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+
+from PIL import Image
+
+import quarn
+
+SOCKET = "wayland-quarn"
+ACCENT = (255, 100, 12)
+
+
+class Compositor:
+    """Started in the environment of a display; `backend` is headless, or x11 for one with keys in a
+    window on that display."""
+
+    def __init__(self, environment, backend, size, *options):
+        self.runtime = pathlib.Path(tempfile.mkdtemp(prefix="qw"))
+        log = self.runtime / "weston.log"
+        self.process = subprocess.Popen(
+            [*quarn.ENDS_WITH_US, "weston", f"--backend={backend}-backend.so", "--use-pixman",
+             f"--width={size[0]}", f"--height={size[1]}", f"--socket={SOCKET}", "--no-config",
+             "--debug", "--idle-time=0", f"--log={log}", *options],
+            env={**environment, "XDG_RUNTIME_DIR": str(self.runtime)}, stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        try:
+            quarn.wait_until(lambda: (self.runtime / SOCKET).exists()
+                             or self.process.poll() is not None, "the compositor")
+            if self.process.poll() is not None:
+                raise quarn.Failure(f"the compositor has ended: {log.read_text()}")
+        except quarn.Failure:
+            self.stop()
+            raise
+
+    def environment(self):
+        """Of its clients."""
+        return {"XDG_RUNTIME_DIR": str(self.runtime), "WAYLAND_DISPLAY": SOCKET,
+                "QT_QPA_PLATFORM": "wayland"}
+
+    def picture(self):
+        """What it shows, by its own client."""
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run(["weston-screenshooter"], cwd=folder, check=True,
+                           env={**os.environ, **self.environment()}, stdout=subprocess.DEVNULL,
+                           stderr=subprocess.DEVNULL)
+            (picture,) = pathlib.Path(folder).iterdir()
+            return Image.open(picture).convert("RGB")
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait()
+        shutil.rmtree(self.runtime, ignore_errors=True)
+
+
+def accent_width(picture):
+    """How long the line below the title of the program is in a picture, pixels; 0 without one."""
+    mask = Image.new("L", picture.size)
+    mask.putdata([255 if pixel == ACCENT else 0 for pixel in picture.getdata()])
+    found = mask.getbbox()
+    if found is None:
+        return 0
+    line = mask.crop((0, found[1], picture.width, found[1] + 1)).getbbox()
+    return line[2] - line[0]
