@@ -17,6 +17,7 @@ namespace
 /// What is larger is written out while it is copied, what is smaller with others.
 constexpr qint64 LargeFile = 4 * 1024 * 1024;
 constexpr qint64 WorthTelling = 64 * 1024;
+constexpr qint64 MostUntold = 64 * 1024 * 1024;
 constexpr qint64 BlockBytes = 256 * 1024;
 
 bool isSame(const struct stat& one, const struct stat& other)
@@ -122,7 +123,9 @@ FileCopy::Step FileCopy::copyPiece()
     }
     const qint64 before = at_;
     const qint64 started = microseconds();
-    const qint64 size = std::min(pace_.pieceBytes(), end - at_);
+    const qint64 size = std::min({pace_.pieceBytes(), end - at_, expectedBytes() - at_});
+    if (size <= 0)
+        state_ = State::Ending;
     while (at_ - before < size) {
         const qint64 copied = copyBytes(size - (at_ - before));
         if (copied < 0)
@@ -137,6 +140,13 @@ FileCopy::Step FileCopy::copyPiece()
         return failed(Trouble::CannotWrite, errno);
     pace_.notePiece(at_ - before, microseconds() - started);
     return state_ == State::Ending ? this->end() : Step::More;
+}
+
+/// What grows while it is read could be followed for ever.
+qint64 FileCopy::expectedBytes() const
+{
+    // Files that the system makes up do not know their size.
+    return info_.st_size > 0 ? info_.st_size : MostUntold;
 }
 
 /// Copies some bytes from here on. 0 at the end of the file, -1 with the trouble set if it fails.

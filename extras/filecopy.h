@@ -47,6 +47,7 @@ private:
     Step clone();
     Step copyPiece();
     bool findData(qint64& end);
+    qint64 expectedBytes() const;
     qint64 copyBytes(qint64 size);
     qint64 copyByBlocks(qint64 size);
     bool writeOut(qint64 bytes);

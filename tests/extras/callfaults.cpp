@@ -1,0 +1,181 @@
+#include "tests/extras/callfaults.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <optional>
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+
+struct Faults {
+    qint64 writable = -1; ///< bytes until writing fails; -1: it does not
+    int writeError = 0;
+    qint64 readable = -1;
+    int readError = 0;
+    int flushError = 0;
+    bool failsEachFlush = false;
+    int renames = -1;
+    int renameError = 0;
+    bool knowsNoReplace = true;
+    bool separatesFolders = false;
+    std::optional<quint64> kind;
+    std::function<void(int)> beforeReading;
+    int reads = 0;
+    bool isReading = false;
+};
+
+Faults* current = nullptr;
+
+template<typename Result>
+Result failed(int error)
+{
+    errno = error;
+    return Result(-1);
+}
+
+int flushed(long number, int file, bool isRefused)
+{
+    if (isRefused)
+        return failed<int>(current->flushError);
+    return int(syscall(number, file));
+}
+
+} // namespace
+
+CallFaults::CallFaults()
+{
+    Q_ASSERT(current == nullptr);
+    current = new Faults;
+}
+
+CallFaults::~CallFaults()
+{
+    delete std::exchange(current, nullptr);
+}
+
+void CallFaults::failWriting(qint64 afterBytes, int error)
+{
+    current->writable = afterBytes;
+    current->writeError = error;
+}
+
+void CallFaults::failReading(qint64 afterBytes, int error)
+{
+    current->readable = afterBytes;
+    current->readError = error;
+}
+
+void CallFaults::failFlushing(int error, bool ofEach)
+{
+    current->flushError = error;
+    current->failsEachFlush = ofEach;
+}
+
+void CallFaults::failRenaming(int after, int error)
+{
+    current->renames = after;
+    current->renameError = error;
+}
+
+void CallFaults::forgetNoReplace()
+{
+    current->knowsNoReplace = false;
+}
+
+void CallFaults::pretendKind(quint64 kind)
+{
+    current->kind = kind;
+}
+
+void CallFaults::beforeReading(std::function<void(int)> work)
+{
+    current->beforeReading = std::move(work);
+}
+
+void CallFaults::separateFolders()
+{
+    current->separatesFolders = true;
+}
+
+// In the place of the system's own, for everything in the process.
+extern "C" {
+
+ssize_t pread(int file, void* bytes, size_t size, off_t offset)
+{
+    if (current != nullptr && current->beforeReading && !current->isReading) {
+        current->isReading = true;
+        current->beforeReading(current->reads++);
+        current->isReading = false;
+    }
+    if (current != nullptr && current->readable == 0)
+        return failed<ssize_t>(current->readError);
+    if (current != nullptr && current->readable > 0)
+        size = std::min(size, size_t(current->readable));
+    const ssize_t got = syscall(SYS_pread64, file, bytes, size, offset);
+    if (current != nullptr && current->readable > 0 && got > 0)
+        current->readable -= got;
+    return got;
+}
+
+ssize_t pwrite(int file, const void* bytes, size_t size, off_t offset)
+{
+    if (current != nullptr && current->writable == 0)
+        return failed<ssize_t>(current->writeError);
+    if (current != nullptr && current->writable > 0)
+        size = std::min(size, size_t(current->writable));
+    const ssize_t put = syscall(SYS_pwrite64, file, bytes, size, offset);
+    if (current != nullptr && current->writable > 0 && put > 0)
+        current->writable -= put;
+    return put;
+}
+
+// What copies files without reading them is not there while something is to go wrong.
+ssize_t copy_file_range(int from, off64_t* fromAt, int to, off64_t* toAt, size_t size,
+                        unsigned flags)
+{
+    if (current != nullptr)
+        return failed<ssize_t>(ENOSYS);
+    return syscall(SYS_copy_file_range, from, fromAt, to, toAt, size, flags);
+}
+
+int syncfs(int file)
+{
+    return flushed(SYS_syncfs, file, current != nullptr && current->flushError != 0);
+}
+
+int fsync(int file)
+{
+    return flushed(SYS_fsync, file, current != nullptr && current->failsEachFlush);
+}
+
+int renameat2(int from, const char* name, int to, const char* newName, unsigned flags)
+{
+    if (current != nullptr && flags != 0 && !current->knowsNoReplace)
+        return failed<int>(EINVAL);
+    if (current != nullptr && current->separatesFolders && from != to)
+        return failed<int>(EXDEV);
+    if (current != nullptr && current->renames == 0)
+        return failed<int>(current->renameError);
+    if (current != nullptr && current->renames > 0)
+        --current->renames;
+    return int(syscall(SYS_renameat2, from, name, to, newName, flags));
+}
+
+int renameat(int from, const char* name, int to, const char* newName)
+{
+    return renameat2(from, name, to, newName, 0);
+}
+
+int fstatfs(int file, struct statfs* info)
+{
+    const int result = int(syscall(SYS_fstatfs, file, info));
+    if (current != nullptr && current->kind)
+        info->f_type = decltype(info->f_type)(*current->kind);
+    return result;
+}
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <functional>
+
+/// Lets calls of the system go wrong in this process while it lives, for whatever links this; one
+/// at a time. Files are told by nothing: a test has only those of the operation open.
+class CallFaults
+{
+public:
+    CallFaults();
+    ~CallFaults();
+    CallFaults(const CallFaults&) = delete;
+    CallFaults& operator=(const CallFaults&) = delete;
+
+    /// Writing to files of the target fails so, as soon as that many bytes have been written.
+    void failWriting(qint64 afterBytes, int error);
+    /// Reading fails so, as soon as that many bytes have been read.
+    void failReading(qint64 afterBytes, int error);
+    /// Flushing fails so: of all files together and, if that is meant, of each.
+    void failFlushing(int error, bool ofEach);
+    /// rename() and its like fail so, when `after` of them have worked.
+    void failRenaming(int after, int error);
+    /// Nothing can say that a name must be free.
+    void forgetNoReplace();
+    /// Every file system is of that kind.
+    void pretendKind(quint64 kind);
+    /// Runs before each read of a file, with the number of such calls before it.
+    void beforeReading(std::function<void(int)> work);
+    /// Moves and links from one folder to another seem to leave the file system.
+    void separateFolders();
+};

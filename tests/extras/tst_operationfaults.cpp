@@ -1,0 +1,398 @@
+// Copies and moves when the system or the medium fails.
+
+#include "extras/filecopy.h"
+#include "extras/journals.h"
+#include "extras/operation.h"
+#include "extras/targetlimits.h"
+#include "tests/extras/callfaults.h"
+#include "tests/extras/operationplaces.h"
+#include "tests/support/bytefiles.h"
+#include "tests/support/rootpowers.h"
+#include "tests/tools/treetext.h"
+
+#include <QTest>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr quint64 ExfatKind = 0x2011bab0;
+
+/// What a run could not do: names of the entries and why.
+QByteArrayList told(const Operation& operation)
+{
+    QByteArrayList lines;
+    for (const Failure& failure : operation.failures().first)
+        lines.append(failure.path.mid(failure.path.lastIndexOf('/') + 1) + ' ' +
+                     QByteArray::number(int(failure.trouble)) + ' ' +
+                     QByteArray::number(failure.error));
+    return lines;
+}
+
+QByteArray line(const char* name, Trouble trouble, int error)
+{
+    return QByteArray(name) + ' ' + QByteArray::number(int(trouble)) + ' ' +
+           QByteArray::number(error);
+}
+
+} // namespace
+
+class tst_OperationFaults : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void whatCannotBeWrittenIsToldAndNothingIsLost_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::addColumn<bool>("isMove");
+        for (const bool isMove : {false, true}) {
+            QTest::addRow("full disk, %d", isMove) << ENOSPC << isMove;
+            QTest::addRow("quota, %d", isMove) << EDQUOT << isMove;
+            QTest::addRow("broken medium, %d", isMove) << EIO << isMove;
+        }
+    }
+    void whatCannotBeWrittenIsToldAndNothingIsLost()
+    {
+        QFETCH(int, error);
+        QFETCH(bool, isMove);
+        const OperationPlaces places(OperationPlaces::Apart);
+        making::folder(places.source("tree"));
+        writeFile(places.source("tree/large"), QByteArray(3000000, 'l'));
+        writeFile(places.source("tree/small"), "small");
+        makeLink(places.source("tree/link"), "small");
+        making::folder(places.target("tree"));
+        writeFile(places.target("tree/large"), "old");
+        writeFile(places.target("tree/small"), "old");
+        const QByteArrayList before = withoutFolderTimes(wholeText(places.source("tree")));
+        Operation operation(
+            places.request(isMove ? OperationKind::Move : OperationKind::Copy, {"tree"}));
+        {
+            CallFaults faults;
+            faults.failWriting(1000000, error);
+            runToEnd(operation);
+        }
+        QCOMPARE(operation.state(), Operation::State::Finished);
+        QVERIFY(told(operation).contains(line("large", Trouble::CannotWrite, error)));
+        QCOMPARE(operation.outcomes(), QList<SourceOutcome>{SourceOutcome::Failed});
+        QCOMPARE(readFile(places.target("tree/large")), QByteArray("old"));
+        // What is in the target is whole, and nothing temporary stays.
+        for (const QByteArray& name : namesIn(places.target("tree")))
+            QVERIFY2(name == "large" || name == "small" || name == "link", name.constData());
+        QCOMPARE(readFile(places.source("tree/large")).size(), qsizetype(3000000));
+        if (!isMove)
+            QCOMPARE(withoutFolderTimes(wholeText(places.source("tree"))), before);
+        QVERIFY(places.journals().isEmpty());
+    }
+
+    void aSmallFileSystemGetsFull()
+    {
+        const SmallFileSystem small;
+        const OperationPlaces places;
+        writeFile(places.source("first"), QByteArray(600 * 1024, 'f'));
+        writeFile(places.source("second"), QByteArray(900 * 1024, 's'));
+        OperationRequest request = places.request(OperationKind::Move, {"first", "second"});
+        request.target = small.path();
+        Operation operation(request);
+        while (operation.step(1000) == Operation::State::Surveying) {
+        }
+        // Who may not mount has no such file system, and room for both.
+        QCOMPARE(operation.survey().hasRoom, !small.isMounted());
+        runToEnd(operation);
+        if (small.isMounted()) {
+            QCOMPARE(told(operation), QByteArrayList{line("second", Trouble::CannotWrite, ENOSPC)});
+            QCOMPARE(namesIn(small.path()), QList<QByteArray>{"first"});
+            QCOMPARE(readFile(places.source("second")).size(), qsizetype(900 * 1024));
+        } else {
+            QVERIFY(operation.failures().isEmpty());
+        }
+    }
+
+    void whatCannotBeReadIsTold()
+    {
+        const OperationPlaces apart(OperationPlaces::Apart);
+        writeFile(apart.source("bad"), QByteArray(2000000, 'b'));
+        Operation across(apart.request(OperationKind::Move, {"bad"}));
+        while (across.step(1000) == Operation::State::Surveying) {
+        }
+        across.begin();
+        {
+            CallFaults faults;
+            faults.failReading(1000000, EIO);
+            runToEnd(across);
+        }
+        QCOMPARE(told(across), QByteArrayList{line("bad", Trouble::CannotRead, EIO)});
+        QVERIFY(namesIn(apart.target()).isEmpty());
+        QCOMPARE(readFile(apart.source("bad")).size(), qsizetype(2000000));
+    }
+
+    void onlyWhatWasNotFlushedFails_data()
+    {
+        QTest::addColumn<bool>("ofEach");
+        QTest::newRow("all together, for others' sake") << false;
+        QTest::newRow("each") << true;
+    }
+    void onlyWhatWasNotFlushedFails()
+    {
+        QFETCH(bool, ofEach);
+        const OperationPlaces places(OperationPlaces::Apart);
+        QList<QByteArray> names;
+        for (char name = 'a'; name <= 't'; ++name) {
+            names.append(QByteArray(1, name));
+            writeFile(places.source(names.last()), names.last());
+        }
+        Operation operation(places.request(OperationKind::Move, names));
+        while (operation.step(1000) == Operation::State::Surveying) {
+        }
+        operation.begin();
+        {
+            CallFaults faults;
+            faults.failFlushing(EIO, ofEach);
+            runToEnd(operation);
+        }
+        // What did not reach the medium for sure stays where it was.
+        QCOMPARE(operation.failures().count, qint64(ofEach ? names.size() : 0));
+        QCOMPARE(namesIn(places.target()), ofEach ? QList<QByteArray>{} : names);
+        QCOMPARE(namesIn(places.source()), ofEach ? names : QList<QByteArray>{});
+    }
+
+    void whatCannotBeRenamedIsTold()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("one"), "one");
+        writeFile(places.source("two"), "two");
+        for (const OperationKind kind : {OperationKind::Copy, OperationKind::Move}) {
+            Operation operation(places.request(kind, {"one", "two"}));
+            while (operation.step(1000) == Operation::State::Surveying) {
+            }
+            operation.begin();
+            {
+                CallFaults faults;
+                faults.failRenaming(0, EPERM);
+                runToEnd(operation);
+            }
+            QCOMPARE(told(operation), (QByteArrayList{line("one", Trouble::CannotRename, EPERM),
+                                                      line("two", Trouble::CannotRename, EPERM)}));
+            QCOMPARE(namesIn(places.source()), (QList<QByteArray>{"one", "two"}));
+            QVERIFY(namesIn(places.target()).isEmpty());
+        }
+    }
+
+    void worksWithoutRenamingToFreeNames()
+    {
+        const OperationPlaces places;
+        makeEveryKind(places.source("tree"));
+        const QByteArrayList before = wholeText(places.source("tree"));
+        writeFile(places.source("other"), "other");
+        writeFile(places.target("other"), "old");
+        CallFaults faults;
+        faults.forgetNoReplace();
+        runWell(places.request(OperationKind::Copy, {"tree", "other"}));
+        QCOMPARE(wholeText(places.target("tree")), before);
+        QCOMPARE(readFile(places.target("other")), QByteArray("other"));
+    }
+
+    void whatCannotBeRenamedAcrossIsCopied()
+    {
+        const OperationPlaces places;
+        makeEveryKind(places.source("tree"));
+        QCOMPARE(chmod(places.source("tree/locked").constData(), 0755), 0);
+        const QByteArrayList before = wholeText(places.source("tree"));
+        CallFaults faults;
+        faults.separateFolders();
+        runWell(places.request(OperationKind::Move, {"tree"}));
+        QCOMPARE(wholeText(places.target("tree")), before);
+        QVERIFY(namesIn(places.source()).isEmpty());
+    }
+
+    void whatCannotBeRenamedOutOfAJoinedFolderIsCopied()
+    {
+        const OperationPlaces places;
+        for (const QByteArray& folder : {places.source("f"), places.target("f")})
+            making::folder(folder);
+        making::folder(places.source("f/sub"));
+        writeFile(places.source("f/sub/in"), "in");
+        CallFaults faults;
+        faults.separateFolders();
+        runWell(places.request(OperationKind::Move, {"f"}));
+        QCOMPARE(readFile(places.target("f/sub/in")), QByteArray("in"));
+        QVERIFY(namesIn(places.source()).isEmpty());
+    }
+
+    void aSourceThatChangesIsReadAgain()
+    {
+        const OperationPlaces places;
+        const QByteArray path = places.source("file");
+        writeFile(path, QByteArray(600000, 'a'));
+        CallFaults faults;
+        faults.beforeReading([&path](int number) {
+            if (number == 1)
+                QCOMPARE(truncate(path.constData(), 500000), 0);
+        });
+        runWell(places.request(OperationKind::Copy, {"file"}));
+        QCOMPARE(readFile(places.target("file")), QByteArray(500000, 'a'));
+    }
+
+    void aSourceThatKeepsChangingIsTold()
+    {
+        const OperationPlaces places(OperationPlaces::Apart);
+        const QByteArray path = places.source("file");
+        writeFile(path, QByteArray(600000, 'a'));
+        Operation operation(places.request(OperationKind::Move, {"file"}));
+        while (operation.step(1000) == Operation::State::Surveying) {
+        }
+        operation.begin();
+        {
+            CallFaults faults;
+            faults.beforeReading(
+                [&path](int number) { QCOMPARE(truncate(path.constData(), 600001 + number), 0); });
+            runToEnd(operation);
+        }
+        QCOMPARE(told(operation), QByteArrayList{line("file", Trouble::SourceChanged, 0)});
+        QVERIFY(namesIn(places.target()).isEmpty());
+        QVERIFY(isThere(path));
+    }
+
+    void aSourceThatVanishesIsTold()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("first"), QByteArray(600000, 'a'));
+        making::folder(places.source("gone"));
+        writeFile(places.source("gone/in"), "in");
+        Operation operation(places.request(OperationKind::Copy, {"first", "gone"}));
+        while (operation.step(1000) == Operation::State::Surveying) {
+        }
+        operation.begin();
+        {
+            CallFaults faults;
+            faults.beforeReading([&places](int number) {
+                if (number == 0) {
+                    QCOMPARE(unlink(places.source("gone/in").constData()), 0);
+                    QCOMPARE(rmdir(places.source("gone").constData()), 0);
+                }
+            });
+            runToEnd(operation);
+        }
+        QCOMPARE(told(operation), QByteArrayList{line("gone", Trouble::Missing, ENOENT)});
+        QCOMPARE(namesIn(places.target()), QList<QByteArray>{"first"});
+    }
+
+    void aFileThatVanishesWhileItIsReadIsWholeAllTheSame()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("file"), QByteArray(600000, 'a'));
+        CallFaults faults;
+        faults.beforeReading([&places](int number) {
+            if (number == 1)
+                QCOMPARE(unlink(places.source("file").constData()), 0);
+        });
+        runWell(places.request(OperationKind::Copy, {"file"}));
+        QCOMPARE(readFile(places.target("file")), QByteArray(600000, 'a'));
+    }
+
+    void whatFatCannotHoldIsToldBefore()
+    {
+        const OperationPlaces places;
+        making::folder(places.source("tree"));
+        for (const char* name :
+             {"a:b", "what?", "end.", "end ", "\xff", "back\\slash", "Case", "case", "fine"})
+            writeFile(places.source(QByteArray("tree/") + name), "x");
+        writeFile(places.source("tree/huge"), {});
+        QCOMPARE(truncate(places.source("tree/huge").constData(), qint64(1) << 32), 0);
+        CallFaults faults;
+        faults.pretendKind(MSDOS_SUPER_MAGIC);
+        Operation operation(places.request(OperationKind::Copy, {"tree"}));
+        while (operation.step(1000) == Operation::State::Surveying) {
+        }
+        QHash<Trouble, int> counts;
+        for (const Failure& failure : operation.survey().troubles.first)
+            ++counts[failure.trouble];
+        QCOMPARE(counts,
+                 (QHash<Trouble, int>{
+                     {Trouble::BadName, 6}, {Trouble::TooLarge, 1}, {Trouble::NameCollision, 1}}));
+        runToEnd(operation, Answer::KeepBoth);
+        QCOMPARE(operation.failures().count, qint64(7));
+        QCOMPARE(namesIn(places.target("tree")).size(), qsizetype(3));
+    }
+
+    void exfatHoldsLargeFiles()
+    {
+        const TargetLimits limits = TargetLimits::ofKind(ExfatKind, 1530);
+        QVERIFY(limits.mostFileBytes > (qint64(1) << 40));
+        QVERIFY(!limits.takesName("a|b"));
+        QVERIFY(limits.takesName(QByteArray("\xd0\xbf").repeated(255)));
+        QVERIFY(!limits.takesName(QByteArray("\xd0\xbf").repeated(256)));
+        QCOMPARE(limits.nameKey("\xd0\x9f"), limits.nameKey("\xd0\xbf"));
+        const TargetLimits plain = TargetLimits::ofKind(EXT4_SUPER_MAGIC, 255);
+        QVERIFY(plain.takesName(QByteArray(255, 'x')) && !plain.takesName(QByteArray(256, 'x')));
+        QVERIFY(plain.takesName("a:b\xff ") && plain.nameKey("A") != plain.nameKey("a"));
+        QVERIFY(!TargetLimits::ofKind(0x61756673, 143).takesName(QByteArray(144, 'x')));
+    }
+
+    void aTargetThatCannotBeWrittenIsTold()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("file"), "content");
+        QCOMPARE(chmod(places.target().constData(), 0555), 0);
+        Operation operation(places.request(OperationKind::Move, {"file"}));
+        while (operation.step(1000) == Operation::State::Surveying) {
+        }
+        QCOMPARE(operation.survey().troubles.first.first().trouble, Trouble::TargetUnusable);
+        runToEnd(operation);
+        QCOMPARE(told(operation), QByteArrayList{line("file", Trouble::CannotRename, EACCES)});
+        QCOMPARE(readFile(places.source("file")), QByteArray("content"));
+        OperationRequest nowhere = places.request(OperationKind::Copy, {"file"});
+        nowhere.target = places.target("missing");
+        Operation lost(nowhere);
+        runToEnd(lost);
+        QCOMPARE(lost.failures().first.first().trouble, Trouble::TargetUnusable);
+        QCOMPARE(lost.failures().first.first().error, ENOENT);
+    }
+
+    void whatMayNotBeReadIsToldAndTheRestIsDone()
+    {
+        const OperationPlaces places(OperationPlaces::Apart);
+        making::folder(places.source("tree"));
+        making::folder(places.source("tree/closed"));
+        writeFile(places.source("tree/closed/in"), "in");
+        writeFile(places.source("tree/secret"), "secret");
+        writeFile(places.source("tree/open"), "open");
+        QCOMPARE(chmod(places.source("tree/closed").constData(), 0), 0);
+        QCOMPARE(chmod(places.source("tree/secret").constData(), 0), 0);
+        Operation operation(places.request(OperationKind::Move, {"tree"}));
+        runToEnd(operation);
+        QByteArrayList lines = told(operation);
+        std::sort(lines.begin(), lines.end());
+        QCOMPARE(lines, (QByteArrayList{line("closed", Trouble::CannotRead, EACCES),
+                                        line("secret", Trouble::CannotRead, EACCES)}));
+        QCOMPARE(readFile(places.target("tree/open")), QByteArray("open"));
+        QCOMPARE(namesIn(places.source("tree")), (QList<QByteArray>{"closed", "secret"}));
+    }
+
+    void worksWithoutAJournal()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("file"), "content");
+        writeFile(places.source("no folder"), {});
+        qputenv("XDG_STATE_HOME", places.source("no folder"));
+        Operation operation(places.request(OperationKind::Move, {"file"}));
+        runToEnd(operation);
+        QCOMPARE(operation.journalError(), ENOTDIR);
+        QVERIFY(operation.failures().isEmpty());
+        QCOMPARE(readFile(places.target("file")), QByteArray("content"));
+    }
+};
+
+int main(int argc, char** argv)
+{
+    giveUpRootPowers(argv);
+    enterOwnMounts();
+    tst_OperationFaults test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_operationfaults.moc"
