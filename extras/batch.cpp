@@ -11,11 +11,20 @@
 namespace
 {
 
+/// So many files, or folders, are flushed one by one. More are flushed with their whole file
+/// system, which is faster for them, but waits for what others have written there.
+constexpr qsizetype FewFlushes = 16;
+
 qint64 microseconds()
 {
     return std::chrono::duration_cast<std::chrono::microseconds>(
                std::chrono::steady_clock::now().time_since_epoch())
         .count();
+}
+
+bool isNewFile(const BatchItem& item)
+{
+    return item.kind == BatchItem::Kind::Put && S_ISREG(item.facts.st_mode);
 }
 
 /// Whether an entry is what it was when it was copied.
@@ -79,12 +88,9 @@ void Batch::commit()
 {
     if (items_.empty() && drops_.empty())
         return;
-    const auto isPut = [](const BatchItem& item) { return item.kind == BatchItem::Kind::Put; };
-    const bool hasWritten = std::any_of(items_.begin(), items_.end(), isPut) || !drops_.empty();
     const qint64 started = microseconds();
-    flush(hasWritten);
-    if (hasWritten)
-        target_.pace().noteFlush(waitingBytes_, qint64(items_.size()), microseconds() - started);
+    flush();
+    target_.pace().noteFlush(waitingBytes_, qint64(items_.size()), microseconds() - started);
     dropAll();
     std::vector<BatchItem> items;
     items.swap(items_);
@@ -92,16 +98,14 @@ void Batch::commit()
         apply(item);
     pending_.clear();
     waitingBytes_ = flushedBytes_ = 0;
-    hasUnsettled_ = hasUnsettled_ || !items.empty();
     ++serial_;
 }
 
 void Batch::settle()
 {
     commit();
-    if (hasUnsettled_ && target_.isOpen() && !target_.flush())
-        work_.failures.add({work_.request.target, Trouble::CannotWrite, errno});
-    hasUnsettled_ = false;
+    if (!flushNames() && !drops_.empty())
+        keepSources();
     dropAll();
     if (refused.empty()) {
         drops_.swap(postponed_);
@@ -109,26 +113,60 @@ void Batch::settle()
     }
 }
 
-void Batch::flush(bool hasWritten)
+void Batch::flush()
 {
+    const bool hasFiles = std::any_of(items_.begin(), items_.end(), isNewFile);
+    const bool isMany = std::count_if(items_.begin(), items_.end(), isNewFile) > FewFlushes;
     bool isSafe = true;
     if (work_.journal != nullptr) {
         // One flush of the file system is for both where it has both.
-        const bool together = hasWritten && work_.journal->device() == target_.device();
+        const bool together = isMany && work_.journal->device() == target_.device();
         isSafe = together ? work_.journal->write() : work_.journal->flush();
     }
     if (!isSafe)
         work_.loseJournal(errno);
-    if (hasWritten && !target_.flush())
+    if (isMany && target_.flush()) {
+        named_.clear();
+        hasManyNamed_ = false;
+        return;
+    }
+    if (hasFiles)
         flushEach();
+    if (!drops_.empty() && !flushNames())
+        keepSources();
 }
 
-/// Finds out which of the new files it was that could not be written.
+/// The names that were given before get onto the medium.
+bool Batch::flushNames()
+{
+    bool isSafe = true;
+    if (hasManyNamed_)
+        isSafe = target_.flush();
+    for (const QByteArray& path : std::as_const(named_)) {
+        const int folder = target_.folder(path);
+        isSafe = isSafe && folder >= 0 && (fsync(folder) == 0 || errno == EINVAL);
+    }
+    named_.clear();
+    hasManyNamed_ = false;
+    return isSafe;
+}
+
+/// What has no name on the medium for sure may be there only once.
+void Batch::keepSources()
+{
+    const int error = errno;
+    for (const BatchItem& item : drops_)
+        work_.fail(item.source, work_.fullSource(item.source, item.from), Trouble::CannotWrite,
+                   error);
+    drops_.clear();
+}
+
+/// Flushes the new files one by one; those that cannot be written get no name.
 void Batch::flushEach()
 {
     for (auto item = items_.begin(); item != items_.end();) {
         bool isSafe = true;
-        if (item->kind == BatchItem::Kind::Put && S_ISREG(item->facts.st_mode)) {
+        if (isNewFile(*item)) {
             const int folder = target_.folder(item->workFolder);
             const FileHandle file(folder < 0 ? -1
                                              : openat(folder, item->temporary.constData(),
@@ -291,6 +329,10 @@ void Batch::done(const BatchItem& item)
 {
     work_.progress.bytesDone += item.bytes;
     ++work_.progress.entriesDone;
+    if (named_.size() < FewFlushes)
+        named_.insert(parentOf(item.to));
+    else
+        hasManyNamed_ = true;
     if (item.dropsSource)
         drops_.push_back(item);
 }

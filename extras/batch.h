@@ -84,8 +84,10 @@ public:
 private:
     QByteArray keyOf(const QByteArray& to) const;
     void record(const BatchItem& item);
-    void flush(bool hasWritten);
+    void flush();
+    bool flushNames();
     void flushEach();
+    void keepSources();
     void apply(const BatchItem& item);
     void put(const BatchItem& item);
     void moveIn(const BatchItem& item);
@@ -107,5 +109,6 @@ private:
     quint64 serial_ = 1;
     qint64 waitingBytes_ = 0;
     qint64 flushedBytes_ = 0;
-    bool hasUnsettled_ = false;
+    QSet<QByteArray> named_; ///< folders with names that may not be on the medium yet
+    bool hasManyNamed_ = false;
 };

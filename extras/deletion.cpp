@@ -45,6 +45,14 @@ bool Deletion::nextSource()
     } while (source_ < int(work_.request.sources.size()) && !work_.isUsable(source_));
     if (source_ >= int(work_.request.sources.size()))
         return false;
+    // What has taken its name since it was asked about is not what was meant.
+    struct stat info = {};
+    if (sources_.of(source_).go({}) &&
+        lookAt(sources_.of(source_).folder(), sources_.name(source_), info) &&
+        !work_.isStill(source_, info)) {
+        work_.fail(source_, work_.request.sources[source_], Trouble::SourceChanged, 0);
+        return nextSource();
+    }
     removal_ = std::make_unique<Removal>(
         sources_.of(source_), sources_.name(source_),
         [this](const QByteArray& path, int error) { failed(path, error); });

@@ -33,8 +33,8 @@ void Estimate::note(qint64 done, qint64 milliseconds)
     if (passed < Interval)
         return;
     const double seconds = double(passed) / 1000;
-    const double memory = std::clamp(double(milliseconds - first_) / 1000 * MemoryShare,
-                                     ShortMemory, LongMemory);
+    const double memory =
+        std::clamp(double(milliseconds - first_) / 1000 * MemoryShare, ShortMemory, LongMemory);
     const double kept = std::exp(-seconds / memory);
     const double now = double(done_ - lastDone_) / seconds;
     // An average over what there is: without the weight it would begin at 0.

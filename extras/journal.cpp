@@ -155,4 +155,6 @@ bool Journal::flush()
 void Journal::remove()
 {
     unlink(path_.constData());
+    // What has come to its end must not be offered again.
+    flushFolderOf(path_);
 }

@@ -190,12 +190,11 @@ Operation::Operation(std::unique_ptr<Private> own) : own_(std::move(own)) {}
 
 Operation::~Operation()
 {
-    if (own_->transfer != nullptr && own_->state == State::Working) {
-        own_->transfer->cancel();
-        while (own_->transfer->step() == Transfer::Step::More) {
-        }
-        own_->end(State::Cancelled);
-    }
+    const bool works = own_->state == State::Working || own_->state == State::Asking;
+    if (works)
+        cancel();
+    while (works && !hasEnded())
+        step(0);
 }
 
 std::unique_ptr<Operation> Operation::finish(const QByteArray& journal)
@@ -258,8 +257,10 @@ Operation::State Operation::step(int milliseconds)
              ::milliseconds() < end);
     if (own_->surveyor != nullptr)
         own_->survey = own_->surveyor->result();
-    if (own_->state != State::Surveying)
+    if (own_->surveyor != nullptr && own_->state != State::Surveying) {
+        own_->work.identities = own_->surveyor->identities();
         own_->surveyor.reset();
+    }
     if (own_->state == State::Working) {
         const OperationProgress now = own_->progress();
         own_->estimate->setTotal(now.bytesTotal > 0 ? now.bytesTotal : now.entriesTotal);

@@ -175,6 +175,8 @@ QString errorText(int error)
     case EBUSY:
     case ETXTBSY:
         return texts.inUse;
+    case EEXIST:
+        return LANG_RENAME_EXISTS;
     case ENOTEMPTY:
         return texts.notEmpty;
     default:

@@ -4,6 +4,7 @@
 #include "extras/treewalk.h"
 #include "extras/work.h"
 
+#include <QHash>
 #include <QSet>
 
 #include <memory>
@@ -20,6 +21,8 @@ public:
     /// Looks at one entry. False when all is seen.
     bool step();
     const SurveyResult& result() const { return result_; }
+    /// What each source was, by its place among them.
+    const QHash<int, EntryIdentity>& identities() const { return identities_; }
 
 private:
     /// A folder on the way, and the one in the target that its contents would join.
@@ -42,6 +45,7 @@ private:
 
     const Work& work_;
     SurveyResult result_;
+    QHash<int, EntryIdentity> identities_;
     SourceFolders sources_;
     std::unique_ptr<TargetFolder> target_;
     int source_ = -1;

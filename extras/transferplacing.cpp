@@ -43,7 +43,10 @@ Transfer::Step Transfer::place()
 bool Transfer::isRefused(const QByteArray& to)
 {
     const struct stat& info = walk_->info();
-    if (!target_.limits().takesName(nameOf(to)))
+    const bool isTop = levels_.size() == 1 && walk_->path() == sources_.name(job_->source);
+    if (isTop && !work_.isStill(job_->source, info))
+        refuse(Trouble::SourceChanged, 0);
+    else if (!target_.limits().takesName(nameOf(to)))
         refuse(Trouble::BadName, 0);
     else if (S_ISREG(info.st_mode) && info.st_size > target_.limits().mostFileBytes)
         refuse(Trouble::TooLarge, EFBIG);

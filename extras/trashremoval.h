@@ -33,7 +33,7 @@ private:
     bool removeFolder(int expunged, const QByteArray& name);
     bool raise(int expunged, int folder, const char* name);
     void fail(const QByteArray& name);
-    bool timeIsUp() const { return began_.hasExpired(allowedMs_); }
+    bool timeIsUp() const { return began_.elapsed() >= allowedMs_; }
 
     std::vector<FileHandle> expunged_;
     size_t current_ = 0;

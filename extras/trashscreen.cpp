@@ -31,7 +31,15 @@ bool confirmed(const QString& title, const QString& text, const char* picture)
 class TrashVisit
 {
 public:
-    explicit TrashVisit(QByteArray folder) : folder_(std::move(folder)) {}
+    explicit TrashVisit(QByteArray folder) : folder_(std::move(folder))
+    {
+        // What is asked for while something goes on is about a list that is no longer true.
+        QObject::connect(&page_, &TrashPage::commanded, &page_, [this](int command) {
+            if (isWaiting_)
+                command_ = command;
+        });
+        QObject::connect(&page_, &EntryPage::rightPressed, &page_, [this] { leaves_ = true; });
+    }
 
     /// Whether anything outside the trash was changed.
     bool run()
@@ -53,14 +61,11 @@ private:
     /// What the user wants next; nothing if it is to leave.
     std::optional<int> nextCommand()
     {
-        std::optional<int> command;
-        bool leaves = false;
-        QObject receiver;
-        QObject::connect(&page_, &TrashPage::commanded, &receiver,
-                         [&command](int chosen) { command = chosen; });
-        QObject::connect(&page_, &EntryPage::rightPressed, &receiver, [&leaves] { leaves = true; });
-        ZApplication::waitUntil([&command, &leaves] { return command.has_value() || leaves; });
-        return leaves ? std::nullopt : command;
+        command_.reset();
+        isWaiting_ = true;
+        ZApplication::waitUntil([this] { return command_.has_value() || leaves_; });
+        isWaiting_ = false;
+        return leaves_ ? std::nullopt : command_;
     }
 
     void carryOut(int command)
@@ -208,6 +213,9 @@ private:
     TrashPage page_;
     QByteArray folder_;
     bool changed_ = false;
+    bool isWaiting_ = false;
+    bool leaves_ = false;
+    std::optional<int> command_;
 };
 
 } // namespace

@@ -19,6 +19,12 @@ bool Work::isUsable(int source) const
     return path.startsWith('/') && !name.isEmpty() && name != "." && name != "..";
 }
 
+bool Work::isStill(int source, const struct stat& info) const
+{
+    const EntryIdentity now = EntryIdentity::of(info);
+    return identities.value(source, now) == now;
+}
+
 QByteArray Work::fullSource(int source, const QByteArray& from) const
 {
     const QByteArray& path = request.sources[source];

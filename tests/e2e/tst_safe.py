@@ -16,7 +16,7 @@ from operations import names, tree_text
 WHITE = (255, 255, 255)
 TABS = 3
 BOX_AFTER = 0.4  # seconds
-MANY = 900  # small files in a tree
+MANY = 600  # small files in a tree
 ODD = [b"'quotes' \"both\"", b"$(touch made) `touch made`", b"line\nbreak", b"-rf", b"--help", b"a&b;c|d",
        b"<b>bold<hr>", b"\xe2\x80\xaegpj.exe", b"\xff\xfe", b"\xef\xbb\xbfmark", b"back\\slash",
        b"x" * 255, b" ", b"%1 %2", b"~", b"*"]
@@ -43,14 +43,21 @@ def whole(files):
 class Case(quarn.Case):
     def make(self, safe=1):
         """A program whose tabs show `left` and `right`, and its user."""
-        folder = self.scratch()
+        folder = self.in_memory()
         self.left, self.right = folder / "left", folder / "right"
         for each in (self.left, self.right):
             each.mkdir(exist_ok=True)
         self.program_ = self.program(self.left, second_folder=self.right,
                                      extras={"Safe": safe} if safe else None)
-        self.journals = self.program_.home / ".local" / "state" / "quarn" / "journals"
+        self.journals = folder / "state" / "quarn" / "journals"
+        self.program_.environment["XDG_STATE_HOME"] = str(folder / "state")
         self.user = operations.User(self.program_, self.left, self.right)
+
+    def in_memory(self):
+        """A folder where flushing costs nothing, however busy the disks are."""
+        folder = pathlib.Path(tempfile.mkdtemp(prefix="qs", dir="/dev/shm"))
+        self.addCleanup(shutil.rmtree, folder, True)
+        return folder
 
     def start(self):
         self.user.page = 1
@@ -235,8 +242,7 @@ class TestInterrupted(Case):
 
     def put_right_elsewhere(self):
         """On another file system, so that what is moved there has to be copied."""
-        self.right = pathlib.Path(tempfile.mkdtemp(prefix="qs", dir="/dev/shm"))
-        self.addCleanup(shutil.rmtree, self.right, True)
+        self.right = self.scratch()
         self.assertNotEqual(os.stat(self.right).st_dev, os.stat(self.left).st_dev)
         self.user.folders[2] = self.right
         self.program_.settings["Start_path_tab2"] = self.right
@@ -287,19 +293,20 @@ class TestInterrupted(Case):
         self.check_no_journal()
 
     def test_whatComesIntoTheWayMeanwhileIsAskedAbout(self):
-        self.prepare(6)
-        self.paste_up_to_the_gate("copy", "one")
-        in_the_way = self.right / self.held["one"].relative_to(self.left)
-        in_the_way.parent.mkdir(parents=True, exist_ok=True)
-        in_the_way.write_bytes(b"meanwhile")
+        self.make()
+        for name in ("a", "b"):
+            quarn.make_file(self.left / name, b"new")
+        self.gate = operations.inject_faults(self.program_, f"open hold 0 {self.left}/a")
+        self.start()
+        self.gate.close()
+        self.paste("copy", "a", "b")
+        self.gate.wait_reached()
+        (self.right / "b").write_bytes(b"meanwhile")
         self.gate.open()
         self.wait_page()
-        # Left out, this one.
         self.program_.key("3")
         self.wait_main()
-        copied = files_below(self.right / "one")
-        self.assertEqual(len(copied), MANY)
-        self.assertEqual(in_the_way.read_bytes(), b"meanwhile")
+        self.assertEqual(files_below(self.right), {"a": b"new", "b": b"meanwhile"})
         self.check_no_journal()
 
     def kill_while_copying(self, seed):
@@ -365,6 +372,15 @@ class TestModule(Case):
         self.paste("copy", "a")
         quarn.wait_until(lambda: names(self.right) == ["a"], "the copy")
         self.assertTrue(self.has_module_open())
+
+    def test_keepsItsNotesInTheUsersFolder(self):
+        self.make()
+        del self.program_.environment["XDG_STATE_HOME"]
+        quarn.make_file(self.left / "a", b"a")
+        self.start()
+        self.paste("copy", "a")
+        quarn.wait_until(lambda: names(self.right) == ["a"], "the copy")
+        self.assertTrue((self.program_.home / ".local" / "state" / "quarn" / "journals").is_dir())
 
     def test_staysClosedWithoutTheSetting(self):
         self.make(safe=0)

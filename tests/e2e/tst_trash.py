@@ -29,7 +29,7 @@ def infos(trash):
 
 
 class Case(quarn.Case):
-    def make(self, *entries, left=None, safe=0):
+    def make(self, *entries, left=None, safe=0, start=True):
         """A program with a trash whose tabs show `left` and `right`, and its user."""
         folder = self.scratch()
         self.left, self.right = left or folder / "left", folder / "right"
@@ -42,7 +42,8 @@ class Case(quarn.Case):
                                      extras={"Trash": 1, **({"Safe": 1} if safe else {})})
         self.trash = self.program_.home / ".local" / "share" / "Trash"
         self.user = operations.User(self.program_, self.left, self.right)
-        self.program_.start()
+        if start:
+            self.program_.start()
 
     def at(self, name):
         return os.path.join(os.fsencode(self.left), os.fsencode(name))
@@ -66,7 +67,13 @@ class Case(quarn.Case):
         self.program_.key("softleft", "up", "select")
         quarn.wait_until(self.is_page, "the trash")
 
+    def choose(self, digit):
+        """From the menu of the highlighted row, once nothing goes on any more."""
+        self.program_.wait_idle()
+        self.program_.key("softleft", digit)
+
     def leave(self):
+        self.program_.wait_idle()
         self.program_.key("softright")
         quarn.wait_until(lambda: not self.is_page(), "the panels")
 
@@ -81,7 +88,7 @@ class TestTrash(Case):
         self.assertEqual(names(self.trash / "files"), ["a", "folder"])
         self.open_trash()
         for _ in range(2):
-            self.program_.key("softleft", "1")
+            self.choose("1")
         quarn.wait_until(lambda: names(self.left) == ["a", "b", "folder"], "the entries to return")
         self.leave()
         self.assertTrue((self.left / "folder" / "in").is_dir())
@@ -110,14 +117,17 @@ class TestTrash(Case):
                 self.delete("a")
                 quarn.make_file(self.left / "a", b"new")
                 self.open_trash()
-                self.program_.key("softleft", "1", digit)
+                self.choose("1")
+                self.program_.wait_idle()
+                self.program_.key(digit)
                 quarn.wait_until(
                     lambda: {name: content(self.at(name)) for name in names(self.left)} == here,
                     "the answer")
                 self.assertEqual([content(path) for path in (self.trash / "files").iterdir()],
                                  there)
                 if there:
-                    self.program_.key("softleft", "3", "softleft")
+                    self.choose("3")
+                    self.user.answer(True)
                     quarn.wait_until(lambda: not infos(self.trash), "the trash to be empty")
                 self.leave()
                 self.user.relist()
@@ -128,11 +138,11 @@ class TestTrash(Case):
         self.user.relist()
         self.delete("a", "b", "folder")
         self.open_trash()
-        self.program_.key("softleft", "3")
+        self.choose("3")
         self.user.answer(False)
         self.user.wait_nothing()
         self.assertEqual(len(infos(self.trash)), 3)
-        self.program_.key("softleft", "3")
+        self.choose("3")
         self.user.answer(True)
         quarn.wait_until(lambda: not names(self.trash / "files") and not infos(self.trash) and
                          not names(self.trash / "expunged"), "the trash to be empty")
@@ -142,7 +152,7 @@ class TestTrash(Case):
         self.make("a")
         self.delete("a")
         self.open_trash()
-        self.program_.key("softleft", "2")
+        self.choose("2")
         self.user.answer(True)
         quarn.wait_until(lambda: not names(self.trash / "files"), "the entry to go")
         self.leave()
@@ -156,7 +166,7 @@ class TestTrash(Case):
                          sorted(ODD))
         self.open_trash()
         for left in reversed(range(len(ODD))):
-            self.program_.key("softleft", "1")
+            self.choose("1")
             quarn.wait_until(lambda: len(infos(self.trash)) == left, "an entry to return")
         self.leave()
         self.assertEqual(sorted(os.listdir(os.fsencode(self.left))), sorted(ODD))
@@ -171,27 +181,24 @@ class TestTrash(Case):
                 self.delete(os.fsdecode(name))
                 self.assertEqual(sorted(os.listdir(os.fsencode(self.left))), others)
                 self.open_trash()
-                self.program_.key("softleft", "1")
+                self.choose("1")
                 quarn.wait_until(lambda: os.path.lexists(self.at(name)), "the entry to return")
                 for each in [name, *others]:
                     self.assertEqual(content(self.at(each)), each)
                 self.program_.stop()
 
     def test_whatHasNoTrashIsAskedAboutAgain(self):
-        self.make("a")
+        self.make(start=False)
         # What is in a trash has none.
         inside = self.trash / "files" / "left"
         inside.mkdir(parents=True)
         (self.trash / "info").mkdir()
         quarn.make_file(inside / "b", b"b")
         quarn.make_file(inside / "c", b"c")
-        self.program_.stop()
-        self.left = inside
-        program = self.program_ = self.program(inside, second_folder=self.right,
-                                               extras={"Trash": 1})
-        program.environment["HOME"] = str(self.trash.parents[2])
-        self.user = operations.User(program, inside, self.right)
-        program.start()
+        self.program_.settings["Start_path_tab1"] = inside
+        self.program_.write_settings()
+        self.user = operations.User(self.program_, inside, self.right)
+        self.program_.start()
         self.user.choose("b")
         self.user.command("delete")
         self.user.answer(True)
@@ -264,7 +271,7 @@ class TestOtherFileSystem(Case):
             self.left = folder
             self.open_trash()
             for count in (1, 0):
-                self.program_.key("softleft", "1")
+                self.choose("1")
                 quarn.wait_until(lambda: len(infos(self.trash)) + trashed.exists() == count,
                                  "an entry to return")
             self.leave()

@@ -261,6 +261,24 @@ private slots:
         QVERIFY(namesIn(places.target()).isEmpty());
     }
 
+    void whatHasTakenTheNameOfASourceIsNotMeant()
+    {
+        const OperationPlaces places;
+        for (const OperationKind kind :
+             {OperationKind::Copy, OperationKind::Move, OperationKind::Delete}) {
+            writeFile(places.source("file"), "meant");
+            writeFile(places.source("other"), "not meant");
+            Operation operation(places.request(kind, {"file"}));
+            surveyAll(operation);
+            QCOMPARE(rename(places.source("other").constData(), places.source("file").constData()),
+                     0);
+            runToEnd(operation);
+            QCOMPARE(onlyTrouble(operation), Trouble::SourceChanged);
+            QCOMPARE(readFile(places.source("file")), QByteArray("not meant"));
+            QVERIFY(namesIn(places.target()).isEmpty());
+        }
+    }
+
     void aMoveJoinsFoldersEntryByEntry()
     {
         const OperationPlaces places;

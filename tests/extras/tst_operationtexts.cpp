@@ -48,6 +48,7 @@ private slots:
         QTest::newRow("rights") << EACCES << "No permission";
         QTest::newRow("fault") << EIO << "The drive is faulty";
         QTest::newRow("read-only") << EROFS << "The drive is read-only";
+        QTest::newRow("there already") << EEXIST << LANG_RENAME_EXISTS;
         QTest::newRow("without a text of ours")
             << EMLINK << QString::fromLocal8Bit(std::strerror(EMLINK));
         QTest::newRow("none") << 0 << QString();

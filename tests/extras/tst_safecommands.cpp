@@ -46,9 +46,11 @@ class tst_SafeCommands : public CommandTest
 private slots:
     void init()
     {
-        CommandTest::init();
+        // Where flushing costs nothing, however busy the disks are.
+        fixture_ = std::make_unique<CommandFixture>(ScratchFolder::Memory);
+        fixture_->log().setShell(CommandLog::quietShell);
         extras.safe = true;
-        state_ = std::make_unique<ScratchFolder>();
+        state_ = std::make_unique<ScratchFolder>(ScratchFolder::Memory);
         qputenv("XDG_STATE_HOME", QFile::encodeName(state_->path()));
         ZModule::setFolder(QByteArrayLiteral(QUARN_EXTRAS_MODULES));
     }

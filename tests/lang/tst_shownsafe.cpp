@@ -70,7 +70,7 @@ private slots:
         for (int trouble = 0; trouble <= int(Trouble::ChangedSince); ++trouble)
             expectReason(page, {"/folder/name", Trouble(trouble), 0});
         for (const int error : {ENOSPC, EDQUOT, EACCES, EROFS, EIO, ENODEV, ENOENT, ENAMETOOLONG,
-                                EFBIG, EBUSY, ENOTEMPTY})
+                                EFBIG, EBUSY, EEXIST, ENOTEMPTY})
             expectReason(page, {"/folder/name", Trouble::CannotWrite, error});
     }
 
