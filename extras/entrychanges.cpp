@@ -61,8 +61,10 @@ size_t qHash(const EntryIdentity& identity, size_t seed)
 
 NameParts NameParts::of(const QByteArray& name)
 {
+    // What is longer tells of no kind of file, and would leave no room for the number.
+    constexpr qsizetype LongestExtension = 32;
     const qsizetype dot = name.lastIndexOf('.');
-    if (dot <= 0 || dot == name.size() - 1)
+    if (dot <= 0 || dot == name.size() - 1 || name.size() - dot > LongestExtension)
         return {name, {}};
     return {name.left(dot), name.mid(dot)};
 }

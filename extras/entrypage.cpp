@@ -2,6 +2,7 @@
 
 #include "platform/keymap.h"
 #include "platform/zlistbox.h"
+#include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
@@ -88,9 +89,12 @@ void EntryPage::setRows(const QList<Row>& rows, bool digits)
     list_->clear();
     bool haveNotes = false;
     for (int i = 0; i < int(rows.size()); ++i) {
-        auto* item = new ZListBoxItem(list_, QStringLiteral("%M"));
+        const QPixmap& icon = rows.at(i).icon;
+        auto* item =
+            new ZListBoxItem(list_, icon.isNull() ? QStringLiteral("%M") : QStringLiteral("%I%M"));
+        item->setPixmap(0, icon);
         item->appendSubItem(1, rowName(i), false);
-        item->appendSubItem(1, fittingDetail(rows.at(i).detail), false);
+        item->appendSubItem(1, fittingDetail(rows.at(i)), false);
         list_->insertItem(item);
         haveNotes = haveNotes || !rows.at(i).notes.isEmpty();
     }
@@ -99,11 +103,16 @@ void EntryPage::setRows(const QList<Row>& rows, bool digits)
     list_->setCurrentItem(0);
 }
 
+void EntryPage::setEmptyText(const QString& text)
+{
+    list_->setEmptyText(text);
+}
+
 void EntryPage::setRow(int index, const Row& row)
 {
     rows_[index] = row;
     list_->item(index)->setSubItemText(1, 0, rowName(index));
-    list_->item(index)->setSubItemText(1, 1, fittingDetail(row.detail));
+    list_->item(index)->setSubItemText(1, 1, fittingDetail(row));
     if (index == list_->currentItem())
         showNotes(index);
 }
@@ -136,15 +145,18 @@ QString EntryPage::rowName(int index) const
                                          : name;
 }
 
-QString EntryPage::fittingDetail(const QString& detail) const
+QString EntryPage::fittingDetail(const Row& row) const
 {
+    constexpr int IconGap = 4;
+    const QString& detail = row.detail;
     constexpr int Beside = 24; // the edges, the scroll bar and a gap
     const QFont font = sized(this->font(), DetailFont);
     const qsizetype tab = detail.indexOf(QLatin1Char('\t'));
     const QString end = tab < 0 ? QString() : detail.mid(tab);
-    const int room =
-        ZScreen::Width - Beside - (tab < 0 ? 0 : QFontMetrics(font).horizontalAdvance(end.mid(1)));
-    return elided(font, detail.left(tab), Qt::ElideRight, room) + end;
+    const int icon = row.icon.isNull() ? 0 : pixmapSize(row.icon).width() + IconGap;
+    const int room = ZScreen::Width - Beside - icon -
+                     (tab < 0 ? 0 : QFontMetrics(font).horizontalAdvance(end.mid(1)));
+    return elided(font, detail.left(tab), row.cut, room) + end;
 }
 
 void EntryPage::showNotes(int row)

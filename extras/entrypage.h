@@ -3,6 +3,7 @@
 #include "platform/zmainwidget.h"
 
 #include <QList>
+#include <QPixmap>
 #include <QString>
 #include <QStringList>
 
@@ -25,6 +26,8 @@ public:
         QString name;
         QString detail;    ///< below the name; what is behind a tab stands at the right edge
         QStringList notes; ///< about the row, below the list; up to two lines
+        QPixmap icon{};    ///< before both; all rows of a page have one, or none has
+        Qt::TextElideMode cut = Qt::ElideRight; ///< where a detail without room is cut
     };
 
     explicit EntryPage(const QString& title);
@@ -33,6 +36,8 @@ public:
     void setLines(const QStringList& lines);
     /// `digits`: the first nine rows can be chosen by digits, which stand before their names.
     void setRows(const QList<Row>& rows, bool digits = false);
+    /// What stands below the rows; said while there are none.
+    void setEmptyText(const QString& text);
     /// Puts another row in the place of one.
     void setRow(int index, const Row& row);
     void setSoftKeys(const QString& left, const QString& right);
@@ -53,7 +58,7 @@ protected:
 
 private:
     QString rowName(int index) const;
-    QString fittingDetail(const QString& detail) const;
+    QString fittingDetail(const Row& row) const;
     void showNotes(int row);
     void softKey(int key);
 

@@ -4,6 +4,8 @@
 #include "extras/operationrun.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
+#include "extras/throwaway.h"
+#include "extras/trashscreen.h"
 #include "extras/unfinished.h"
 #include "files/names.h"
 #include "files/paths.h"
@@ -38,6 +40,7 @@ OperationKind kindOf(ExtrasModule::Kind kind)
     case ExtrasModule::Kind::Move:
         return OperationKind::Move;
     case ExtrasModule::Kind::Delete:
+    case ExtrasModule::Kind::DeleteForGood:
         break;
     }
     return OperationKind::Delete;
@@ -51,25 +54,38 @@ bool isEntry(const QString& path)
            encodeName(path);
 }
 
+QStringList entriesOf(const QStringList& sources)
+{
+    QStringList entries;
+    for (const QString& source : sources) {
+        if (isEntry(source))
+            entries.append(source);
+    }
+    return entries;
+}
+
+QList<QByteArray> bytesOf(const QStringList& paths)
+{
+    QList<QByteArray> result;
+    for (const QString& path : paths)
+        result.append(encodedPath(path));
+    return result;
+}
+
 class Module final : public ExtrasModule
 {
 public:
     Outcome run(Kind kind, const QStringList& sources, const QString& folder) override
     {
-        QStringList entries;
-        for (const QString& source : sources) {
-            if (isEntry(source))
-                entries.append(source);
-        }
+        const QStringList entries = entriesOf(sources);
         if (working || entries.isEmpty())
             return {false, entries};
         const Working now;
         OperationRequest request;
         request.kind = kindOf(kind);
-        for (const QString& entry : std::as_const(entries))
-            request.sources.append(encodedPath(entry));
+        request.sources = bytesOf(entries);
         request.target = encodedPath(folder);
-        return run(request, entries);
+        return run(request, entries, kind == Kind::Delete);
     }
 
     bool offerUnfinished() override
@@ -80,12 +96,30 @@ public:
         return offerUnfinishedOperations();
     }
 
+    Thrown throwAway(const QStringList& sources) override
+    {
+        const QStringList entries = entriesOf(sources);
+        if (working || entries.isEmpty())
+            return {};
+        const Working now;
+        return throwAwayEntries(bytesOf(entries));
+    }
+
+    bool showTrash(const QString& folder) override
+    {
+        if (working)
+            return false;
+        const Working now;
+        return showTrashScreen(encodedPath(folder));
+    }
+
 private:
-    static Outcome run(const OperationRequest& request, const QStringList& entries)
+    static Outcome run(const OperationRequest& request, const QStringList& entries, bool asks)
     {
         OperationRun run(std::make_unique<Operation>(request), titleOf(request.kind));
         const bool isDelete = request.kind == OperationKind::Delete;
-        if (!run.survey() || !(isDelete ? run.askToDelete() : run.askBefore()))
+        if (!run.survey() || (isDelete && asks && !run.askToDelete()) ||
+            (!isDelete && !run.askBefore()))
             return {false, entries};
         run.work();
         Outcome outcome{true, {}};

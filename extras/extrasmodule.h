@@ -9,7 +9,8 @@
 class ExtrasModule
 {
 public:
-    enum class Kind { Copy, Move, Delete };
+    /// DeleteForGood: the user has been asked already.
+    enum class Kind { Copy, Move, Delete, DeleteForGood };
 
     /// How an operation ended.
     struct Outcome {
@@ -20,12 +21,27 @@ public:
     };
 
     /// Copies or moves entries into a folder, or deletes them, with all questions, the progress and
-    /// a list of what could not be done. Paths are absolute. For Kind::Delete `folder` is empty.
+    /// a list of what could not be done. Paths are absolute. To delete `folder` is empty.
     virtual Outcome run(Kind kind, const QStringList& sources, const QString& folder) = 0;
 
     /// Asks what is to become of each operation that a crash or a power cut has ended, and does
     /// that. True when files may have changed.
     virtual bool offerUnfinished() = 0;
+
+    /// What has become of entries that were to go into the trash.
+    struct Thrown {
+        bool begun = false;  ///< false when the user left it before anything was changed
+        QStringList left;    ///< still where they were
+        QStringList forGood; ///< without a trash, and the user agreed that they be deleted
+    };
+
+    /// Moves entries to the trash, with the question before, the progress, a list of what could not
+    /// be done, and a question about those that have no trash. Paths are absolute.
+    virtual Thrown throwAway(const QStringList& sources) = 0;
+
+    /// Shows what is in the trash until the user leaves it. What nobody knows the place of can be
+    /// restored to `folder`; not if that is empty. True when files elsewhere may have changed.
+    virtual bool showTrash(const QString& folder) = 0;
 
 protected:
     ~ExtrasModule() = default;

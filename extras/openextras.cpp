@@ -3,8 +3,7 @@
 #include "platform/zmodule.h"
 
 #include <QByteArray>
-
-#include <cstring>
+#include <QByteArrayView>
 
 #include <dirent.h>
 
@@ -35,8 +34,8 @@ bool hasUnfinished()
         return false;
     bool found = false;
     while (const dirent* entry = readdir(folder)) {
-        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
-            found = true;
+        const QByteArrayView name(entry->d_name);
+        found = found || name.endsWith(".journal");
     }
     closedir(folder);
     return found;

@@ -39,27 +39,11 @@ QString deleteTitle(const OperationRequest& request, const SurveyResult& survey)
     return survey.folders > 0 ? LANG_DELETE_DIR : LANG_DELETE_FILE;
 }
 
-/// The names of what goes, as many as leave the box on the screen, and how much it is.
+/// The names of what goes and how much it is.
 QString deleteText(const OperationRequest& request, const SurveyResult& survey)
 {
-    constexpr qsizetype MostNames = 4;
-    constexpr int MostLetters = 60;
-    QStringList lines;
-    for (const QByteArray& path :
-         request.sources.first(std::min(request.sources.size(), MostNames))) {
-        QString name = request.sources.size() == 1 ? ZListRowPainter::visibleText(decodeName(path))
-                                                   : shownNameOf(path);
-        // The mark of a rule is none in a name.
-        name.replace(QLatin1Char('<'), QChar(0x2039));
-        if (request.sources.size() > 1 && name.size() > MostLetters)
-            name = name.left(MostLetters / 2) + QChar(0x2026) + name.right(MostLetters / 2);
-        lines.append(name);
-    }
-    if (request.sources.size() > MostNames)
-        lines.append(filledText(SafeTexts::instance().more,
-                                QString::number(request.sources.size() - MostNames)));
     const bool isOne = request.sources.size() == 1 && survey.entries == 1;
-    return lines.join(QLatin1Char('\n')) + QStringLiteral("<hr>") +
+    return namesText(request.sources) + QStringLiteral("<hr>") +
            (isOne ? wideSizeText(survey.bytes) : amountText(survey.entries, survey.bytes));
 }
 

@@ -7,6 +7,7 @@
 #include "lang/texts.h"
 #include "platform/zlistrowpainter.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -85,6 +86,25 @@ QString shownFolderOf(const QByteArray& path)
     return shown(folder.size() > 1 ? folder.chopped(1) : folder);
 }
 
+QString namesText(const QList<QByteArray>& paths)
+{
+    constexpr qsizetype MostNames = 4;
+    constexpr int MostLetters = 60;
+    QStringList lines;
+    for (const QByteArray& path : paths.first(std::min(paths.size(), MostNames))) {
+        QString name = paths.size() == 1 ? shown(decodeName(path)) : shownNameOf(path);
+        // The mark of a rule is none in a name.
+        name.replace(QLatin1Char('<'), QChar(0x2039));
+        if (paths.size() > 1 && name.size() > MostLetters)
+            name = name.left(MostLetters / 2) + QChar(0x2026) + name.right(MostLetters / 2);
+        lines.append(name);
+    }
+    if (paths.size() > MostNames)
+        lines.append(
+            filledText(SafeTexts::instance().more, QString::number(paths.size() - MostNames)));
+    return lines.join(QLatin1Char('\n'));
+}
+
 QString troubleText(Trouble trouble)
 {
     const SafeTexts& texts = SafeTexts::instance();
@@ -117,7 +137,10 @@ QString troubleText(Trouble trouble)
         return texts.removeFailed;
     case Trouble::CannotKeep:
         return texts.keepFailed;
+    case Trouble::Replaced:
+        return texts.replacedOne;
     case Trouble::SourceChanged:
+    case Trouble::ChangedSince:
         break;
     }
     return texts.sourceChanged;
@@ -152,10 +175,12 @@ QString errorText(int error)
     case EBUSY:
     case ETXTBSY:
         return texts.inUse;
+    case EEXIST:
+        return LANG_RENAME_EXISTS;
     case ENOTEMPTY:
         return texts.notEmpty;
     default:
-        return QString::fromLocal8Bit(std::strerror(error));
+        return decodeName(std::strerror(error));
     }
 }
 

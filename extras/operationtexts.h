@@ -18,6 +18,9 @@ QString shownNameOf(const QByteArray& path);
 /// The folder of a path, shown the same way, without a "/" at its end but for the root.
 QString shownFolderOf(const QByteArray& path);
 
+/// The path of an entry, or the names of several, as many as leave a box on the screen.
+QString namesText(const QList<QByteArray>& paths);
+
 /// Why something could not be done: what was tried, and what the system said to that.
 QString troubleText(Trouble trouble);
 /// In the user's language where there is a text for it, else the system's own. Empty for 0.

@@ -4,12 +4,10 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <linux/fs.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <memory>
 #include <utility>
 
@@ -139,19 +137,4 @@ QByteArrayList namesIn(int folder)
             names.append(name);
     }
     return names;
-}
-
-bool renameToFree(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to)
-{
-    if (::renameat2(fromFolder, from.constData(), toFolder, to.constData(), RENAME_NOREPLACE) == 0)
-        return true;
-    // EINVAL comes from file systems that cannot do that, ENOSYS from old kernels.
-    if (errno != EINVAL && errno != ENOSYS)
-        return false;
-    struct stat about = {};
-    if (::fstatat(toFolder, to.constData(), &about, AT_SYMLINK_NOFOLLOW) == 0) {
-        errno = EEXIST;
-        return false;
-    }
-    return ::renameat(fromFolder, from.constData(), toFolder, to.constData()) == 0;
 }

@@ -64,6 +64,3 @@ private:
 QByteArray infoNameOf(const QByteArray& name);
 /// The names in an open folder, in no order, without "." and "..".
 QByteArrayList namesIn(int folder);
-/// Moves an entry to a name that is free: fails with EEXIST if it is not, where the file system can
-/// tell at once. False with errno set.
-bool renameToFree(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to);

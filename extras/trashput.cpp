@@ -2,8 +2,8 @@
 
 #include "extras/trash.h"
 
+#include "extras/entrychanges.h"
 #include "extras/mounts.h"
-#include "extras/numberedname.h"
 #include "extras/trashinfo.h"
 #include "extras/trashsizes.h"
 
@@ -24,7 +24,7 @@ namespace
 {
 
 /// As long as an entry's name may be there so that the name of its info file is possible.
-constexpr qsizetype LongestTrashedName = LongestName - 10;
+constexpr qsizetype LongestTrashedName = 255 - 10;
 /// After so many that are taken, a number is drawn.
 constexpr int MostInRow = 20;
 constexpr int MostTries = 1000;
@@ -139,6 +139,14 @@ QByteArray toldPath(const TrashFolder& trash, const QByteArray& path)
     return !trash.isHome() && path.startsWith(below) ? path.sliced(below.size()) : path;
 }
 
+/// The name itself if it may be that long, else, and for numbers from 2 on, one with a number.
+QByteArray trashedName(const QByteArray& name, int number)
+{
+    if (number == 1 && name.size() <= LongestTrashedName)
+        return name;
+    return NameParts::of(name).numbered(number, LongestTrashedName);
+}
+
 /// Tries one trash, under the first name that is free there. The info file is on the disk before
 /// the entry moves: nothing is ever in the trash without its origin.
 Trash::Result putInto(const TrashFolder& trash, const Place& place)
@@ -149,7 +157,7 @@ Trash::Result putInto(const TrashFolder& trash, const Place& place)
         const int number = attempt <= MostInRow
                                ? attempt
                                : int(QRandomGenerator::global()->bounded(MostInRow, INT_MAX));
-        const QByteArray name = numberedName(place.name, number, LongestTrashedName);
+        const QByteArray name = trashedName(place.name, number);
         if (!writeInfo(trash, infoNameOf(name), text)) {
             if (errno == EEXIST)
                 continue;

@@ -1,6 +1,7 @@
 #include "extras/trashremoval.h"
 
-#include <QDeadlineTimer>
+#include "extras/entrychanges.h"
+
 #include <QRandomGenerator>
 
 #include <dirent.h>
@@ -71,8 +72,9 @@ bool TrashRemoval::isNeeded() const
 
 bool TrashRemoval::step(int milliseconds)
 {
-    const QDeadlineTimer deadline(milliseconds);
-    while (current_ < expunged_.size() && clear(expunged_[current_].get(), deadline)) {
+    began_.start();
+    allowedMs_ = milliseconds;
+    while (current_ < expunged_.size() && clear(expunged_[current_].get())) {
         ++current_;
         left_.clear();
     }
@@ -80,7 +82,7 @@ bool TrashRemoval::step(int milliseconds)
 }
 
 /// True when nothing is left that can be removed, false when the time is over.
-bool TrashRemoval::clear(int expunged, const QDeadlineTimer& deadline)
+bool TrashRemoval::clear(int expunged)
 {
     bool found = true;
     while (found) {
@@ -94,9 +96,9 @@ bool TrashRemoval::clear(int expunged, const QDeadlineTimer& deadline)
                 ++removed_;
             else if (errno != EISDIR)
                 fail(name);
-            else if (!removeFolder(expunged, name, deadline))
+            else if (!removeFolder(expunged, name))
                 return false;
-            if (deadline.hasExpired())
+            if (timeIsUp())
                 return false;
         }
     }
@@ -104,8 +106,7 @@ bool TrashRemoval::clear(int expunged, const QDeadlineTimer& deadline)
 }
 
 /// False when the time is over before the folder is gone.
-bool TrashRemoval::removeFolder(int expunged, const QByteArray& name,
-                                const QDeadlineTimer& deadline)
+bool TrashRemoval::removeFolder(int expunged, const QByteArray& name)
 {
     const FileHandle folder = openWritable(expunged, name.constData());
     const Entries entries = entriesOf(folder.get());
@@ -121,7 +122,7 @@ bool TrashRemoval::removeFolder(int expunged, const QByteArray& name,
             error = errno;
             ++failures;
         }
-        if (deadline.hasExpired() && failures == 0)
+        if (timeIsUp() && failures == 0)
             return false;
     }
     if (error == 0 && ::unlinkat(expunged, name.constData(), AT_REMOVEDIR) == 0) {

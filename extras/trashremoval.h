@@ -3,11 +3,10 @@
 #include "extras/trashfolder.h"
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QSet>
 
 #include <vector>
-
-class QDeadlineTimer;
 
 /// Takes apart what is to be deleted for good, in pieces: all that lies in the folders "expunged"
 /// of trashes, be it from another time. Folders below others are brought to the top first, so that
@@ -30,14 +29,17 @@ public:
     int firstError() const { return firstError_; }
 
 private:
-    bool clear(int expunged, const QDeadlineTimer& deadline);
-    bool removeFolder(int expunged, const QByteArray& name, const QDeadlineTimer& deadline);
+    bool clear(int expunged);
+    bool removeFolder(int expunged, const QByteArray& name);
     bool raise(int expunged, int folder, const char* name);
     void fail(const QByteArray& name);
+    bool timeIsUp() const { return began_.elapsed() >= allowedMs_; }
 
     std::vector<FileHandle> expunged_;
     size_t current_ = 0;
     QSet<QByteArray> left_; ///< what could not be removed from the current one
+    QElapsedTimer began_;   ///< the piece of work
+    qint64 allowedMs_ = 0;
     qint64 removed_ = 0;
     qint64 failures_ = 0;
     int firstError_ = 0;

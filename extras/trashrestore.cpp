@@ -2,7 +2,7 @@
 
 #include "extras/trash.h"
 
-#include "extras/numberedname.h"
+#include "extras/entrychanges.h"
 
 #include <QRandomGenerator>
 
@@ -17,6 +17,7 @@
 namespace
 {
 
+constexpr qint64 LongestName = 255;
 constexpr int MostNumbers = 100000;
 constexpr mode_t UsualMode = 0777;
 
@@ -64,7 +65,8 @@ QByteArray moveToFree(const TrashFolder& trash, const TrashEntry& entry, int fol
                       const QByteArray& name, bool anyNumber)
 {
     for (int number = 1; number <= (anyNumber ? MostNumbers : 1); ++number) {
-        const QByteArray candidate = numberedName(name, number);
+        const QByteArray candidate =
+            number == 1 ? name : NameParts::of(name).numbered(number, LongestName);
         if (renameToFree(trash.files(), entry.name, folder, candidate))
             return candidate;
         if (errno != EEXIST)

@@ -24,6 +24,10 @@ bool confirm(const QString& title, const QString& path)
 
 void FM::slot_Delete()
 {
+    if (extras.trash) {
+        deleteToTrash();
+        return;
+    }
     if (extras.safe) {
         deleteSafely();
         return;

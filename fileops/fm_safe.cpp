@@ -13,6 +13,13 @@
 namespace
 {
 
+/// The folder above is no entry of a folder.
+QStringList withoutBackEntry(QStringList entries)
+{
+    entries.removeIf([](const QString& entry) { return namePart(entry) == QLatin1String(".."); });
+    return entries;
+}
+
 /// Moving is asked about first. One entry is named.
 bool confirmMove(const QStringList& entries, const QString& folder)
 {
@@ -38,11 +45,12 @@ void FM::deleteSafely()
 
 void FM::pasteSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder)
 {
-    if (folder.isEmpty() || entries.isEmpty())
+    const QStringList sources = withoutBackEntry(entries);
+    if (folder.isEmpty() || sources.isEmpty())
         return;
-    if (kind == ExtrasModule::Kind::Move && !confirmMove(entries, folder))
+    if (kind == ExtrasModule::Kind::Move && !confirmMove(sources, folder))
         return;
-    runSafely(kind, entries, folder, entries.size() > 1);
+    runSafely(kind, sources, folder, sources.size() > 1);
 }
 
 /// What is left of entries that were marked is marked then, where its folder is listed.

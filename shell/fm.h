@@ -110,6 +110,7 @@ public slots:
     void slot_Rename();
     void slot_SendBt();
     void slot_Properties();
+    void slot_Trash();
     void CloseProgramm();
     void slot_BookMark();
     void slot_AddBookMark();
@@ -185,6 +186,8 @@ private:
 
     // The same by the module "extras".
     void deleteSafely();
+    void deleteToTrash();
+    QStringList deleteForGood(ExtrasModule* module, const QStringList& entries);
     void pasteSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder);
     void runSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder,
                    bool wereMarked);

@@ -39,6 +39,11 @@ const MenuRow MainRows[] = {
     {OptionsItem::Properties, &LANG_PROPERTIES, "props.png", nullptr, true, "slot_Properties()"},
 };
 
+// Behind all others, if deleting moves to the trash.
+const MenuRow TrashRows[] = {
+    {OptionsItem::Trash, &LANG_TRASH, "trash.png", nullptr, true, "slot_Trash()"},
+};
+
 // The two paste items are armed, the first of them only, by copy and move.
 const MenuRow CopyRows[] = {
     {CopyItem::Copy, &LANG_COPY, "copy.png", nullptr, true, "slot_Copy()"},
@@ -99,6 +104,8 @@ void FM::createSoftKeysFtab()
     fillBookmarkMenu(icon);
     fillMenu(this, copyMenu, CopyRows, icon);
     fillMenu(this, optionsMenu, MainRows, icon);
+    if (extras.trash)
+        fillMenu(this, optionsMenu, TrashRows, icon);
 }
 
 void FM::createSoftKeysStab()

@@ -13,6 +13,7 @@ enum Id {
     Bookmarks,
     SendByBluetooth,
     Properties,
+    Trash,
 };
 } // namespace OptionsItem
 

@@ -1,7 +1,6 @@
 // What the files of a trash say, and what is read from those of others.
 
 #include "extras/mounts.h"
-#include "extras/numberedname.h"
 #include "extras/trashinfo.h"
 #include "extras/trashsizes.h"
 #include "tests/support/testmain.h"
@@ -132,29 +131,6 @@ private slots:
         const TrashedSizes expected{{"a b", {4096, 1200000000}}, {"d", {16384, 1300000000}}};
         QCOMPARE(sizes, expected);
         QCOMPARE(parseTrashedSizes(trashedSizesText(sizes)), sizes);
-    }
-
-    void aNumberGoesBeforeTheSuffix_data()
-    {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<QByteArray>("second");
-        QTest::newRow("suffix") << QByteArray("a.txt") << QByteArray("a (2).txt");
-        QTest::newRow("none") << QByteArray("a") << QByteArray("a (2)");
-        QTest::newRow("hidden") << QByteArray(".profile") << QByteArray(".profile (2)");
-        QTest::newRow("several") << QByteArray("a.tar.gz") << QByteArray("a.tar (2).gz");
-        QTest::newRow("sentence") << QByteArray("a. This is not what a file ends in")
-                                  << QByteArray("a. This is not what a file ends in (2)");
-        QTest::newRow("long") << QByteArray(251, 'n') + ".txt" << QByteArray(247, 'n') + " (2).txt";
-        QTest::newRow("characters")
-            << QByteArray("n") + QByteArray("\xc3\xa4").repeated(127)
-            << QByteArray("n") + QByteArray("\xc3\xa4").repeated(125) + " (2)";
-        QTest::newRow("no text") << QByteArray(255, '\xa4') << QByteArray(251, '\xa4') + " (2)";
-    }
-    void aNumberGoesBeforeTheSuffix()
-    {
-        QFETCH(QByteArray, name);
-        QCOMPARE(numberedName(name, 1), name);
-        QTEST(numberedName(name, 2), "second");
     }
 };
 

@@ -10,9 +10,9 @@ struct FileText {
 
 /// Those of the main window, of the sharing screens and of the plugins. Some are in several lists.
 inline constexpr FileText FileTexts[] = {
+#include "extras/safetextlist.inc"
 #include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
-#include "extras/safetextlist.inc"
 #include "plugins/support/plugintextlist.inc"
 #include "sharing/sharetextlist.inc"
 };

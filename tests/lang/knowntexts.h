@@ -70,4 +70,5 @@ inline const KnownText KnownTexts[] = {
     {"NO_ENTRIES", &LANG_NO_ENTRIES, "No entries"},
     {"CANNOT_READ", &LANG_CANNOT_READ, "Cannot be read"},
     {"NO_EXTRAS", &LANG_NO_EXTRAS, "Not available: the program's part for this is missing."},
+    {"TRASH", &LANG_TRASH, "Trash"},
 };

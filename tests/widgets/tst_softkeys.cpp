@@ -152,6 +152,15 @@ private slots:
                     {8, "\t\t\tProperties", "props.png", nullptr, true, "slot_Properties()"}});
     }
 
+    void optionsMenuEndsWithTheTrashIfThereIsOne()
+    {
+        extras.trash = true;
+        FM* w = program_->start();
+        QCOMPARE(w->optionsMenu->count(), 9);
+        checkItem(w, w->optionsMenu, 8,
+                  {9, "\t\t\tTrash", "trash.png", nullptr, true, "slot_Trash()"});
+    }
+
     void copyMenuHasItsItemsAndCannotPasteYet()
     {
         FM* w = program_->start();

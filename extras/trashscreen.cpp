@@ -1,0 +1,227 @@
+#include "extras/trashscreen.h"
+
+#include "extras/operationtexts.h"
+#include "extras/safetexts.h"
+#include "extras/slices.h"
+#include "extras/trash.h"
+#include "extras/trashpage.h"
+#include "extras/trashremoval.h"
+#include "extras/trashwords.h"
+#include "extras/waiting.h"
+#include "files/names.h"
+#include "lang/texts.h"
+#include "platform/zapplication.h"
+#include "platform/zlistrowpainter.h"
+#include "widgets/errorbox.h"
+#include "widgets/kwidget.h"
+
+#include <optional>
+
+namespace
+{
+
+bool confirmed(const QString& title, const QString& text, const char* picture)
+{
+    return textView->showText(title, text, Qt::AlignHCenter,
+                              QStringLiteral("res/img/") + QLatin1String(picture),
+                              kWidget::Question) == 1;
+}
+
+/// The screen while it is up.
+class TrashVisit
+{
+public:
+    explicit TrashVisit(QByteArray folder) : folder_(std::move(folder))
+    {
+        // What is asked for while something goes on is about a list that is no longer true.
+        QObject::connect(&page_, &TrashPage::commanded, &page_, [this](int command) {
+            if (isWaiting_)
+                command_ = command;
+        });
+        QObject::connect(&page_, &EntryPage::rightPressed, &page_, [this] { leaves_ = true; });
+    }
+
+    /// Whether anything outside the trash was changed.
+    bool run()
+    {
+        page_.setEntries(trash_.entries());
+        page_.show();
+        removeExpunged();
+        trash_.tidy();
+        for (;;) {
+            page_.setEntries(trash_.entries());
+            const auto command = nextCommand();
+            if (!command)
+                return changed_;
+            carryOut(*command);
+        }
+    }
+
+private:
+    /// What the user wants next; nothing if it is to leave.
+    std::optional<int> nextCommand()
+    {
+        command_.reset();
+        isWaiting_ = true;
+        ZApplication::waitUntil([this] { return command_.has_value() || leaves_; });
+        isWaiting_ = false;
+        return leaves_ ? std::nullopt : command_;
+    }
+
+    void carryOut(int command)
+    {
+        switch (command) {
+        case TrashPage::Restore:
+            restore(page_.current());
+            break;
+        case TrashPage::DeleteForGood:
+            deleteForGood(page_.current());
+            break;
+        case TrashPage::Empty:
+            empty();
+            break;
+        default:
+            textView->showText(LANG_PROPERTIES, propertiesText(page_.current()), Qt::AlignLeft,
+                               QStringLiteral("res/img/props.png"), kWidget::Message);
+            break;
+        }
+    }
+
+    void restore(const TrashEntry& entry)
+    {
+        const QByteArray path = placeFor(entry);
+        if (path.isEmpty())
+            return;
+        Trash::Result result = trash_.restore(entry, path, Trash::WhenTaken::Tell);
+        if (result.outcome == Trash::Outcome::Taken) {
+            const auto whenTaken = askWhenTaken(path);
+            if (!whenTaken)
+                return;
+            result = trash_.restore(entry, path, *whenTaken);
+        }
+        if (result.outcome == Trash::Outcome::Done)
+            changed_ = true;
+        else
+            tell(entry, result);
+    }
+
+    /// Where an entry is to go: where it was, or, if nobody knows that, where the user agrees to.
+    QByteArray placeFor(const TrashEntry& entry) const
+    {
+        if (!entry.path.isEmpty() || folder_.isEmpty())
+            return entry.path;
+        const SafeTexts& texts = SafeTexts::instance();
+        const QString text = texts.unknownPlace + QStringLiteral("<hr>") + texts.restoreHere +
+                             QLatin1Char('\n') + namesText({folder_});
+        if (!confirmed(texts.restore, text, "warning.png"))
+            return {};
+        return folder_ + (folder_.endsWith('/') ? "" : "/") + entry.formerName();
+    }
+
+    /// What is to become of what is at the place; nothing if the entry is to stay in the trash.
+    static std::optional<Trash::WhenTaken> askWhenTaken(const QByteArray& path)
+    {
+        const SafeTexts& texts = SafeTexts::instance();
+        EntryPage page(texts.restore);
+        page.setLines({filledText(texts.placeTaken, shownNameOf(path)), shownFolderOf(path)});
+        page.setRows({{texts.replace, texts.otherToTrash, {}, {}},
+                      {texts.keepBoth, {}, {}, {}},
+                      {texts.leaveOut, {}, {}, {}}},
+                     true);
+        page.setSoftKeys(LANG_SELECT, LANG_BACK);
+        PageAnswer answer = answerOn(page);
+        if (answer.kind == PageAnswer::Left)
+            answer = {PageAnswer::Row, page.currentRow()};
+        if (answer.kind != PageAnswer::Row || answer.row > 1)
+            return std::nullopt;
+        return answer.row == 0 ? Trash::WhenTaken::Replace : Trash::WhenTaken::KeepBoth;
+    }
+
+    void deleteForGood(const TrashEntry& entry)
+    {
+        if (!confirmed(SafeTexts::instance().forGood, namesText({nameOf(entry)}), "delete.png"))
+            return;
+        const Trash::Result result = trash_.expunge(entry);
+        if (result.outcome != Trash::Outcome::Done)
+            tell(entry, result);
+        else
+            removeExpunged();
+    }
+
+    /// Those that were listed go; what another program has thrown away since stays.
+    void empty()
+    {
+        const SafeTexts& texts = SafeTexts::instance();
+        const QList<TrashEntry> entries = page_.entries();
+        if (!confirmed(texts.emptyAsk, filledText(texts.entries, QString::number(entries.size())),
+                       "delete.png"))
+            return;
+        qsizetype next = 0;
+        std::optional<TrashFailure> failure;
+        const bool isDone = runInSlices(
+            texts.deleting,
+            [&](int) {
+                constexpr int AtOnce = 20;
+                for (int i = 0; i < AtOnce && next < entries.size(); ++i) {
+                    const TrashEntry& entry = entries.at(next++);
+                    const Trash::Result result = trash_.expunge(entry);
+                    if (result.outcome == Trash::Outcome::Failed)
+                        failure = TrashFailure{nameOf(entry), result.outcome, result.error};
+                }
+                return next < entries.size();
+            },
+            [&] {
+                return QStringList{filledText(texts.entries, QString::number(next) +
+                                                                 QStringLiteral(" / ") +
+                                                                 QString::number(entries.size()))};
+            });
+        if (isDone)
+            removeExpunged();
+        trash_.tidy();
+        if (failure)
+            showError(shownNameOf(failure->path) + QLatin1Char('\n') + reasonText(*failure));
+    }
+
+    /// Takes folders apart that are to go, from another time too.
+    void removeExpunged()
+    {
+        const SafeTexts& texts = SafeTexts::instance();
+        TrashRemoval removal(trash_.existing());
+        if (!removal.isNeeded())
+            return;
+        const bool isDone = runInSlices(
+            texts.deleting, [&removal](int milliseconds) { return removal.step(milliseconds); },
+            [&removal, &texts] {
+                return QStringList{filledText(texts.entries, QString::number(removal.removed()))};
+            });
+        if (isDone && removal.failures() > 0)
+            showError(texts.notAllDeleted + QLatin1Char('\n') + errorText(removal.firstError()));
+    }
+
+    static QByteArray nameOf(const TrashEntry& entry)
+    {
+        return entry.path.isEmpty() ? entry.name : entry.path;
+    }
+
+    static void tell(const TrashEntry& entry, const Trash::Result& result)
+    {
+        showError(formerNameText(entry) + QLatin1Char('\n') +
+                  reasonText(TrashFailure{nameOf(entry), result.outcome, result.error}));
+    }
+
+    Trash trash_{Trash::placesOfUser()};
+    TrashPage page_;
+    QByteArray folder_;
+    bool changed_ = false;
+    bool isWaiting_ = false;
+    bool leaves_ = false;
+    std::optional<int> command_;
+};
+
+} // namespace
+
+bool showTrashScreen(const QByteArray& folder)
+{
+    TrashVisit visit(folder);
+    return visit.run();
+}

@@ -1,0 +1,163 @@
+#include "extras/surveypage.h"
+#include "lang/texts.h"
+#include "platform/keymap.h"
+#include "platform/zlistbox.h"
+#include "platform/zoptionsmenu.h"
+#include "tests/support/keys.h"
+#include "tests/support/mainwidget.h"
+#include "tests/support/testmain.h"
+
+#include <QSignalSpy>
+
+#include <memory>
+
+class tst_EntryPage : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        loadTexts(QString());
+        main_ = showMainWidget();
+        page_ = std::make_unique<EntryPage>("Title");
+    }
+    void cleanup()
+    {
+        page_.reset();
+        main_.reset();
+    }
+
+    void notesAreThoseOfTheHighlightedRow()
+    {
+        page_->setRows({{"a", "", {"one", "two"}}, {"b", "", {"three"}}});
+        page_->show();
+        QCOMPARE(page_->notes(), (QStringList{"one", "two"}));
+        pressKey(PhoneKey::Down);
+        QCOMPARE(page_->notes(), (QStringList{"three", QString()}));
+        page_->setRow(1, {"b", "", {"four"}});
+        QCOMPARE(page_->notes(), (QStringList{"four", QString()}));
+        page_->setRow(0, {"a", "", {"five"}});
+        QCOMPARE(page_->notes(), (QStringList{"four", QString()}));
+    }
+
+    void longDetailIsCutBeforeWhatStandsAtTheEdge()
+    {
+        page_->setRows({{"a", QString(100, 'x') + "\tend", {}}});
+        const QString detail = page_->list()->item(0)->getSubItemText(1, 1);
+        QVERIFY(detail.startsWith("xx") && detail.endsWith("\tend"));
+        QVERIFY(detail.contains(QChar(0x2026)));
+    }
+
+    void digitsChooseIfRowsHaveThem_data()
+    {
+        QTest::addColumn<bool>("digits");
+        QTest::newRow("with") << true;
+        QTest::newRow("without") << false;
+    }
+
+    void digitsChooseIfRowsHaveThem()
+    {
+        QFETCH(bool, digits);
+        page_->setRows({{"a", "", {}}, {"b", "", {}}}, digits);
+        page_->show();
+        const QSignalSpy chosen(page_.get(), &EntryPage::chosen);
+        for (const int key : {'0', '2', '3', '9'})
+            pressKey(key);
+        QCOMPARE(chosen.size(), digits ? 1 : 0);
+        if (digits)
+            QCOMPARE(chosen.first().first().toInt(), 1);
+        QCOMPARE(page_->list()->item(1)->getSubItemText(1, 0), QString(digits ? "2  b" : "b"));
+    }
+
+    void softKeysDoOnlyWhatTheySay()
+    {
+        page_->setRows({{"a", "", {}}});
+        page_->setSoftKeys("Go", QString());
+        page_->show();
+        const QSignalSpy left(page_.get(), &EntryPage::leftPressed);
+        const QSignalSpy right(page_.get(), &EntryPage::rightPressed);
+        pressKey(PhoneKey::SoftRight);
+        QCOMPARE(right.size(), 0);
+        pressKey(PhoneKey::SoftLeft);
+        QCOMPARE(left.size(), 1);
+        page_->setSoftKeys(QString(), "Back");
+        pressKey(PhoneKey::SoftLeft);
+        pressKey(PhoneKey::SoftRight);
+        QCOMPARE(left.size(), 1);
+        QCOMPARE(right.size(), 1);
+    }
+
+    void keyThatIsStillHeldAnswersNothing()
+    {
+        page_->setRows({{"a", "", {}}}, true);
+        page_->setSoftKeys("Go", "Back");
+        page_->show();
+        const QSignalSpy left(page_.get(), &EntryPage::leftPressed);
+        const QSignalSpy chosen(page_.get(), &EntryPage::chosen);
+        repeatKey(PhoneKey::SoftLeft);
+        repeatKey('1');
+        QCOMPARE(left.size() + chosen.size(), 0);
+    }
+
+    void conflictsBeyondTheListAreAnsweredTogether()
+    {
+        SurveyResult survey;
+        constexpr int Beyond = 7;
+        for (qint64 i = 0; i < Listed<Conflict>::Most + Beyond; ++i)
+            survey.conflicts.add({"/a/x", "/b/x", {}, {}});
+        SurveyPage page(survey, OperationKind::Copy);
+        page.show();
+        const int last = int(Listed<Conflict>::Most);
+        const auto row = [&page](int index) {
+            const ZListBoxItem* item = page.list()->item(index);
+            return item->getSubItemText(1, 0) + '|' + item->getSubItemText(1, 1);
+        };
+        QCOMPARE(page.list()->count(), last + 1);
+        QCOMPARE(row(last), QString("And 7 more|Keep both"));
+        page.list()->setCurrentItem(0);
+        pressKey(PhoneKey::Return);
+        pressKey('1');
+        QCOMPARE(page.answer(0), Answer::Replace);
+        QCOMPARE(page.answer(1), Answer::KeepBoth);
+        QCOMPARE(row(last), QString("And 7 more|Keep both"));
+        // The row of the others stands for all.
+        page.list()->setCurrentItem(last);
+        pressKey(PhoneKey::Return);
+        pressKey('3');
+        QCOMPARE(row(last), QString("And 7 more|Leave out"));
+        QCOMPARE(page.answer(0), Answer::LeaveOut);
+        QCOMPARE(row(last - 1), QString("x|Leave out"));
+    }
+
+    void whatCannotBeDoneHasNoMenu()
+    {
+        SurveyResult survey;
+        survey.conflicts.add({"/a/x", "/b/x", {}, {}});
+        survey.troubles.add({"/a/y", Trouble::TooLarge, 0});
+        SurveyPage page(survey, OperationKind::Copy);
+        page.show();
+        pressKey(PhoneKey::Down);
+        pressKey(PhoneKey::Return);
+        QVERIFY(page.menu() == nullptr);
+        QCOMPARE(page.lines(), (QStringList{"Already there: 1 (OK: choose)", "Not possible: 1"}));
+    }
+
+    void tooLittleRoomIsSaid()
+    {
+        SurveyResult survey;
+        survey.hasRoom = false;
+        survey.neededBytes = qint64(5) << 30;
+        survey.freeBytes = 1536;
+        const SurveyPage page(survey, OperationKind::Copy);
+        QCOMPARE(page.lines(), QStringList(QString::fromUtf8(
+                                   "Too little room: 5\u00a0Gb needed, 1.5\u00a0Kb free")));
+    }
+
+private:
+    std::unique_ptr<QWidget> main_;
+    std::unique_ptr<EntryPage> page_;
+};
+
+QUARN_TEST_MAIN(tst_EntryPage)
+#include "tst_entrypage.moc"

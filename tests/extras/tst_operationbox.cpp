@@ -1,0 +1,113 @@
+#include "extras/operationbox.h"
+#include "lang/texts.h"
+#include "platform/keymap.h"
+#include "tests/support/keys.h"
+#include "tests/support/mainwidget.h"
+#include "tests/support/testmain.h"
+#include "widgets/boxparts.h"
+
+#include <QSignalSpy>
+
+#include <memory>
+
+class tst_OperationBox : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        loadTexts(QString());
+        main_ = showMainWidget();
+        box_ = std::make_unique<OperationBox>("Copying");
+    }
+    void cleanup()
+    {
+        box_.reset();
+        main_.reset();
+    }
+
+    void isNotThereUntilItHasSomethingToSay()
+    {
+        QVERIFY(box_->isHidden());
+        box_->showLines({"a"}, 0);
+        QVERIFY(ZScreen::instance()->active() == box_.get());
+    }
+
+    void longNameIsCutInItsMiddle()
+    {
+        const QString name = QString(100, 'a') + QString(100, 'z') + ".jpg";
+        box_->showLines({name}, 10);
+        const QString line = box_->lines().first();
+        QVERIFY(line.startsWith("aaa") && line.endsWith(".jpg") && line.contains(QChar(0x2026)));
+    }
+
+    void heightStaysWhenLinesAreEmpty()
+    {
+        box_->showLines({"a", "b", ""}, 0);
+        const QRect place = box_->geometry();
+        box_->showLines({"a", "b", "c"}, 50);
+        QCOMPARE(box_->geometry(), place);
+        QVERIFY(ZScreen::instance()->rect().contains(place));
+        QCOMPARE(box_->width(), Box::Width);
+    }
+
+    void barFillsWithThePercent()
+    {
+        box_->showLines({"a"}, 0);
+        const QImage empty = box_->grab().toImage();
+        box_->showLines({"a"}, 100);
+        QVERIFY(box_->grab().toImage() != empty);
+        QCOMPARE(box_->percent(), 100);
+    }
+
+    void onlyTheRightSoftKeyCancels()
+    {
+        box_->showLines({"a"}, 0);
+        const QSignalSpy cancels(box_.get(), &OperationBox::cancelled);
+        for (const int key : {int(PhoneKey::SoftLeft), int(PhoneKey::Return), int('1'),
+                              int(PhoneKey::Up), int(PhoneKey::Hide)})
+            pressKey(key);
+        QCOMPARE(cancels.size(), 0);
+        pressKey(PhoneKey::SoftRight);
+        QCOMPARE(cancels.size(), 1);
+    }
+
+    void keyThatIsStillHeldCancelsNothing()
+    {
+        box_->showLines({"a"}, 0);
+        const QSignalSpy cancels(box_.get(), &OperationBox::cancelled);
+        repeatKey(PhoneKey::SoftRight);
+        QCOMPARE(cancels.size(), 0);
+    }
+
+    void tapOnTheKeyBarCancels()
+    {
+        box_->showLines({"a"}, 0);
+        const QSignalSpy cancels(box_.get(), &OperationBox::cancelled);
+        tapScreen(box_->geometry().center());
+        QCOMPARE(cancels.size(), 0);
+        tapScreen(box_->geometry().bottomLeft() + QPoint(Box::Width / 2, -5));
+        QCOMPARE(cancels.size(), 1);
+    }
+
+    void saysInWordsWhatItDraws()
+    {
+        box_->showLines({"song.mp3", "1 Mb / 3 Mb", ""}, 33);
+        const ZBoxWords words = box_->boxWords();
+        QCOMPARE(words.title, QString("Copying"));
+        QCOMPARE(words.texts, (QStringList{"song.mp3", "1 Mb / 3 Mb", "33%"}));
+        QCOMPARE(words.answers, QStringList(LANG_CANCEL));
+        QVERIFY(words.isBusy);
+        const QSignalSpy cancels(box_.get(), &OperationBox::cancelled);
+        box_->chooseAnswer(0);
+        QCOMPARE(cancels.size(), 1);
+    }
+
+private:
+    std::unique_ptr<QWidget> main_;
+    std::unique_ptr<OperationBox> box_;
+};
+
+QUARN_TEST_MAIN(tst_OperationBox)
+#include "tst_operationbox.moc"
