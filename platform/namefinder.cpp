@@ -85,9 +85,9 @@ constexpr uchar FirstOfThree = 0xe0;
 constexpr uchar FirstContinuation = 0x80;
 constexpr qsizetype LongestCharacter = 4;
 
-constexpr qsizetype PairsOfAByte = 256;
+constexpr size_t PairsOfAByte = 256;
 
-qsizetype pairOf(uchar first, uchar second)
+size_t pairOf(uchar first, uchar second)
 {
     return first * PairsOfAByte + second;
 }
@@ -96,8 +96,8 @@ qsizetype pairOf(uchar first, uchar second)
 std::vector<quint8> continuationsAlone()
 {
     std::vector<quint8> table(PairsOfAByte * PairsOfAByte);
-    std::fill(table.begin() + pairOf(FirstContinuation, 0), table.begin() + pairOf(FirstOfTwo, 0),
-              quint8(1));
+    std::fill_n(table.data() + pairOf(FirstContinuation, 0),
+                pairOf(FirstOfTwo - FirstContinuation, 0), quint8(1));
     return table;
 }
 
@@ -270,7 +270,7 @@ bool NameFinder::mayBeginWordAt(QByteArrayView name, qsizetype at)
         return (glance & IsWord) != 0 || !endsInWord(name.first(at));
     // Of longer characters two bytes do not tell which it is.
     if (lead < FirstOfTwo)
-        std::fill_n(noWordAt_.begin() + pairOf(lead, 0), PairsOfAByte, quint8(1));
+        std::fill_n(noWordAt_.data() + pairOf(lead, 0), PairsOfAByte, quint8(1));
     else if (lead < FirstOfThree)
         noWordAt_[pairOf(lead, next)] = 1;
     return false;

@@ -132,6 +132,17 @@ class TestFinding(Case):
         self.press("folderup")
         program.wait_for_listing(f"{self.desk}/Empty/..")
 
+    def test_digitsFindAgainBehindAMessage(self):
+        program = self.begin("Albums", "Documents", files=["notes.txt"])
+        self.press("6")
+        program.with_modifier("9")
+        # The message that there is no such plugin, and below it the box of the start.
+        quarn.wait_until(program.shows_box, "the message")
+        self.press("softright")
+        quarn.wait_until(lambda: not program.shows_box(), "the boxes to go")
+        self.press("3")
+        self.wait_opened("Documents")
+
     def test_theHeldPageKeyShowsTheFirstLetter(self):
         program = self.begin(files=[f"file {number:03}" for number in range(100)])
         self.press(*["pagedown"] * 12)
