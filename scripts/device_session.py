@@ -16,6 +16,7 @@ import time
 DEADLINE = 240  # seconds for each step; the emulated processor is slow
 BOOT_DEADLINE = 600
 POLL = 0.2
+CALM = 1  # seconds
 HOLD = 60  # milliseconds
 
 
@@ -98,18 +99,34 @@ class Device:
     def picture(self, name, before=b""):
         """Saves the picture of a step as soon as it is another one than before and stays the same;
         gives it."""
-        last = None
+        last, since = b"", 0
 
         def settled():
-            nonlocal last
-            previous, last = last, self.screen()
-            return last == previous and last != before
+            nonlocal last, since
+            now = self.screen()
+            if now != last:
+                last, since = now, time.monotonic()
+            return time.monotonic() - since > CALM and last != before
         self.wait(settled, f"a picture of {name}")
         self.steps += 1
         target = self.folder / f"{self.steps}-{name}.png"
         subprocess.run(["convert", str(self.folder / "screen.ppm"), str(target)], check=True)
         print(f"{target.name}", flush=True)
         return last
+
+    def shows_box(self):
+        """Whether a message or progress box is up, by its black title: a box is 220 wide and in the
+        middle of the screen."""
+        width, height, pixels = re.match(
+            rb"P6\n(\d+) (\d+)\n\d+\n(.*)", self.screen(), re.DOTALL).groups()
+        width, height = int(width), int(height)
+        scale = min(width / 240, height / 320) // 0.25 * 0.25
+        left, top = (width - 240 * scale) // 2, (height - 320 * scale) // 2
+
+        def is_black(x, y):
+            place = 3 * (int(top + y * scale) * width + int(left + x * scale))
+            return pixels[place:place + 3] == bytes(3)
+        return any(all(is_black(x, y) for x in (12, 40, 200, 228)) for y in range(70, 260))
 
     def end(self):
         with contextlib.suppress(OSError, ValueError):
@@ -124,9 +141,9 @@ def session(device):
     listed = "fb::set path "
     device.wait_for_line("^device: ", deadline=BOOT_DEADLINE)
     device.wait_for_line(listed, 2, BOOT_DEADLINE)
-    shown = device.picture("listing")
     # The box at the start takes keys until it goes.
-    home = device.wait(lambda: device.screen() == shown and shown, "a quiet screen")
+    device.wait(lambda: not device.shows_box(), "the end of the start")
+    home = device.picture("listing")
     device.press("down")
     device.picture("folder-chosen", home)
     device.press("ret")
