@@ -38,6 +38,8 @@ ZTheme light()
     theme.selection = rgb(0x5b616b);
     theme.selectionText = rgb(0xffffff);
     theme.shadow = QColor(0, 0, 0, 0x38);
+    theme.warning = rgb(0x9a5b00);
+    theme.done = rgb(0x2e7d32);
     // A little darker than on a bar alone, to be told from white.
     theme.tabMark = rgb(0xfa6008);
     return withBars(theme);
@@ -59,6 +61,8 @@ ZTheme dark()
     theme.selection = rgb(0x9ba1ab);
     theme.selectionText = rgb(0x101114);
     theme.shadow = QColor(0, 0, 0, 0xa0);
+    theme.warning = rgb(0xd89a3c);
+    theme.done = rgb(0x66bb6a);
     theme.tabMark = rgb(0xff640c);
     return withBars(theme);
 }

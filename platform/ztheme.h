@@ -31,6 +31,9 @@ struct ZTheme {
     QColor tabMark;    ///< of the tab whose page is shown, between a bar and the ground
     QColor barWarning; ///< with a sign, too
 
+    QColor warning; ///< these two only together with a sign
+    QColor done;
+
     static const ZTheme& of(Kind kind);
     /// The one in use: light until another one is chosen.
     static const ZTheme& current();

@@ -125,7 +125,7 @@ private:
     void check(const char* name) const
     {
         highlight(name);
-        pressKey(Select);
+        pressKey(PhoneKey::Return);
     }
     QString current() const { return panel_->names().value((*panel_)->currentItem()); }
 

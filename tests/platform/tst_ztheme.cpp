@@ -92,6 +92,8 @@ private slots:
             {theme.barSecondText, theme.bar},
             {theme.barWarning, theme.bar},
             {theme.bar, theme.barMark},
+            {theme.warning, theme.ground},
+            {theme.done, theme.ground},
         };
         for (const auto& [text, ground] : pairs) {
             QVERIFY2(contrast(text, ground) >= ContrastOfTexts,
