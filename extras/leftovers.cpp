@@ -11,7 +11,7 @@
 namespace
 {
 
-struct CloseFolder {
+struct CloseListed {
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
@@ -20,7 +20,7 @@ QList<QByteArray> namesWith(const QByteArray& prefix, int folder)
 {
     QList<QByteArray> names;
     FileHandle listed(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const std::unique_ptr<DIR, CloseFolder> reader(listed.isOpen() ? fdopendir(listed.get())
+    const std::unique_ptr<DIR, CloseListed> reader(listed.isOpen() ? fdopendir(listed.get())
                                                                    : nullptr);
     if (reader == nullptr)
         return names;
@@ -41,20 +41,62 @@ void putBack(const JournalRecord& aside, TargetFolder& target)
         renameToFree(folder, aside.temporary, folder, nameOf(aside.to));
 }
 
-/// The errno of what could not be removed; 0 if all is gone.
-int clearFolder(const QByteArray& path, TargetFolder& target, const QByteArray& prefix)
+/// Clears folders, and tells what could not be removed.
+class Clearing
 {
-    int error = 0;
-    const int folder = target.folder(path);
-    if (folder < 0)
-        return 0;
-    for (const QByteArray& name : namesWith(prefix, folder)) {
-        Removal removal(target.cursor(), below(path, name),
-                        [&error](const QByteArray&, int failed) { error = failed; });
-        while (removal.step()) {
+public:
+    explicit Clearing(const QByteArray& prefix) : prefix_(prefix) {}
+
+    void clear(FolderCursor& cursor, const QByteArray& path)
+    {
+        if (!cursor.go(path))
+            return;
+        for (const QByteArray& name : namesWith(prefix_, cursor.folder())) {
+            Removal removal(cursor, below(path, name),
+                            [this](const QByteArray&, int failed) { error_ = failed; });
+            while (removal.step()) {
+            }
         }
     }
-    return error;
+    int error() const { return error_; }
+
+private:
+    QByteArray prefix_;
+    int error_ = 0;
+};
+
+/// What was on its way back to where it had been moved from.
+void clearSources(JournalIndex& earlier, Clearing& clearing)
+{
+    SourceFolders sources(earlier.request());
+    int lastSource = -1;
+    QByteArray last;
+    for (const qint64 place : earlier.places()) {
+        const JournalRecord record = earlier.at(place);
+        const QByteArray parent = parentOf(record.from);
+        if (record.type != JournalRecord::Type::Made ||
+            (parent == last && record.source == lastSource))
+            continue;
+        last = parent;
+        lastSource = record.source;
+        clearing.clear(sources.of(record.source), parent);
+    }
+}
+
+void clearTarget(JournalIndex& earlier, FolderCursor& cursor, Clearing& clearing)
+{
+    clearing.clear(cursor, {});
+    QByteArray last;
+    for (const qint64 place : earlier.places()) {
+        const JournalRecord record = earlier.at(place);
+        const QByteArray parent = parentOf(record.to);
+        if (parent != last && !parent.isEmpty())
+            clearing.clear(cursor, parent);
+        last = parent;
+        // Nothing in it may have come as far as to a record.
+        if (S_ISDIR(record.mode) && record.type != JournalRecord::Type::Moved)
+            clearing.clear(cursor, record.to);
+    }
 }
 
 } // namespace
@@ -63,29 +105,10 @@ bool clearLeftovers(JournalIndex& earlier, TargetFolder& target, const QByteArra
 {
     for (const JournalRecord& aside : earlier.asides())
         putBack(aside, target);
-    int error = clearFolder({}, target, prefix);
-    QByteArray last;
-    for (const qint64 place : earlier.places()) {
-        const JournalRecord record = earlier.at(place);
-        // A folder's own temporary entries come with the records of what is in it, too.
-        const QByteArray parent =
-            record.type == JournalRecord::Type::Joined ? record.to : parentOf(record.to);
-        if (parent == last || parent.isEmpty())
-            continue;
-        last = parent;
-        const int failed = clearFolder(parent, target, prefix);
-        error = error != 0 ? error : failed;
-    }
-    // The folder that was made last may have none yet.
-    if (!earlier.places().empty()) {
-        for (auto place = earlier.places().rbegin(); place != earlier.places().rend(); ++place) {
-            const JournalRecord record = earlier.at(*place);
-            if (!S_ISDIR(record.mode))
-                continue;
-            const int failed = clearFolder(record.to, target, prefix);
-            error = error != 0 ? error : failed;
-        }
-    }
-    errno = error;
-    return error == 0;
+    Clearing clearing(prefix);
+    clearTarget(earlier, target.cursor(), clearing);
+    if (earlier.request().kind == OperationKind::Move)
+        clearSources(earlier, clearing);
+    errno = clearing.error();
+    return clearing.error() == 0;
 }

@@ -56,6 +56,7 @@ void TakingBack::undo(const JournalRecord& record)
             undoFolder(record);
         return;
     }
+    noteReturned(record);
     struct stat made = {};
     const int folder = target_.folder(parentOf(record.to));
     // It never got its name, or has gone since.
@@ -72,6 +73,15 @@ void TakingBack::undo(const JournalRecord& record)
         undoMade(record, made);
 }
 
+/// Of a file with several names that have gone all come back to one file: to the one that still has
+/// a name, or has got it back already.
+void TakingBack::noteReturned(const JournalRecord& record)
+{
+    if (work_.request.kind == OperationKind::Move && record.links > 1 && S_ISREG(record.mode) &&
+        hasSource(record))
+        returned_.insert(record.identity, record.from);
+}
+
 void TakingBack::undoMade(const JournalRecord& record, const struct stat& made)
 {
     const bool goesBack = work_.request.kind == OperationKind::Move && !hasSource(record);
@@ -79,9 +89,6 @@ void TakingBack::undoMade(const JournalRecord& record, const struct stat& made)
         copyBack(record, made);
         return;
     }
-    // Names that have gone come back to the file that still has this one.
-    if (record.links > 1 && S_ISREG(record.mode) && work_.request.kind == OperationKind::Move)
-        returned_.insert(record.identity, record.from);
     // Without it there would be nothing of that name, and the other one does not come back.
     if (record.replaces)
         return;

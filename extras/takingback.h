@@ -32,6 +32,7 @@ private:
     };
 
     void undo(const JournalRecord& record);
+    void noteReturned(const JournalRecord& record);
     void undoMade(const JournalRecord& record, const struct stat& made);
     void undoFolder(const JournalRecord& record);
     void moveBack(const JournalRecord& record);

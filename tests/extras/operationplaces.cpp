@@ -19,8 +19,10 @@ namespace fs = std::filesystem;
 
 OperationPlaces::OperationPlaces(Where where) : near_(otherPlace())
 {
-    if (where == Apart)
-        far_.emplace(usualPlace());
+    if (where == ApartInMemory)
+        small_.emplace();
+    if (where != Together)
+        far_.emplace(small_ && small_->isMounted() ? small_->path() : usualPlace());
     making::folder(near_.path("target"));
     making::folder(near_.path("state"));
     making::folder(source());

@@ -12,9 +12,13 @@
 class OperationPlaces
 {
 public:
-    enum Where { Together, Apart }; ///< whether source and target share a file system
+    enum Where {
+        Together,     ///< on one file system, in memory, where thousands of runs are fast
+        Apart,        ///< the source on the disk
+        ApartInMemory ///< the source on a file system of a megabyte, where a test may mount; else
+                      ///< on disk
+    };
 
-    /// In memory, where thousands of runs are fast, or the source on the disk and the target there.
     explicit OperationPlaces(Where where = Together);
 
     QByteArray source(const QByteArray& name = {}) const;
@@ -28,6 +32,7 @@ public:
 
 private:
     OwnFolder near_;
+    std::optional<SmallFileSystem> small_;
     std::optional<OwnFolder> far_;
 };
 

@@ -38,8 +38,8 @@ const Deed deeds[] = {
     {"leave out", "copy", "leave", true, OperationPlaces::Together},
     {"move", "move", "replace", false, OperationPlaces::Together},
     {"merge", "move", "replace", true, OperationPlaces::Together},
-    {"move across", "move", "replace", false, OperationPlaces::Apart},
-    {"merge across", "move", "keep", true, OperationPlaces::Apart},
+    {"move across", "move", "replace", false, OperationPlaces::ApartInMemory},
+    {"merge across", "move", "keep", true, OperationPlaces::ApartInMemory},
     {"delete", "delete", "replace", false, OperationPlaces::Together},
 };
 
@@ -85,6 +85,17 @@ public:
     /// The status that waitpid() gives.
     int run(int killAt, bool after) const
     {
+        return runWith({deed_.does, deed_.answer, places_.target().toStdString(),
+                        places_.source("tree").toStdString(),
+                        places_.source("single").toStdString()},
+                       killAt, after);
+    }
+    /// Goes on with what was cut short: "finish" or "takeback".
+    int resume(const char* how, int killAt) const { return runWith({how}, killAt, false); }
+
+    int runWith(std::vector<std::string> arguments, int killAt, bool after) const
+    {
+        arguments.insert(arguments.begin(), OPERATION_DRIVER);
         std::vector<std::string> variables{std::string("LD_PRELOAD=") + KILLER_LIBRARY,
                                            "ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0",
                                            "XDG_STATE_HOME=" + places_.state().toStdString(),
@@ -94,10 +105,7 @@ public:
             variables.push_back("QUARN_KILL_AT=" + std::to_string(killAt));
         if (after)
             variables.push_back("QUARN_KILL_AFTER=1");
-        return runDriver({OPERATION_DRIVER, deed_.does, deed_.answer,
-                          places_.target().toStdString(), places_.source("tree").toStdString(),
-                          places_.source("single").toStdString()},
-                         variables);
+        return runDriver(arguments, variables);
     }
     int count() const { return readFile(places_.state() + "/count").trimmed().toInt(); }
 
@@ -263,6 +271,61 @@ private slots:
             QVERIFY2(cut.places().journals().isEmpty(), at(killed, "a journal stays"));
         }
         qInfo("%s: taken back %d times", deed.name, taken);
+    }
+
+    void whatIsCutShortAgainIsFinished_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::addColumn<int>("part");
+        for (const int number : {1, 6, 7}) {
+            for (const int part : {60})
+                QTest::addRow("%s, %d percent", deeds[number].name, part) << number << part;
+        }
+    }
+    void whatIsCutShortAgainIsFinished()
+    {
+        QFETCH(int, number);
+        QFETCH(int, part);
+        const Deed& deed = deeds[number];
+        const Case undisturbed(deed);
+        QVERIFY(WIFEXITED(undisturbed.run(0, false)));
+        const int first = undisturbed.count() * part / 100;
+        const QByteArrayList expected = undisturbed.all();
+        bool isOver = false;
+        int kills = 0;
+        // Each time from the start, cut short at the same place, and then later and later.
+        for (int second = 1; !isOver; second += 3) {
+            const Case cut(deed);
+            QVERIFY(WIFSIGNALED(cut.run(first, false)));
+            isOver = !WIFSIGNALED(cut.resume("finish", second));
+            kills += isOver ? 0 : 1;
+            QVERIFY2(cut.lost().isEmpty(), at(second, cut.lost()));
+            QVERIFY(WIFEXITED(cut.resume("finish", 0)));
+            QVERIFY2(cut.all() == expected, at(second, differences(expected, cut.all())));
+            QVERIFY2(cut.places().journals().isEmpty(), at(second, "a journal stays"));
+        }
+        QVERIFY(kills > 3);
+        qInfo("%s: cut short again %d times", deed.name, kills);
+    }
+
+    void whatIsTakenBackInPartIsTakenBackFurther()
+    {
+        // Copies that keep both, and moves across that do: all of it comes back.
+        for (const int number : {2, 7}) {
+            const Deed& deed = deeds[number];
+            const Case undisturbed(deed);
+            QVERIFY(WIFEXITED(undisturbed.run(0, false)));
+            const int first = undisturbed.count() * 9 / 10;
+            bool isOver = false;
+            for (int second = 1; !isOver; second += 4) {
+                const Case cut(deed);
+                QVERIFY(WIFSIGNALED(cut.run(first, false)));
+                isOver = !WIFSIGNALED(cut.resume("takeback", second));
+                QVERIFY(WIFEXITED(cut.resume("takeback", 0)));
+                QVERIFY2(cut.all() == cut.before(),
+                         at(second, differences(cut.before(), cut.all())));
+            }
+        }
     }
 
 private:
