@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -14,13 +13,6 @@ namespace
 /// So many files, or folders, are flushed one by one. More are flushed with their whole file
 /// system, which is faster for them, but waits for what others have written there.
 constexpr qsizetype FewFlushes = 16;
-
-qint64 microseconds()
-{
-    return std::chrono::duration_cast<std::chrono::microseconds>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
 
 bool isNewFile(const BatchItem& item)
 {
@@ -88,9 +80,9 @@ void Batch::commit()
 {
     if (items_.empty() && drops_.empty())
         return;
-    const qint64 started = microseconds();
+    const qint64 started = microsecondsNow();
     flush();
-    target_.pace().noteFlush(waitingBytes_, qint64(items_.size()), microseconds() - started);
+    target_.pace().noteFlush(waitingBytes_, qint64(items_.size()), microsecondsNow() - started);
     dropAll();
     std::vector<BatchItem> items;
     items.swap(items_);

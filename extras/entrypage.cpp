@@ -44,6 +44,18 @@ QString elided(const QFont& font, const QString& text, Qt::TextElideMode mode, i
     return QFontMetrics(font).elidedText(text, mode, room);
 }
 
+/// A text that has room in two lines of the screen, broken between its words; of one that has not,
+/// and of each word that has none in a line, the middle is left out.
+QString inTwoLines(const QFont& font, const QString& text)
+{
+    constexpr int Room = ZScreen::Width - 2 * LineMargin;
+    QStringList words =
+        elided(font, text, Qt::ElideMiddle, 2 * Room - Room / 4).split(QLatin1Char(' '));
+    for (QString& word : words)
+        word = elided(font, word, Qt::ElideMiddle, Room);
+    return words.join(QLatin1Char(' '));
+}
+
 } // namespace
 
 EntryPage::EntryPage(const QString& title)
@@ -78,7 +90,10 @@ EntryPage::EntryPage(const QString& title)
 
 void EntryPage::setLines(const QStringList& lines)
 {
-    lines_->setText(lines.join(QLatin1Char('\n')));
+    QStringList fitting;
+    for (const QString& line : lines)
+        fitting.append(inTwoLines(lines_->font(), line));
+    lines_->setText(fitting.join(QLatin1Char('\n')));
     lines_->setVisible(!lines.isEmpty());
 }
 

@@ -32,7 +32,8 @@ public:
 
     explicit EntryPage(const QString& title);
 
-    /// What stands above the list. A line that does not fit is broken into two.
+    /// What stands above the list. A line that does not fit is broken into two,
+    /// without its middle if that is too little.
     void setLines(const QStringList& lines);
     /// `digits`: the first nine rows can be chosen by digits, which stand before their names.
     void setRows(const QList<Row>& rows, bool digits = false);

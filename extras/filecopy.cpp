@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -30,13 +29,6 @@ bool cannotBeInRange(int error)
 {
     return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP ||
            error == EBADF || error == EPERM || error == ETXTBSY;
-}
-
-qint64 microseconds()
-{
-    return std::chrono::duration_cast<std::chrono::microseconds>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
 }
 
 } // namespace
@@ -122,7 +114,7 @@ FileCopy::Step FileCopy::copyPiece()
         return this->end();
     }
     const qint64 before = at_;
-    const qint64 started = microseconds();
+    const qint64 started = microsecondsNow();
     const qint64 size = std::min({pace_.pieceBytes(), end - at_, expectedBytes() - at_});
     if (size <= 0)
         state_ = State::Ending;
@@ -138,7 +130,7 @@ FileCopy::Step FileCopy::copyPiece()
     }
     if (info_.st_size >= LargeFile && !writeOut(at_ - before))
         return failed(Trouble::CannotWrite, errno);
-    pace_.notePiece(at_ - before, microseconds() - started);
+    pace_.notePiece(at_ - before, microsecondsNow() - started);
     return state_ == State::Ending ? this->end() : Step::More;
 }
 

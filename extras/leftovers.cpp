@@ -11,7 +11,7 @@
 namespace
 {
 
-struct CloseFolder {
+struct CloseListed {
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
@@ -20,7 +20,7 @@ QList<QByteArray> namesWith(const QByteArray& prefix, int folder)
 {
     QList<QByteArray> names;
     FileHandle listed(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const std::unique_ptr<DIR, CloseFolder> reader(listed.isOpen() ? fdopendir(listed.get())
+    const std::unique_ptr<DIR, CloseListed> reader(listed.isOpen() ? fdopendir(listed.get())
                                                                    : nullptr);
     if (reader == nullptr)
         return names;

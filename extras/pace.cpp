@@ -1,6 +1,7 @@
 #include "extras/pace.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace
 {
@@ -24,6 +25,13 @@ qint64 adapted(qint64 now, qint64 bytes, qint64 microseconds, qint64 aim)
 }
 
 } // namespace
+
+qint64 microsecondsNow()
+{
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
 
 void Pace::notePiece(qint64 bytes, qint64 microseconds)
 {

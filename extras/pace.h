@@ -2,6 +2,9 @@
 
 #include <QtGlobal>
 
+/// Of a clock that never goes back.
+qint64 microsecondsNow();
+
 /// How much is written at a time, by the measured speed of a medium: so that each piece takes about
 /// as long on a slow card as on a fast disk, and a cancel is never far from being heard.
 class Pace

@@ -24,16 +24,19 @@ bool UnfinishedOffer::eventFilter(QObject* watched, QEvent* event)
 
 void UnfinishedOffer::look()
 {
-    if (hasUnfinished())
-        offerWhenFree();
+    if (!hasUnfinished())
+        return;
+    isDue_ = true;
+    connect(ZScreen::instance(), &ZScreen::softKeysChanged, this, &UnfinishedOffer::offerWhenFree,
+            Qt::QueuedConnection);
+    offerWhenFree();
 }
 
 /// The start box, or what the user has begun meanwhile, comes first.
 void UnfinishedOffer::offerWhenFree()
 {
-    constexpr int AgainMilliseconds = 100;
-    if (ZScreen::instance()->active() == window_)
-        window_->offerUnfinished();
-    else
-        QTimer::singleShot(AgainMilliseconds, this, &UnfinishedOffer::offerWhenFree);
+    if (!isDue_ || ZScreen::instance()->active() != window_)
+        return;
+    isDue_ = false;
+    window_->offerUnfinished();
 }

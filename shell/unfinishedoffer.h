@@ -22,4 +22,5 @@ private:
     void offerWhenFree();
 
     FM* window_;
+    bool isDue_ = false; ///< there is something to ask
 };

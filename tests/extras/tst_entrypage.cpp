@@ -3,6 +3,8 @@
 #include "platform/keymap.h"
 #include "platform/zlistbox.h"
 #include "platform/zoptionsmenu.h"
+#include "platform/zskinservice.h"
+#include "tests/support/drawntexts.h"
 #include "tests/support/keys.h"
 #include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
@@ -39,6 +41,31 @@ private slots:
         QCOMPARE(page_->notes(), (QStringList{"four", QString()}));
         page_->setRow(0, {"a", "", {"five"}});
         QCOMPARE(page_->notes(), (QStringList{"four", QString()}));
+    }
+
+    void longLineHasRoomInTwo_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::newRow("path") << QString("/folder").repeated(100);
+        QTest::newRow("words") << QString("some words ").repeated(100);
+        QTest::newRow("long words") << QString(50, 'w') + ' ' + QString(50, 'v');
+    }
+
+    void longLineHasRoomInTwo()
+    {
+        QFETCH(QString, line);
+        page_->setLines({line, "end"});
+        page_->setRows({{"a", "", {}}});
+        page_->show();
+        QCOMPARE(page_->lines().size(), 2);
+        QVERIFY(page_->lines().at(0).contains(QChar(0x2026)));
+        QCOMPARE(page_->lines().at(1), QString("end"));
+        const QList<DrawnText> drawn = textsDrawnBy(*page_);
+        QCOMPARE(misplaced(drawn, page_->rect()), QString());
+        QVERIFY(isDrawn(drawn, "end"));
+        // The list begins below three lines.
+        const int top = page_->list()->mapTo(page_.get(), QPoint()).y();
+        QVERIFY(top <= ZSkinService::HeaderHeight + 3 * 20);
     }
 
     void longDetailIsCutBeforeWhatStandsAtTheEdge()

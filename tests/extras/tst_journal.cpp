@@ -210,13 +210,14 @@ private slots:
     void whatIsDiscardedLeavesNothingTemporary()
     {
         const OperationPlaces places;
-        const auto journal = Journal::begin(places.request(OperationKind::Copy, {"x"}), {});
+        auto journal = Journal::begin(places.request(OperationKind::Copy, {"x"}), {});
         const QByteArray path = journal->path();
         const QByteArray prefix = journal->temporaryPrefix();
         making::folder(places.target("joined"));
         JournalRecord record;
         record.type = JournalRecord::Type::Joined;
         record.to = "joined";
+        record.mode = S_IFDIR | 0755;
         journal->add(record);
         QVERIFY(journal->flush());
         writeFile(places.target(prefix + "1"), "half");
@@ -225,7 +226,7 @@ private slots:
         writeFile(places.target("joined/" + prefix + "3"), "half");
         writeFile(places.target(".quarn-another-1"), "not ours");
         writeFile(places.target("joined/kept"), "kept");
-        const_cast<std::unique_ptr<Journal>&>(journal).reset();
+        journal.reset();
         QVERIFY(discardJournal(path));
         QCOMPARE(namesIn(places.target()), (QList<QByteArray>{".quarn-another-1", "joined"}));
         QCOMPARE(namesIn(places.target("joined")), QList<QByteArray>{"kept"});
