@@ -106,7 +106,7 @@ void ExecuteWindow::programEnded(const ProgramEnd& end)
 void ExecuteWindow::programFailed(const QString& problem)
 {
     const QString program = lastPart(command_.program);
-    showEnd(QString(), pluginTexts().cannotRun.arg(program, withSystemProblem(problem)));
+    showEnd(QString(), pluginTexts().cannotRun.arg(program, systemProblem(problem)));
 }
 
 void ExecuteWindow::showEnd(const QString& state, const QString& notice)

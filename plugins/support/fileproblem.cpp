@@ -51,12 +51,10 @@ QString systemProblem(int error)
     return found != std::end(SystemTexts) ? pluginTexts().*found->text : qt_error_string(error);
 }
 
-QString withSystemProblem(const QString& problem)
+QString systemProblem(const QString& said)
 {
-    for (const SystemText& each : SystemTexts) {
-        const QString words = qt_error_string(each.error);
-        if (problem.endsWith(words))
-            return problem.chopped(words.size()) + systemProblem(each.error);
-    }
-    return problem;
+    const auto* const found = std::find_if(
+        std::begin(SystemTexts), std::end(SystemTexts),
+        [&said](const SystemText& each) { return said.endsWith(qt_error_string(each.error)); });
+    return found != std::end(SystemTexts) ? pluginTexts().*found->text : said;
 }

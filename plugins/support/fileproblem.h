@@ -9,5 +9,6 @@ QString fileProblem(int error);
 /// or what the system says if there is no text for it.
 QString systemProblem(int error);
 
-/// What the toolkit says of a failure, with the system's words at its end in the language in use.
-QString withSystemProblem(const QString& problem);
+/// The same for what the toolkit says of a failure, which ends with what the system says: these
+/// words alone, or all of it if there is no text for them.
+QString systemProblem(const QString& said);

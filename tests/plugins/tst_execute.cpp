@@ -1,7 +1,9 @@
 #include "platform/keymap.h"
 #include "plugins/execute/executewindow.h"
 #include "plugins/execute/runningprogram.h"
+#include "plugins/support/plugintexts.h"
 #include "plugins/support/textpane.h"
+#include "tests/support/drawntexts.h"
 #include "tests/support/keys.h"
 #include "tests/support/pictures.h"
 #include "tests/support/scratchfolder.h"
@@ -38,6 +40,7 @@ private slots:
     void whatOneLooksAtStaysInView();
     void programThatCannotBeRunIsTold_data();
     void programThatCannotBeRunIsTold();
+    void reasonWhyItCannotBeRunIsInTheLanguage();
     void endingEndsTheProgramFirst();
     void closingTheWindowObjectEndsTheProgram();
     void programInheritsNoDescriptors();
@@ -272,6 +275,22 @@ void tst_Execute::programThatCannotBeRunIsTold()
     pressKey(PhoneKey::SoftLeft);
     pressKey(PhoneKey::Down);
     QTRY_COMPARE(runner.window.mainWidgetTitle(), name);
+}
+
+void tst_Execute::reasonWhyItCannotBeRunIsInTheLanguage()
+{
+    const ScratchFolder folder;
+    folder.write("a.lang", "[Language]\nCANNOT_RUN = Nein, %1: %2\nSYSTEM_NOT_FOUND = Grund\n");
+    folder.write("none", "#!/nonexistent/interpreter\n");
+    folder.setMode("none", 0755);
+    loadPluginTexts(folder.path("a.lang"));
+    Runner runner(folder.path("none"));
+    QTRY_COMPARE(runner.window.mainWidgetTitle(), QString("none"));
+    QStringList said;
+    for (const DrawnText& line : textsDrawnBy(*runner.window.pane()))
+        said.append(line.text);
+    loadPluginTexts(QString());
+    QCOMPARE(said.join(' '), QString("Nein, none: Grund"));
 }
 
 void tst_Execute::endingEndsTheProgramFirst()
