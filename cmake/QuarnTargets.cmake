@@ -110,12 +110,20 @@ function(quarn_module target name)
   target_link_libraries(${target} PRIVATE ${target}_parts quarn_build_flags)
 endfunction()
 
-# quarn_opens_modules(target): gives an executable all of platform/, files/, lang/ and the parts of
-# boxes, as far as it links them, for the modules that it opens.
+# quarn_opens_modules(target [libraries...]): gives an executable all of these libraries, for the modules
+# that it opens; all of platform/, files/, lang/ and the parts of boxes, unless others are named. They are
+# an option of the linker: among the libraries CMake may name one twice, and only some linkers see that
+# what they are to take as a whole is the same then.
 function(quarn_opens_modules target)
-  set_target_properties(
-    ${target} PROPERTIES ENABLE_EXPORTS ON
-                         LINK_LIBRARY_OVERRIDE "WHOLE_ARCHIVE,files,lang,platform,platform_core,widgets_boxes")
+  set(libraries ${ARGN})
+  if(NOT libraries)
+    set(libraries files lang platform platform_core widgets_boxes)
+  endif()
+  list(TRANSFORM libraries REPLACE "(.+)" "$<TARGET_FILE:\\1>")
+  target_link_options(
+    ${target} PRIVATE "LINKER:--push-state,--whole-archive" ${libraries} "LINKER:--pop-state")
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${libraries})
+  set_target_properties(${target} PROPERTIES ENABLE_EXPORTS ON)
 endfunction()
 
 add_library(libsystemd INTERFACE)
