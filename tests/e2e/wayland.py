@@ -1,12 +1,13 @@
 """A Wayland compositor of the tests' own, and pictures of what it shows."""
 
+import functools
 import os
 import pathlib
 import shutil
 import subprocess
 import tempfile
 
-from PIL import Image
+from PIL import Image, ImageChops
 
 import quarn
 
@@ -60,8 +61,9 @@ class Compositor:
 def screen_in(picture):
     """(left, top, scale) of the program's screen anywhere in a picture, by the line below its title;
     None if there is none."""
-    mask = Image.new("L", picture.size)
-    mask.putdata([255 if pixel == ACCENT else 0 for pixel in picture.getdata()])
+    apart = ImageChops.difference(picture, Image.new("RGB", picture.size, ACCENT)).split()
+    most = functools.reduce(ImageChops.lighter, apart)
+    mask = most.point(lambda value: 0 if value else 255)
     found = mask.getbbox()
     if found is None:
         return None
