@@ -43,7 +43,7 @@ class Session:
             now = self.picture()
             if last is None or now.tobytes() != last.tobytes():
                 last, since = now, time.monotonic()
-            return (time.monotonic() - since > CALM and wayland.accent_width(last) > 0
+            return (time.monotonic() - since > CALM and wayland.screen_in(last) is not None
                     and (before is None or last.tobytes() != before.tobytes())
                     and (after is None or last.tobytes() == after.tobytes()))
         try:
@@ -68,6 +68,8 @@ class Session:
         """All steps; gives the picture of the listing."""
         quarn.wait_until(lambda: len(self.program.listings()) >= 2 or not self.program.is_running(),
                          self.program.describe)
+        # The box at the start takes keys until it goes.
+        quarn.wait_until(self.is_ready, f"the end of the start on {self.name}")
         listing = self.step("listing")
         if self.press is None:
             return listing
@@ -79,6 +81,10 @@ class Session:
             self.step("back", "F11", before=text, after=closed)
         return listing
 
+    def is_ready(self):
+        picture = self.picture()
+        return wayland.screen_in(picture) is not None and not wayland.shows_box(picture)
+
     def expect(self, condition, what):
         if not condition:
             raise quarn.Failure(f"{self.name}: not so: {what}")
@@ -86,15 +92,16 @@ class Session:
     def expect_filled(self, picture):
         """The screen lies in the middle at the largest quarter step, in black."""
         left, top, scale = quarn.screen_in(picture.size)
-        inside = (left, top, left + int(quarn.WIDTH * scale), top + int(quarn.HEIGHT * scale))
         around = picture.copy()
-        around.paste((0, 0, 0), inside)
+        around.paste((0, 0, 0), (left, top, left + int(quarn.WIDTH * scale),
+                                 top + int(quarn.HEIGHT * scale)))
         self.expect(around.getbbox() is None, "black around the screen")
-        self.expect(wayland.accent_width(picture) == inside[2] - left, f"the scale {scale}")
+        self.expect(wayland.screen_in(picture) == (left, top, scale),
+                    f"the screen at {left}, {top}, {scale} times as large")
 
-    def expect_width(self, picture, width):
-        self.expect(wayland.accent_width(picture) == width,
-                    f"a window {width} pixels wide; it is {wayland.accent_width(picture)}")
+    def expect_scale(self, picture, scale):
+        found = wayland.screen_in(picture)[2]
+        self.expect(found == scale, f"{scale} times as large; it is {found} times")
 
 
 @contextlib.contextmanager
@@ -130,28 +137,28 @@ def compositor_on(display, *arguments):
 
 
 def on_x11(folder):
-    for name, size, manager, width in (("x11-bare", (720, 1440), False, None),
-                                       ("x11-window", (1920, 1080), True, 480)):
+    for name, size, manager, scale in (("x11-bare", (720, 1440), False, None),
+                                       ("x11-window", (1920, 1080), True, 2)):
         with display_of(*size, window_manager=manager) as display, program_on(display) as program:
             session = Session(folder, name, program,
                               lambda: display.client.picture(0, 0, *size), display.client.press)
             listing = session.walk()
-            if width:
-                session.expect_width(listing, width)
+            if scale:
+                session.expect_scale(listing, scale)
             else:
                 session.expect_filled(listing)
 
 
 def on_wayland(folder):
     with display_of() as display:
-        for name, size, density, width in (("wayland-window", (1920, 1080), 1, 480),
-                                           ("wayland-small", (800, 600), 1, 240),
-                                           ("wayland-dense", (1600, 1200), 2, 480)):
+        for name, size, density, scale in (("wayland-window", (1920, 1080), 1, 2),
+                                           ("wayland-small", (800, 600), 1, 1),
+                                           ("wayland-dense", (1600, 1200), 2, 2)):
             logical = [side // density for side in size]
             with compositor_on(display, "headless", logical, f"--scale={density}") as compositor, \
                     program_on(display, **compositor.environment()) as program:
                 session = Session(folder, name, program, compositor.picture, None)
-                session.expect_width(session.walk(), width)
+                session.expect_scale(session.walk(), scale)
     # Full screen it is shown to a seat, which a compositor without a display has none of.
     for size in ((720, 1440), (640, 480), (240, 320)):
         with display_of(*size) as display, \

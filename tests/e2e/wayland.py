@@ -1,17 +1,19 @@
 """A Wayland compositor of the tests' own, and pictures of what it shows."""
 
+import functools
 import os
 import pathlib
 import shutil
 import subprocess
 import tempfile
 
-from PIL import Image
+from PIL import Image, ImageChops
 
 import quarn
 
 SOCKET = "wayland-quarn"
 ACCENT = (255, 100, 12)
+LINE_TOP = 18  # pixels of the screen
 
 
 class Compositor:
@@ -56,12 +58,23 @@ class Compositor:
         shutil.rmtree(self.runtime, ignore_errors=True)
 
 
-def accent_width(picture):
-    """How long the line below the title of the program is in a picture, pixels; 0 without one."""
-    mask = Image.new("L", picture.size)
-    mask.putdata([255 if pixel == ACCENT else 0 for pixel in picture.getdata()])
+def screen_in(picture):
+    """(left, top, scale) of the program's screen anywhere in a picture, by the line below its title;
+    None if there is none."""
+    apart = ImageChops.difference(picture, Image.new("RGB", picture.size, ACCENT)).split()
+    most = functools.reduce(ImageChops.lighter, apart)
+    mask = most.point(lambda value: 0 if value else 255)
     found = mask.getbbox()
     if found is None:
-        return 0
+        return None
     line = mask.crop((0, found[1], picture.width, found[1] + 1)).getbbox()
-    return line[2] - line[0]
+    scale = (line[2] - line[0]) / quarn.WIDTH
+    return line[0], round(found[1] - LINE_TOP * scale), scale
+
+
+def shows_box(picture):
+    """Whether a message or progress box is up, by its black title: a box is 220 wide and in the middle
+    of the screen."""
+    left, top, scale = screen_in(picture)
+    return any(all(picture.getpixel((left + int(x * scale), top + int(y * scale))) == (0, 0, 0)
+                   for x in (12, 40, 200, 228)) for y in range(70, 260))
