@@ -65,7 +65,7 @@ class TestPlayer(Case):
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
         player.wait_front()
-        player.wait_plays(songs[0])
+        player.wait_begun(songs[0])
         self.send(program, "LyraPlayer", "next")
         player.wait_plays(songs[1])
         return program, player, songs

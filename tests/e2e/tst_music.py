@@ -13,6 +13,7 @@ import socket
 import subprocess
 import sys
 import tempfile
+import time
 
 from PIL import Image
 
@@ -23,6 +24,8 @@ RENEW = "--renew" in sys.argv
 # The length of a song: no test takes so long that the next one begins by itself, and half of it
 # is shown as the same second whatever the delay of the sound is.
 SECONDS = 303.5
+# After so many seconds the player has given up an mpv that does not answer.
+GIVEN_UP = 25
 
 
 def make_songs(folder):
@@ -139,6 +142,36 @@ class Player(quarn.Watched):
     def wait_plays(self, song):
         quarn.wait_until(lambda: self.mpv.get("path") == str(song),
                          lambda: f"{song} to be played, not {self.mpv.get('path')}")
+
+    def wait_begun(self, song):
+        """Waits until the first song is played. An mpv that answers too late is given up; then Play starts
+        another one."""
+        since = time.monotonic()
+
+        def plays():
+            nonlocal since
+            if self.mpv.get("path") == str(song):
+                return True
+            if time.monotonic() - since > GIVEN_UP:
+                since = time.monotonic()
+                self.display.pressed("softleft")
+            return False
+
+        quarn.wait_until(plays, f"{song} to be played", 4 * quarn.DEADLINE)
+
+    def pause(self):
+        """Makes it pause, if it does not."""
+        since = None
+
+        def is_paused():
+            nonlocal since
+            paused = self.mpv.get("pause")
+            if paused is False and (since is None or time.monotonic() - since > GIVEN_UP):
+                since = time.monotonic()
+                self.display.pressed("softleft")
+            return paused
+
+        quarn.wait_until(is_paused, "the pause")
 
     def position(self):
         return self.mpv.get("time-pos") or 0
