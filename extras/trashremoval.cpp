@@ -52,7 +52,7 @@ FileHandle openWritable(int parent, const char* name)
 
 } // namespace
 
-TrashRemoval::TrashRemoval(std::vector<TrashFolder> trashes)
+TrashRemoval::TrashRemoval(const std::vector<TrashFolder>& trashes)
 {
     for (const TrashFolder& trash : trashes) {
         FileHandle expunged = trash.expunged(TrashFolder::Missing::Leave);

@@ -14,7 +14,7 @@
 class TrashRemoval
 {
 public:
-    explicit TrashRemoval(std::vector<TrashFolder> trashes);
+    explicit TrashRemoval(const std::vector<TrashFolder>& trashes);
 
     /// Whether there is anything to do.
     bool isNeeded() const;
