@@ -61,21 +61,27 @@ class Case(quarn.Case):
         quarn.wait_until(lambda: not any(os.path.lexists(self.at(name)) for name in entries),
                          "the entries to go")
         self.user.wait_nothing()
+        self.settle()
 
     def open_trash(self):
         """By the last item of the options menu."""
         self.program_.key("softleft", "up", "select")
         quarn.wait_until(self.is_page, "the trash")
 
-    def choose(self, digit):
-        """From the menu of the highlighted row, once nothing goes on any more."""
+    def settle(self):
+        """Waits until a command is over: the main window and the list hear no keys before that."""
         self.program_.wait_idle()
+
+    def choose(self, digit):
+        """From the menu of the highlighted row."""
+        self.settle()
         self.program_.key("softleft", digit)
 
     def leave(self):
-        self.program_.wait_idle()
+        self.settle()
         self.program_.key("softright")
         quarn.wait_until(lambda: not self.is_page(), "the panels")
+        self.settle()
 
 
 class TestTrash(Case):
@@ -118,7 +124,7 @@ class TestTrash(Case):
                 quarn.make_file(self.left / "a", b"new")
                 self.open_trash()
                 self.choose("1")
-                self.program_.wait_idle()
+                self.settle()
                 self.program_.key(digit)
                 quarn.wait_until(
                     lambda: {name: content(self.at(name)) for name in names(self.left)} == here,
@@ -204,6 +210,7 @@ class TestTrash(Case):
         self.user.answer(True)
         self.user.answer(False)
         self.user.wait_nothing()
+        self.settle()
         self.assertEqual(names(inside), ["b", "c"])
         self.user.command("delete")
         self.user.answer(True)
