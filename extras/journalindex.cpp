@@ -28,12 +28,15 @@ JournalIndex::JournalIndex(int file) : reader_(file)
         case JournalRecord::Type::DecisionForAll:
             decisions_.forAll = record.answer;
             break;
+        case JournalRecord::Type::Source:
+            identities_.insert(record.source, record.identity);
+            break;
         case JournalRecord::Type::Aside:
             asides_.push_back(record);
             break;
         case JournalRecord::Type::Made:
-            if (record.links > 1 && S_ISREG(record.mode) && !linked_.contains(record.origin))
-                linked_.insert(record.origin, place);
+            if (record.links > 1 && S_ISREG(record.mode))
+                linked_[record.origin].append(place);
             [[fallthrough]];
         case JournalRecord::Type::Moved:
         case JournalRecord::Type::Joined:

@@ -68,6 +68,9 @@ QByteArray JournalRecord::toBytes() const
     case Type::Aside:
         stream << to << temporary;
         break;
+    case Type::Source:
+        stream << source << identity.device << identity.inode;
+        break;
     case Type::Made:
     case Type::Moved:
     case Type::Joined:
@@ -100,6 +103,9 @@ bool JournalRecord::fromBytes(const QByteArray& bytes)
         break;
     case Type::Aside:
         stream >> to >> temporary;
+        break;
+    case Type::Source:
+        stream >> source >> identity.device >> identity.inode;
         break;
     case Type::Made:
     case Type::Moved:

@@ -17,6 +17,7 @@ struct JournalRecord {
         Made,           ///< `to` is about to become the entry `identity`, made from `from`
         Moved,          ///< `from`, which is the entry `identity`, is about to become `to`
         Joined,         ///< the contents of the folder `from` go into `to`, which was there before
+        Source,         ///< what a source is, by `identity`; written with the request
         Aside           ///< what is in the way at `to` waits under `temporary`, in the same folder
     };
 

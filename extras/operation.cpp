@@ -35,9 +35,21 @@ OperationRequest tidied(OperationRequest request)
     return request;
 }
 
-QList<JournalRecord> recordsOf(const Decisions& decisions)
+/// What a journal has to know from its beginning on.
+QList<JournalRecord> recordsOf(const Work& work)
 {
+    const Decisions& decisions = work.decisions;
     QList<JournalRecord> records;
+    // Another entry that has taken a source's name by the next start must not go in its place.
+    if (work.request.kind != OperationKind::Copy) {
+        for (auto one = work.identities.constBegin(); one != work.identities.constEnd(); ++one) {
+            JournalRecord record;
+            record.type = JournalRecord::Type::Source;
+            record.source = one.key();
+            record.identity = one.value();
+            records.append(record);
+        }
+    }
     const auto add = [&records](JournalRecord::Type type, const QByteArray& from, Answer answer) {
         JournalRecord record;
         record.type = type;
@@ -93,7 +105,7 @@ public:
 
 void Operation::Private::begin()
 {
-    work.journal = Journal::begin(work.request, recordsOf(work.decisions));
+    work.journal = Journal::begin(work.request, recordsOf(work));
     if (work.journal == nullptr)
         work.journalError = errno;
     work.progress.bytesTotal = work.request.kind == OperationKind::Delete ? 0 : survey.bytes;
@@ -108,6 +120,7 @@ bool Operation::Private::resume(const QByteArray& path)
         return false;
     earlier = std::make_unique<JournalIndex>(work.journal->descriptor());
     work.decisions = earlier->decisions();
+    work.identities = earlier->identities();
     work.temporaryPrefix = work.journal->temporaryPrefix();
     return true;
 }

@@ -102,8 +102,10 @@ std::optional<Transfer::Linked> Transfer::linkedFor(const struct stat& info)
         return std::nullopt;
     const EntryIdentity identity = EntryIdentity::of(info);
     auto found = links_.constFind(identity);
-    if (found == links_.constEnd() && hasEarlier && earlier_->linked().contains(identity)) {
-        const JournalRecord record = earlier_->at(earlier_->linked().value(identity));
+    const QList<qint64> places = hasEarlier ? earlier_->linked().value(identity) : QList<qint64>();
+    for (auto place = places.begin(); found == links_.constEnd() && place != places.end();
+         ++place) {
+        const JournalRecord record = earlier_->at(*place);
         struct stat made = {};
         if (isAt(record, made))
             found = links_.insert(identity, {record.to, {}, {}, 0, record.size, record.modified});

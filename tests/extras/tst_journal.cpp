@@ -233,6 +233,31 @@ private slots:
         QVERIFY(!hasJournals());
     }
 
+    void whatHasTakenASourcesNameSinceIsNotMeant()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("file"), "meant");
+        auto operation =
+            std::make_unique<Operation>(places.request(OperationKind::Delete, {"file"}));
+        while (operation->step(1000) == Operation::State::Surveying) {
+        }
+        operation->begin();
+        const QByteArray path = operation->journal();
+        QCOMPARE(link(path.constData(), places.source("journal").constData()), 0);
+        runToEnd(*operation);
+        operation.reset();
+        QVERIFY(!isThere(places.source("file")));
+        QCOMPARE(rename(places.source("journal").constData(), path.constData()), 0);
+        // Made first, so that it cannot get the number of the one that went.
+        writeFile(places.source("before"), "x");
+        writeFile(places.source("file"), "not meant");
+        const auto again = Operation::finish(path);
+        QVERIFY(again != nullptr);
+        runToEnd(*again);
+        QCOMPARE(readFile(places.source("file")), QByteArray("not meant"));
+        QCOMPARE(again->failures().first.first().trouble, Trouble::SourceChanged);
+    }
+
     void whatWasPutAsideComesBack()
     {
         const OperationPlaces places;
