@@ -1,5 +1,6 @@
 """An installation of the built program in a scratch folder, packages made of it, and users."""
 
+import fcntl
 import os
 import pathlib
 import shutil
@@ -20,8 +21,11 @@ STAND_IN = LINE + "printf '%s\\n' \"$0\" \"$@\"\n"
 def installed(prefix):
     """Installs the build tree QUARN_BUILD there."""
     build = os.environ.get("QUARN_BUILD") or sys.exit("QUARN_BUILD must name a build tree")
-    subprocess.run(["cmake", "--install", build, "--prefix", str(prefix)], check=True,
-                   stdout=subprocess.DEVNULL)
+    # The tool notes in the build tree what it installs: one at a time.
+    with open(pathlib.Path(build, "packaging", "install.lock"), "w") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        subprocess.run(["cmake", "--install", build, "--prefix", str(prefix)], check=True,
+                       stdout=subprocess.DEVNULL)
     return prefix
 
 
