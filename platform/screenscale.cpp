@@ -127,6 +127,11 @@ double ScreenScale::density()
     return windowsDensity > 0 ? windowsDensity : qGuiApp->devicePixelRatio();
 }
 
+double ScreenScale::canvasDensity()
+{
+    return std::max(1.0, density());
+}
+
 void ScreenScale::setDensity(double density)
 {
     windowsDensity = density;

@@ -43,6 +43,9 @@ QSize firstWindow(QSizeF display);
 /// The scale now. Needs the application object.
 double density();
 
+/// The scale of a pixmap that is painted on: density(), but the toolkit paints on none below 1.
+double canvasDensity();
+
 /// The scale of a screen that follows its window, told by that window; 0 when there is none.
 void setDensity(double density);
 

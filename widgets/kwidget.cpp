@@ -2,6 +2,7 @@
 
 #include "lang/texts.h"
 #include "platform/keymap.h"
+#include "platform/screenscale.h"
 #include "platform/zapplication.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
@@ -209,6 +210,7 @@ void kWidget::showEvent(QShowEvent* event)
 void kWidget::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, ScreenScale::density() < 1);
     painter.drawPixmap(0, 0, canvas);
     if (composed_.process)
         drawPicture(painter, frameRect().topLeft(), aniFrame);

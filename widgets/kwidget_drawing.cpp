@@ -33,11 +33,11 @@ void kWidget::drawAll()
 {
     const bool titleStands = titleBottom_ > 0 && content_.title == composed_.title &&
                              content_.icon == composed_.icon &&
-                             canvas.devicePixelRatio() == ScreenScale::density();
+                             canvas.devicePixelRatio() == ScreenScale::canvasDensity();
     y = titleBottom_;
     if (!titleStands) {
         y = 0;
-        canvas = blackCanvas(ZScreen::Height, ScreenScale::density());
+        canvas = blackCanvas(ZScreen::Height, ScreenScale::canvasDensity());
         drawTitle(content_.title, content_.icon);
         titleBottom_ = y;
     }
@@ -59,7 +59,7 @@ QRegion kWidget::redrawLines()
     if (sections_.isEmpty() || content_.process || composed_.process ||
         content_.title != composed_.title || content_.icon != composed_.icon ||
         content_.align != composed_.align || content_.keyBar != composed_.keyBar ||
-        canvas.devicePixelRatio() != ScreenScale::density())
+        canvas.devicePixelRatio() != ScreenScale::canvasDensity())
         return {};
     const Section& last = sections_.constLast();
     const QRegion lastLine = lineRect(last, last.lines.texts.size() - 1);
@@ -120,9 +120,10 @@ QList<kWidget::Section> kWidget::sectionsOf(const QString& text)
 void kWidget::reserve(int height)
 {
     if (pixmapSize(canvas).height() >= height &&
-        canvas.devicePixelRatio() == ScreenScale::density())
+        canvas.devicePixelRatio() == ScreenScale::canvasDensity())
         return;
-    QPixmap larger = blackCanvas(std::max(height, int(ZScreen::Height)), ScreenScale::density());
+    QPixmap larger =
+        blackCanvas(std::max(height, int(ZScreen::Height)), ScreenScale::canvasDensity());
     QPainter(&larger).drawPixmap(0, 0, canvas);
     canvas = larger;
 }

@@ -50,8 +50,8 @@ PlayerWindow::PlayerWindow(Player& player)
     : PluginWindow(QStringLiteral("LyraPlayer")),
       player_(player),
       reader_(new TrackReader(this)),
-      noMark_(emptyMark(ScreenScale::density())),
-      mark_(playMark(ScreenScale::density()))
+      noMark_(emptyMark(ScreenScale::canvasDensity())),
+      mark_(playMark(ScreenScale::canvasDensity()))
 {
     addPages();
     fillList();
@@ -110,8 +110,8 @@ ZListBoxItem* PlayerWindow::rowOf(int track)
 
 void PlayerWindow::drawMarks()
 {
-    noMark_ = emptyMark(ScreenScale::density());
-    mark_ = playMark(ScreenScale::density());
+    noMark_ = emptyMark(ScreenScale::canvasDensity());
+    mark_ = playMark(ScreenScale::canvasDensity());
     if (ZListBoxItem* row = list_->item(player_.current()))
         row->setPixmap(0, mark_);
 }

@@ -158,7 +158,14 @@ class TestWithoutManager(ScreenCase):
         self.assertSharp(before, self.native(0.75, "down", "down"))
         program.click(60, 63)
         program.wait_idle()
-        self.assertSharp(program.wait_change(before), self.native(0.75, "down"))
+        tapped = program.wait_change(before)
+        self.assertSharp(tapped, self.native(0.75, "down"))
+        program.with_modifier("hide")
+        question = program.wait_change(tapped)
+        # The box is there up to the ground of its answers, from side to side.
+        self.assertEqual([question.getpixel((x, 152)) for x in (10, 90, 170)], [(0, 0, 0)] * 3)
+        program.key("softright")
+        self.assertEqual(program.wait_change(question).tobytes(), tapped.tobytes())
 
 
 class TestDesktop(ScreenCase):
