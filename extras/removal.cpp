@@ -6,7 +6,7 @@
 #include <utility>
 
 Removal::Removal(FolderCursor& cursor, const QByteArray& path, Failed failed)
-    : cursor_(cursor), walk_(cursor, path, TreeWalk::Facts::Kind), failed_(std::move(failed))
+    : walk_(cursor, path, TreeWalk::Facts::Kind), failed_(std::move(failed))
 {
 }
 

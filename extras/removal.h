@@ -30,7 +30,6 @@ private:
     bool unlink(int flags);
     void tell(int error);
 
-    FolderCursor& cursor_;
     TreeWalk walk_;
     Failed failed_;
     qint64 removed_ = 0;

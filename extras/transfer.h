@@ -97,6 +97,7 @@ private:
     void startFile(const BatchItem& item, int folder);
     void stepFile();
     std::optional<Linked> linkedFor(const struct stat& info);
+    QHash<EntryIdentity, Linked>::const_iterator linkedEarlier(const EntryIdentity& identity);
     void keep(BatchItem item);
     void makeKnown(Level& level);
 

@@ -17,11 +17,12 @@ void Transfer::make(BatchItem item)
     makeKnown(level);
     item.workFolder = workPath(level);
     item.temporary = target_.temporaryName();
-    const bool isLinked = makeLink(item);
-    const int folder = target_.folder(item.workFolder);
-    if (isLinked)
+    if (makeLink(item)) {
         keep(item);
-    else if (folder < 0)
+        return;
+    }
+    const int folder = target_.folder(item.workFolder);
+    if (folder < 0)
         refuse(Trouble::CannotMake, errno);
     else if (S_ISDIR(item.facts.st_mode))
         makeFolder(item, folder);
@@ -102,19 +103,26 @@ std::optional<Transfer::Linked> Transfer::linkedFor(const struct stat& info)
         return std::nullopt;
     const EntryIdentity identity = EntryIdentity::of(info);
     auto found = links_.constFind(identity);
-    const QList<qint64> places = hasEarlier ? earlier_->linked().value(identity) : QList<qint64>();
-    for (auto place = places.begin(); found == links_.constEnd() && place != places.end();
-         ++place) {
-        const JournalRecord record = earlier_->at(*place);
-        struct stat made = {};
-        if (isAt(record, made))
-            found = links_.insert(identity, {record.to, {}, {}, 0, record.size, record.modified});
-    }
+    if (earlier_ != nullptr && found == links_.constEnd())
+        found = linkedEarlier(identity);
     // Another file may have got its number meanwhile.
     if (found == links_.constEnd() || found->size != info.st_size ||
         found->modified != nanoseconds(info.st_mtim))
         return std::nullopt;
     return *found;
+}
+
+/// What an earlier run has made of a file with several names, if it is still there.
+QHash<EntryIdentity, Transfer::Linked>::const_iterator
+Transfer::linkedEarlier(const EntryIdentity& identity)
+{
+    for (const qint64 place : earlier_->linked().value(identity)) {
+        const JournalRecord record = earlier_->at(place);
+        struct stat made = {};
+        if (isAt(record, made))
+            return links_.insert(identity, {record.to, {}, {}, 0, record.size, record.modified});
+    }
+    return links_.constEnd();
 }
 
 /// Links, pipes, sockets and devices.
