@@ -16,6 +16,7 @@ from operations import names, tree_text
 WHITE = (255, 255, 255)
 TABS = 3
 BOX_AFTER = 0.4  # seconds
+SLICE = 0.1  # seconds, and more than a slice takes
 MANY = 600  # small files in a tree
 ODD = [b"'quotes' \"both\"", b"$(touch made) `touch made`", b"line\nbreak", b"-rf", b"--help", b"a&b;c|d",
        b"<b>bold<hr>", b"\xe2\x80\xaegpj.exe", b"\xff\xfe", b"\xef\xbb\xbfmark", b"back\\slash",
@@ -236,8 +237,9 @@ class TestInterrupted(Case):
             # In the order in which the system lists them, so that many are still to come.
             parts = [entry.path for entry in os.scandir(self.left / tree)][:MANY // 300]
             files = [entry.path for part in parts for entry in os.scandir(part)]
-            self.held[tree] = pathlib.Path(chance.choice(files))
-            rules.append(f"open hold 0 {self.held[tree]}")
+            first = chance.randrange(len(files) - 1)
+            self.held[tree] = pathlib.Path(files[first])
+            rules += [f"open hold 0 {file}" for file in files[first:first + 2]]
         self.gate = operations.inject_faults(self.program_, *rules)
         self.start()
 
@@ -260,7 +262,11 @@ class TestInterrupted(Case):
         self.paste_up_to_the_gate(command, tree)
         time.sleep(BOX_AFTER)  # waits: what is over sooner has no box, nor anything to cancel
         self.program_.key("softright")
-        self.gate.open()
+        self.gate.step()
+        time.sleep(SLICE)  # waits: on a fast disk all the rest may take less than a slice
+        self.gate.path.unlink()
+        if self.gate.reached.exists():
+            self.gate.step()
         self.wait_main()
         self.program_.wait_idle()
 
