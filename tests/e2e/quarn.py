@@ -21,7 +21,7 @@ import xclient
 WIDTH, HEIGHT = 240, 320
 DEADLINE = 60  # seconds; for what takes a fraction of one on an idle machine
 LARGE = 1000000  # bytes
-POLL = 0.02    # seconds between two looks at something that is awaited
+POLL = 0.04    # seconds between two looks at something that is awaited; each look is work
 
 # Names of the phone's keys, each with the X key that stands for it.
 KEYS = {
