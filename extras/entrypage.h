@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/zmainwidget.h"
+#include "widgets/listpage.h"
 
 #include <QList>
 #include <QPixmap>
@@ -8,14 +8,12 @@
 #include <QStringList>
 
 class QLabel;
-class ZListBox;
-class ZSoftKey;
 
 /// A page with a list, of entries or of what can be done: lines that tell what it is about above
 /// it, and lines about the highlighted row below it. Return, a second tap, or the digit of one of
 /// the first nine rows if they have digits, chooses a row; the soft keys do what they say, and one
 /// without a text does nothing. Everything below the page on the screen is inert while it is shown.
-class EntryPage : public ZMainWidget
+class EntryPage : public ListPage
 {
     Q_OBJECT
     Q_PROPERTY(QStringList lines READ lines)
@@ -43,7 +41,6 @@ public:
     void setRow(int index, const Row& row);
     void setSoftKeys(const QString& left, const QString& right);
 
-    ZListBox* list() const { return list_; }
     /// The highlighted row; -1 while there is none.
     int currentRow() const;
     QStringList lines() const;
@@ -55,18 +52,16 @@ signals:
     void rightPressed();
 
 protected:
-    void keyPressEvent(QKeyEvent* event) override;
+    void softKeyPressed(int key) override;
+    void otherKeyPressed(int code) override;
 
 private:
     QString rowName(int index) const;
     QString fittingDetail(const Row& row) const;
     void showNotes(int row);
-    void softKey(int key);
 
     QList<Row> rows_;
     bool digits_ = false;
     QLabel* lines_;
-    ZListBox* list_;
     QLabel* notes_[2];
-    ZSoftKey* keys_;
 };

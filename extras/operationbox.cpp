@@ -2,7 +2,6 @@
 
 #include "lang/texts.h"
 #include "platform/keymap.h"
-#include "platform/zscreen.h"
 #include "widgets/boxparts.h"
 
 #include <QFontMetrics>
@@ -11,17 +10,9 @@
 
 #include <algorithm>
 
-OperationBox::OperationBox(const QString& title)
-    : QWidget(ZScreen::instance()),
-      titleFont_(Box::titleFont()),
-      textFont_(Box::textFont()),
-      title_(Box::linesOf(title, titleFont_))
+OperationBox::OperationBox(const QString& title) : BoxFrame(title)
 {
-    hide();
     setObjectName(QStringLiteral("OperationBox"));
-    setFocusPolicy(Qt::StrongFocus);
-    setAttribute(Qt::WA_OpaquePaintEvent);
-    ZScreen::instance()->place(this, ZScreen::Layer::Box);
 }
 
 void OperationBox::showLines(const QStringList& lines, int percent)
@@ -29,17 +20,15 @@ void OperationBox::showLines(const QStringList& lines, int percent)
     // Programs that read the screen are told of each tenth, not of each block.
     constexpr int Tenth = 10;
     const bool isNews = isHidden() || percent / Tenth != percent_ / Tenth;
-    const QFontMetrics metrics(textFont_.font());
-    lines_.clear();
+    const QFontMetrics metrics(textFont().font());
+    QStringList fitting;
     for (const QString& line : lines)
-        lines_.append(metrics.elidedText(line, Qt::ElideMiddle, Box::TextWidth));
+        fitting.append(metrics.elidedText(line, Qt::ElideMiddle, Box::TextWidth));
+    setLines(fitting);
     percent_ = std::min(percent, 100);
-    setGeometry(Box::geometry(Box::blockHeight(title_, titleFont_) +
-                              Box::blockHeight(lines_, textFont_) + progressHeight() +
-                              Box::KeyBarHeight));
+    fit(progressHeight() + Box::KeyBarHeight);
     const bool comesUp = isHidden();
     show();
-    update();
     if (comesUp)
         ZAccessible::tellAlert(this);
     else if (isNews)
@@ -51,13 +40,18 @@ int OperationBox::progressHeight() const
     return percent_ < 0 ? 0 : Box::ProgressHeight;
 }
 
+QString OperationBox::percentText() const
+{
+    return QString::number(percent_) + QLatin1Char('%');
+}
+
 ZBoxWords OperationBox::boxWords() const
 {
-    QStringList texts = lines_;
+    QStringList texts = lines();
     if (percent_ >= 0)
-        texts.append(QString::number(percent_) + QLatin1Char('%'));
+        texts.append(percentText());
     texts.removeAll(QString());
-    return {title_.join(QLatin1Char(' ')), texts, {LANG_CANCEL}, true, false};
+    return {titleLines().join(QLatin1Char(' ')), texts, {LANG_CANCEL}, true, false};
 }
 
 void OperationBox::chooseAnswer(int /*answer*/)
@@ -68,16 +62,10 @@ void OperationBox::chooseAnswer(int /*answer*/)
 void OperationBox::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), Qt::black);
-    painter.setPen(Qt::white);
-    const int top = Box::drawLines(painter, titleFont_, title_, Box::Gap, Qt::AlignHCenter);
-    const int end = top + Box::blockHeight(lines_, textFont_);
-    Box::drawGround(painter, top, end - top);
-    Box::drawLines(painter, textFont_, lines_, top + Box::Gap, Qt::AlignHCenter);
+    drawUpToText(painter);
     if (percent_ >= 0)
-        Box::drawProgress(painter, textFont_, end, percent_,
-                          QString::number(percent_) + QLatin1Char('%'));
-    Box::drawKeyBar(painter, textFont_, end + progressHeight(), {LANG_CANCEL});
+        Box::drawProgress(painter, textFont(), textEnd(), percent_, percentText());
+    Box::drawKeyBar(painter, textFont(), textEnd() + progressHeight(), {LANG_CANCEL});
 }
 
 void OperationBox::keyPressEvent(QKeyEvent* event)
@@ -91,7 +79,6 @@ void OperationBox::keyPressEvent(QKeyEvent* event)
 void OperationBox::mouseReleaseEvent(QMouseEvent* event)
 {
     event->accept();
-    const QPoint point = event->position().toPoint();
-    if (rect().contains(point) && point.y() >= height() - 2 * Box::KeyBarHeight)
+    if (isAtKeyBar(*event))
         emit cancelled();
 }

@@ -1,16 +1,15 @@
 #pragma once
 
 #include "platform/zaccessiblebox.h"
-#include "widgets/boxfont.h"
+#include "widgets/boxframe.h"
 
 #include <QString>
 #include <QStringList>
-#include <QWidget>
 
 /// The box in the middle of the screen that tells how far an operation is. The right soft key, or a
 /// tap on the key bar, asks for a cancel. Everything below it on the screen is inert while it is
 /// shown. It keeps its height while it is up, so that nothing jumps.
-class OperationBox : public QWidget, public ZSpokenBox
+class OperationBox : public BoxFrame, public ZSpokenBox
 {
     Q_OBJECT
     Q_PROPERTY(QStringList lines READ lines)
@@ -23,7 +22,7 @@ public:
     /// 0 for no bar. Shows the box.
     void showLines(const QStringList& lines, int percent);
 
-    QStringList lines() const { return lines_; }
+    using BoxFrame::lines;
     int percent() const { return percent_; }
 
     ZBoxWords boxWords() const override;
@@ -39,10 +38,7 @@ protected:
 
 private:
     int progressHeight() const;
+    QString percentText() const;
 
-    BoxFont titleFont_;
-    BoxFont textFont_;
-    QStringList title_; ///< lines
-    QStringList lines_;
     int percent_ = -1;
 };

@@ -38,12 +38,6 @@ bool openRegular(QFile& device, const QString& path, QIODevice::OpenMode mode)
     return true;
 }
 
-qint64 sizeOf(const FileHandle& file)
-{
-    struct stat about = {};
-    return ::fstat(file.get(), &about) == 0 ? about.st_size : 0;
-}
-
 std::optional<QByteArray> readRegular(const QString& path, qsizetype maxBytes)
 {
     QFile file;

@@ -17,9 +17,6 @@ FileHandle openRegular(const QString& path);
 bool openRegular(QFile& device, const QString& path,
                  QIODevice::OpenMode mode = QIODevice::ReadOnly);
 
-/// The size of an open file in bytes; 0 if the system does not tell.
-qint64 sizeOf(const FileHandle& file);
-
 /// The first `maxBytes` bytes of a regular file, or all of a shorter one. Empty, not null, for an
 /// empty file; nullopt if it cannot be opened, as with openRegular(), or read.
 std::optional<QByteArray> readRegular(const QString& path, qsizetype maxBytes);

@@ -1,6 +1,7 @@
 #include "platform/qcopchannel.h"
 
 #include "platform/qcopserver.h"
+#include "platform/socketaddress.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -19,7 +20,6 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
@@ -27,7 +27,6 @@ namespace
 {
 
 constexpr qsizetype MaxNameLength = 64;
-constexpr qsizetype MaxPathBytes = sizeof(sockaddr_un::sun_path) - 1;
 // A server sets its socket up as "/.xxxxxxxx" in the folder and then renames it.
 constexpr qsizetype SetUpNameBytes = 10;
 constexpr int ReservePollMs = 20;
@@ -76,7 +75,7 @@ std::optional<QByteArray> socketPath(const QByteArray& channel, Folder wanted)
     }
     const QByteArray folder = folderPath();
     QByteArray path = folder + '/' + channel;
-    if (std::max(path.size(), folder.size() + SetUpNameBytes) > MaxPathBytes) {
+    if (std::max(path.size(), folder.size() + SetUpNameBytes) > SocketAddress::MaxPathBytes) {
         qWarning("QCopChannel: %s is too long for a socket", path.constData());
         return std::nullopt;
     }
@@ -92,11 +91,8 @@ std::optional<QByteArray> socketPath(const QByteArray& channel, Folder wanted)
 /// connect() to a socket of the file system. Gives 0 or the errno.
 int connectTo(int socket, const QByteArray& path)
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.constData(), static_cast<size_t>(path.size()));
-    const auto* generic = reinterpret_cast<const sockaddr*>(&address);
-    return ::connect(socket, generic, sizeof address) == 0 ? 0 : errno;
+    const SocketAddress address(path);
+    return ::connect(socket, address.get(), address.size()) == 0 ? 0 : errno;
 }
 
 /// Whether a process has a stream socket open at `path`. A datagram socket asks: it is refused for

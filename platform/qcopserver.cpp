@@ -1,6 +1,7 @@
 #include "platform/qcopserver.h"
 
 #include "platform/qcopchannel.h"
+#include "platform/socketaddress.h"
 
 #include <QRandomGenerator>
 #include <QTimer>
@@ -9,11 +10,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
@@ -46,11 +45,8 @@ std::optional<Lengths> lengthsIn(const QByteArray& header)
 
 bool bindTo(int socket, const QByteArray& path)
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.constData(), static_cast<size_t>(path.size()));
-    const auto* generic = reinterpret_cast<const sockaddr*>(&address);
-    return ::bind(socket, generic, sizeof address) == 0;
+    const SocketAddress address(path);
+    return ::bind(socket, address.get(), address.size()) == 0;
 }
 
 /// Makes the socket listen at `path`, or leaves nothing there.

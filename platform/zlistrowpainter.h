@@ -17,8 +17,8 @@ public:
         int iconWidth = 0; ///< room for the icon in pixels
         QFont font;
         const ZSkinService::Look* look = nullptr;
-        /// By how much the name, which then is not cut, is shifted to the left, in pixels;
-        /// negative: it is cut in its middle if it does not fit.
+        /// How far the name, which then is not cut, has glided from its beginning to its end, in
+        /// pixels; negative: it is cut in its middle if it does not fit.
         qreal glide = -1;
     };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/zaccessible.h"
+
 #include <QLineEdit>
 
 class ZKeypadInput;
@@ -9,7 +11,7 @@ class ZKeypadInput;
 ///
 /// On a device with a keypad its digits write letters. While all of a name is selected, Left puts
 /// the cursor before the extension, or behind a name without one.
-class ZMultiLineEdit : public QLineEdit
+class ZMultiLineEdit : public QLineEdit, public ZAccessibleSource
 {
     Q_OBJECT
 
@@ -24,6 +26,8 @@ public:
     QString text() const;
     /// What types with the keys of a keypad. It is the field's.
     ZKeypadInput& keypad() { return *keypad_; }
+
+    QAccessibleInterface* makeAccessible() override;
 
 public slots:
     /// Puts the selection on the clipboard.
@@ -40,5 +44,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    class Accessible;
+
     ZKeypadInput* keypad_;
 };

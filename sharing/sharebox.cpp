@@ -1,7 +1,6 @@
 #include "sharing/sharebox.h"
 
 #include "platform/keymap.h"
-#include "platform/zscreen.h"
 #include "sharing/sharetexts.h"
 #include "widgets/boxparts.h"
 
@@ -36,17 +35,9 @@ QString dataSize(qint64 bytes)
 
 } // namespace
 
-ShareBox::ShareBox()
-    : QWidget(ZScreen::instance()),
-      titleFont_(Box::titleFont()),
-      textFont_(Box::textFont()),
-      title_(Box::linesOf(ShareTexts::instance().title, titleFont_))
+ShareBox::ShareBox() : BoxFrame(ShareTexts::instance().title)
 {
-    hide();
     setObjectName(QStringLiteral("ShareBox"));
-    setFocusPolicy(Qt::StrongFocus);
-    setAttribute(Qt::WA_OpaquePaintEvent);
-    ZScreen::instance()->place(this, ZScreen::Layer::Box);
 }
 
 void ShareBox::showProgress(const QString& text, qint64 sent, qint64 size)
@@ -54,13 +45,13 @@ void ShareBox::showProgress(const QString& text, qint64 sent, qint64 size)
     say(text, false);
     size_ = std::max<qint64>(size, 0);
     sent_ = std::clamp<qint64>(sent, 0, size_);
-    fit();
+    showFitting();
 }
 
 void ShareBox::showResult(const QString& text)
 {
     say(text, true);
-    fit();
+    showFitting();
 }
 
 /// Programs that read the screen are told what is new in it, not each block that is sent.
@@ -95,14 +86,10 @@ int ShareBox::percent() const
     return result_ || size_ == 0 ? -1 : int(double(sent_) * 100 / double(size_));
 }
 
-void ShareBox::fit()
+void ShareBox::showFitting()
 {
-    lines_ = Box::linesOf(text_, textFont_);
-    int height = Box::blockHeight(title_, titleFont_) + Box::blockHeight(lines_, textFont_);
-    if (!result_)
-        height += Box::ProgressHeight + Box::KeyBarHeight;
-    setGeometry(Box::geometry(height));
-    update();
+    setText(text_);
+    fit(result_ ? 0 : Box::ProgressHeight + Box::KeyBarHeight);
     show();
 }
 
@@ -117,16 +104,12 @@ QString ShareBox::progressText() const
 void ShareBox::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), Qt::black);
-    painter.setPen(Qt::white);
-    const int top = Box::drawLines(painter, titleFont_, title_, Box::Gap, Qt::AlignHCenter);
-    const int end = top + Box::blockHeight(lines_, textFont_);
-    Box::drawGround(painter, top, end - top);
-    Box::drawLines(painter, textFont_, lines_, top + Box::Gap, Qt::AlignHCenter);
+    drawUpToText(painter);
     if (result_)
         return;
-    Box::drawProgress(painter, textFont_, end, std::max(percent(), 0), progressText());
-    Box::drawKeyBar(painter, textFont_, end + Box::ProgressHeight, {ShareTexts::instance().cancel});
+    Box::drawProgress(painter, textFont(), textEnd(), std::max(percent(), 0), progressText());
+    Box::drawKeyBar(painter, textFont(), textEnd() + Box::ProgressHeight,
+                    {ShareTexts::instance().cancel});
 }
 
 void ShareBox::keyPressEvent(QKeyEvent* event)
@@ -144,11 +127,8 @@ void ShareBox::keyPressEvent(QKeyEvent* event)
 void ShareBox::mouseReleaseEvent(QMouseEvent* event)
 {
     event->accept();
-    const QPoint point = event->position().toPoint();
-    if (!rect().contains(point))
-        return;
-    if (result_)
+    if (result_ && rect().contains(event->position().toPoint()))
         emit closed();
-    else if (point.y() >= height() - 2 * Box::KeyBarHeight)
+    else if (!result_ && isAtKeyBar(*event))
         emit cancelled();
 }

@@ -1,16 +1,14 @@
 #pragma once
 
 #include "platform/zaccessiblebox.h"
-#include "widgets/boxfont.h"
+#include "widgets/boxframe.h"
 
 #include <QString>
-#include <QStringList>
-#include <QWidget>
 
 /// The box in the middle of the screen that tells how sharing goes on and how it ended. While it
 /// goes on, the right soft key or a tap on the key bar cancels; the end is closed by any key or
 /// tap. Everything below it on the screen is inert while it is shown.
-class ShareBox : public QWidget, public ZSpokenBox
+class ShareBox : public BoxFrame, public ZSpokenBox
 {
     Q_OBJECT
     Q_PROPERTY(QString text READ text)
@@ -43,14 +41,10 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
-    void fit();
+    void showFitting();
     void say(const QString& text, bool isResult);
     QString progressText() const;
 
-    BoxFont titleFont_;
-    BoxFont textFont_;
-    QStringList title_; ///< lines
-    QStringList lines_;
     QString text_;
     qint64 sent_ = 0;
     qint64 size_ = 0;

@@ -1,16 +1,15 @@
 #pragma once
 
-#include "platform/zmainwidget.h"
 #include "sharing/bluezdevices.h"
+#include "widgets/listpage.h"
 
 class QLabel;
-class ZListBox;
-class ZSoftKey;
+class ZListBoxItem;
 
 /// The screen on which a device is chosen: a list that is given anew while a search goes on.
 /// Return, the left soft key or a second tap chooses the highlighted device, the right soft key
 /// goes back. Everything below it on the screen is inert while it is shown.
-class ShareDeviceList : public ZMainWidget
+class ShareDeviceList : public ListPage
 {
     Q_OBJECT
     Q_PROPERTY(QString status READ status)
@@ -22,7 +21,6 @@ public:
     /// Shows these devices and keeps the highlight on the device that it was on.
     void setDevices(const QList<BluetoothDevice>& devices, bool searching);
 
-    ZListBox* list() const { return list_; }
     /// The line above the list that tells of the search.
     QString status() const;
 
@@ -31,14 +29,13 @@ signals:
     void cancelled();
 
 protected:
-    void keyPressEvent(QKeyEvent* event) override;
+    void softKeyPressed(int key) override;
 
 private:
+    QString wordBehind(const QString& before, const QString& word) const;
+    ZListBoxItem* makeRow(const BluetoothDevice& device) const;
     void choose(int row);
-    void softKey(int key);
 
     QList<BluetoothDevice> devices_;
     QLabel* status_;
-    ZListBox* list_;
-    ZSoftKey* keys_;
 };

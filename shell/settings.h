@@ -17,8 +17,8 @@ extern int header_type;
 /// Whether the panels show the line with size and date.
 extern bool full_inf;
 
-/// What can be left out, switched by the group "Extras". Each is off, or 0, unless
-/// the file says otherwise.
+/// What can be left out, switched by the group "Extras". Each is off, or 0, unless the file says
+/// otherwise.
 struct Extras {
     bool find = false;   ///< letters and digits find rows of the panels
     bool status = false; ///< the soft-key bar shows the folder and the place in it

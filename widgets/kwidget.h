@@ -24,8 +24,8 @@ public:
     enum Mode {
         Plain = 0,   ///< all keys are swallowed; only the program closes it. Returns 0 at once.
         Message = 1, ///< any key but the arrows closes it. Returns 1 at once.
-        Question =
-            2 ///< returns 1 for yes or 0 for no when it is answered; no when the program ends
+        /// Returns 1 for yes or 0 for no when it is answered; no when the program ends.
+        Question = 2
     };
 
     kWidget();

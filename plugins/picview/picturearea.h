@@ -41,6 +41,7 @@ public:
     /// Whether there is more in the picture's file than is at hand for the scale.
     bool wantsDetail() const;
 
+    /// As those of PicturePlace, with the picture drawn anew.
     bool zoomIn();
     bool zoomOut();
     void fit();

@@ -5,8 +5,7 @@
 #include <QSize>
 
 /// Where a picture lies in the area that shows it: fitted into it, filling it, or enlarged around
-/// some point.
-/// Lengths are pixels of the area or of the picture, as told.
+/// some point. Lengths are pixels of the area or of the picture, as told.
 class PicturePlace
 {
 public:

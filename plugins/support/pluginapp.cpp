@@ -74,8 +74,7 @@ PluginApp::PluginApp(int argc, char** argv, const QString& title, const QString&
     // It is not for the programs that a plugin starts.
     ZScreen::setPlace(qgetenv(ProgramNames::PlaceVariable));
     qunsetenv(ProgramNames::PlaceVariable);
-    pluginFolder_ = folderOfPlugin();
-    workFolder_ = workFolder.isEmpty() ? folderAbove(folderAbove(pluginFolder_)) : workFolder;
+    workFolder_ = workFolder.isEmpty() ? folderAbove(folderAbove(folderOfPlugin())) : workFolder;
     settings_ = readPluginSettings(workFolder_ + QStringLiteral("fm.cfg"));
     ZMotion::setEnabled(settings_.motion);
     ZTheme::choose(settings_.theme == 1 ? ZTheme::Dark : ZTheme::Light);

@@ -19,8 +19,7 @@ class PluginApp : public ZApplication
 
 public:
     /// `title` names the program to the user and to the window system. `workFolder`, which ends
-    /// with
-    /// "/", is for a program that lies elsewhere.
+    /// with "/", is for a program that lies elsewhere.
     PluginApp(int argc, char** argv, const QString& title, const QString& workFolder = {});
 
     /// The path that a plugin started with these arguments is to open; empty if there is none.
@@ -30,8 +29,6 @@ public:
     const QString& file() const { return file_; }
     /// Ends with "/".
     const QString& workFolder() const { return workFolder_; }
-    /// The plugin's own folder; ends with "/".
-    const QString& pluginFolder() const { return pluginFolder_; }
     /// Those of the work folder.
     const PluginSettings& settings() const { return settings_; }
 
@@ -41,6 +38,5 @@ public:
 private:
     QString file_;
     QString workFolder_;
-    QString pluginFolder_;
     PluginSettings settings_;
 };

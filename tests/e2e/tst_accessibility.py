@@ -20,8 +20,10 @@ class Test(quarn.Case):
         cls.reader = screenreader.Reader(cls.buses)
         cls.reader.listen("object:state-changed", "object:property-change")
 
-    def begin(self, *names, second_folder="/", **settings):
-        program = self.program(extras=EXTRAS, settings=settings, second_folder=second_folder)
+    def begin(self, *names, second_folder="/", display=None, scale="1", **settings):
+        program = quarn.Program(display or self.display, extras=EXTRAS, settings=settings,
+                                second_folder=second_folder)
+        self.addCleanup(program.stop)
         self.desk = quarn.make_folder(program.base / "desk")
         for name in names:
             if name.endswith("/"):
@@ -30,7 +32,8 @@ class Test(quarn.Case):
                 quarn.make_file(self.desk / name, b"12345")
         program.settings["Start_path_tab1"] = self.desk
         program.write_settings()
-        program.start(**self.buses.environment, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        program.start(**self.buses.environment, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+                      QUARN_SCALE=scale)
         self.app = quarn.wait_until(lambda: self.reader.application(program.pid()),
                                     "the program on the bus")
         self.reader.forget()
@@ -151,6 +154,47 @@ class Test(quarn.Case):
         Atspi.EditableText.set_text_contents(field, "b.txt")
         act(self.find(Atspi.Role.PUSH_BUTTON, "Yes", dialog), "Press")
         quarn.wait_until(lambda: (self.desk / "b.txt").exists(), "the new name")
+
+    def places_in_the_field(self, name, **where):
+        """Of the field that a file is renamed in: its own place and those of its characters, in
+        pixels of the screen, when each was seen to lie where its ink is; and the scale."""
+        program = self.begin(name, **where)
+        program.key("down", "softleft", "4")
+        field = self.find(Atspi.Role.TEXT)
+        Atspi.Text.remove_selection(field, 0)
+        quarn.wait_until(lambda: Atspi.Text.get_n_selections(field) == 0, "nothing selected")
+        picture = program.wait_stable().convert("L")
+        left, top, _, _ = program.rectangle()
+        in_window = [(place.x - left, place.y - top, place.width, place.height)
+                     for place in self.places(field, len(name))]
+        for letter, (x, y, width, height) in zip(name, in_window[1:]):
+            ink = picture.crop((x, y + height // 5, x + width, y + height * 4 // 5)).getextrema()
+            self.assertEqual(ink[0] < 176, letter != " ", (name, letter, x, y, width, height))
+        corner_x, corner_y, scale = quarn.screen_in(picture.size)
+        program.stop()
+        return [((x - corner_x) / scale, (y - corner_y) / scale, width / scale, height / scale)
+                for x, y, width, height in in_window], scale
+
+    @staticmethod
+    def places(field, length):
+        screen = Atspi.CoordType.SCREEN
+        yield Atspi.Component.get_extents(field, screen)
+        for offset in range(length):
+            yield Atspi.Text.get_character_extents(field, offset, screen)
+
+    def test_textIsWhereItIsSeenAtEveryScale(self):
+        name = "W W  WiW"
+        expected, scale = self.places_in_the_field(name)
+        self.assertEqual(scale, 1)
+        large = quarn.Display(480, 640)
+        self.addCleanup(large.stop)
+        for where, scale in (({"display": large, "scale": None}, 2), ({"scale": "0.75"}, 0.75)):
+            with self.subTest(scale):
+                found, found_scale = self.places_in_the_field(name, **where)
+                self.assertEqual(found_scale, scale)
+                for one, other in zip(expected, found):
+                    for length, other_length in zip(one, other):
+                        self.assertAlmostEqual(length, other_length, delta=1 / scale)
 
     def test_modeOfAKeypadIsSaid(self):
         program = self.begin("a.txt")

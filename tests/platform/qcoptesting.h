@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/qcopchannel.h"
+#include "platform/socketaddress.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -13,7 +14,6 @@
 #include <csignal>
 #include <cstring>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
@@ -61,21 +61,12 @@ inline QByteArray socketPath()
     return qgetenv("XDG_RUNTIME_DIR") + "/qcop/" + Channel;
 }
 
-inline sockaddr_un addressOf(const QByteArray& path)
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    qstrncpy(address.sun_path, path.constData(), sizeof address.sun_path);
-    return address;
-}
-
 /// A peer that speaks to the channel by itself. Its descriptor does not block.
 inline Descriptor connectedPeer()
 {
     Descriptor peer(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const sockaddr_un address = addressOf(socketPath());
-    const auto* generic = reinterpret_cast<const sockaddr*>(&address);
-    if (::connect(*peer, generic, sizeof address) != 0)
+    const SocketAddress address(socketPath());
+    if (::connect(*peer, address.get(), address.size()) != 0)
         qCritical("cannot connect: %s", std::strerror(errno));
     return peer;
 }
@@ -84,9 +75,8 @@ inline Descriptor connectedPeer()
 inline Descriptor foreignListener()
 {
     Descriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const sockaddr_un address = addressOf(socketPath());
-    const auto* generic = reinterpret_cast<const sockaddr*>(&address);
-    if (::bind(*listener, generic, sizeof address) != 0 || ::listen(*listener, 8) != 0)
+    const SocketAddress address(socketPath());
+    if (::bind(*listener, address.get(), address.size()) != 0 || ::listen(*listener, 8) != 0)
         qCritical("cannot listen: %s", std::strerror(errno));
     return listener;
 }

@@ -1,4 +1,5 @@
 #include "platform/regularfile.h"
+#include "platform/socketaddress.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,7 +9,6 @@
 #include <limits>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace
@@ -54,12 +54,9 @@ QString TestRegularFile::makeFile(const QString& name, const QByteArray& bytes) 
 QString TestRegularFile::makeSocket() const
 {
     const QString path = pathOf("socket");
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
+    const SocketAddress address(QFile::encodeName(path));
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool bound =
-        ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    const bool bound = ::bind(socket, address.get(), address.size()) == 0;
     ::close(socket);
     return bound ? path : QString();
 }

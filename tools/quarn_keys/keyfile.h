@@ -18,5 +18,6 @@ QByteArray keyFileWith(const QByteArray& old, const QList<KeyAnswer>& answers);
 /// the permissions stay. Returns 0 or the system's number of an error.
 int writeKeyFile(const QString& path, const QList<KeyAnswer>& answers);
 
-/// What writeKeyFile() would write: what is to be in effect; what can be read of it.
+/// The content of the file that writeKeyFile() would change; empty if it is not there or cannot be
+/// read.
 QByteArray readKeyFile(const QString& path);

@@ -6,8 +6,6 @@
 #include "platform/keymap.h"
 #include "platform/qdiskfont.h"
 #include "platform/zpixmap.h"
-#include "platform/zscreen.h"
-#include "platform/zskinservice.h"
 #include "widgets/boxparts.h"
 
 #include <QMouseEvent>
@@ -31,19 +29,13 @@ int percentage(const MoveProgress& progress)
 
 } // namespace
 
-MoveBox::MoveBox(const QString& title, const QString& text, const QString& icon)
-    : QWidget(ZScreen::instance()),
-      titleFont_(Box::titleFont()),
-      textFont_(Box::textFont()),
-      title_(Box::linesOf(title, titleFont_)),
-      text_(Box::linesOf(text, textFont_))
+MoveBox::MoveBox(const QString& title, const QString& text, const QString& icon) : BoxFrame(title)
 {
-    hide();
-    setFocusPolicy(Qt::StrongFocus);
-    setAttribute(Qt::WA_OpaquePaintEvent);
-    loadPixmap(icon_, icon);
-    ZScreen::instance()->place(this, ZScreen::Layer::Box);
-    place();
+    QPixmap picture;
+    loadPixmap(picture, icon);
+    setIcon(picture);
+    setText(text);
+    fit(Box::ProgressHeight);
 }
 
 void MoveBox::addFont(const QString& icon)
@@ -53,14 +45,6 @@ void MoveBox::addFont(const QString& icon)
     font.name = ProgramNames::Font;
     font.file = folderPart(icon) + QStringLiteral("../font.ttf");
     ZFontManager::addDiskFont(font);
-}
-
-void MoveBox::place()
-{
-    setGeometry(Box::geometry(pixmapSize(icon_).height() + Box::blockHeight(title_, titleFont_) +
-                              Box::blockHeight(text_, textFont_) +
-                              (hasFailed_ ? 0 : Box::ProgressHeight)));
-    update();
 }
 
 void MoveBox::showProgress(const MoveProgress& progress)
@@ -74,24 +58,16 @@ void MoveBox::showProgress(const MoveProgress& progress)
 void MoveBox::showFailure(const QString& message)
 {
     hasFailed_ = true;
-    text_ = Box::linesOf(message, textFont_);
-    place();
+    setText(message);
+    fit(0);
 }
 
 void MoveBox::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), Qt::black);
-    const QSize icon = pixmapSize(icon_);
-    drawPicture(painter, {(Box::Width - icon.width()) / 2, Box::Gap}, icon_);
-    painter.setPen(Qt::white);
-    const int top =
-        Box::drawLines(painter, titleFont_, title_, icon.height() + Box::Gap, Qt::AlignHCenter);
-    const int height = Box::blockHeight(text_, textFont_);
-    Box::drawGround(painter, top, height);
-    Box::drawLines(painter, textFont_, text_, top + Box::Gap, Qt::AlignHCenter);
+    drawUpToText(painter);
     if (!hasFailed_)
-        Box::drawProgress(painter, textFont_, top + height, percentage(progress_), progressText());
+        Box::drawProgress(painter, textFont(), textEnd(), percentage(progress_), progressText());
 }
 
 QString MoveBox::progressText() const

@@ -1,15 +1,13 @@
 #pragma once
 
 #include "tools/sys_gui/move.h"
-#include "widgets/boxfont.h"
+#include "widgets/boxframe.h"
 
-#include <QPixmap>
-#include <QStringList>
-#include <QWidget>
+#include <QString>
 
 /// The box of a move: a title bar with an icon, a text, and how far the move is. It looks like the
-/// boxes of the program that starts the move. All lengths are pixels of the screen.
-class MoveBox : public QWidget
+/// boxes of the program that starts the move.
+class MoveBox : public BoxFrame
 {
     Q_OBJECT
 
@@ -34,13 +32,7 @@ protected:
 
 private:
     QString progressText() const;
-    void place();
 
-    QPixmap icon_;
-    BoxFont titleFont_;
-    BoxFont textFont_;
-    QStringList title_; ///< lines
-    QStringList text_;
     MoveProgress progress_;
     bool hasFailed_ = false;
 };
