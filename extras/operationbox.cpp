@@ -29,6 +29,9 @@ void OperationBox::showLines(const QStringList& lines, int percent)
     // Programs that read the screen are told of each tenth, not of each block.
     constexpr int Tenth = 10;
     const bool isNews = isHidden() || percent / Tenth != percent_ / Tenth;
+    const bool isOther = percent >= 0 && std::min(percent, 100) != percent_;
+    const auto partCount = [this] { return boxWords().texts.size() + (percent_ < 0 ? 0 : 1); };
+    const qsizetype partsBefore = partCount();
     const QFontMetrics metrics(textFont_.font());
     lines_.clear();
     for (const QString& line : lines)
@@ -37,6 +40,8 @@ void OperationBox::showLines(const QStringList& lines, int percent)
     setGeometry(Box::geometry(Box::blockHeight(title_, titleFont_) +
                               Box::blockHeight(lines_, textFont_) + progressHeight() +
                               Box::KeyBarHeight));
+    if (partCount() != partsBefore)
+        ZAccessible::tellParts(this);
     const bool comesUp = isHidden();
     show();
     update();
@@ -44,6 +49,8 @@ void OperationBox::showLines(const QStringList& lines, int percent)
         ZAccessible::tellAlert(this);
     else if (isNews)
         ZAccessible::tellContent(this);
+    if (isOther)
+        tellPercent(this);
 }
 
 int OperationBox::progressHeight() const
@@ -54,10 +61,8 @@ int OperationBox::progressHeight() const
 ZBoxWords OperationBox::boxWords() const
 {
     QStringList texts = lines_;
-    if (percent_ >= 0)
-        texts.append(QString::number(percent_) + QLatin1Char('%'));
     texts.removeAll(QString());
-    return {title_.join(QLatin1Char(' ')), texts, {LANG_CANCEL}, true, false};
+    return {title_.join(QLatin1Char(' ')), texts, {LANG_CANCEL}, true, false, percent_};
 }
 
 void OperationBox::chooseAnswer(int /*answer*/)
