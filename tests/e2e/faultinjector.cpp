@@ -32,7 +32,7 @@ struct Rule {
     std::array<char, PATH_MAX> path{};
 };
 
-constexpr int MostRules = 8;
+constexpr int MostRules = 32;
 
 template<typename Function>
 Function original(const char* name)

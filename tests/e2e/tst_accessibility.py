@@ -22,7 +22,8 @@ class Test(quarn.Case):
         cls.buses = screenreader.Buses(cls.display)
         cls.addClassCleanup(cls.buses.stop)
         cls.reader = screenreader.Reader(cls.buses)
-        cls.reader.listen("object:state-changed", "object:property-change")
+        cls.reader.listen("object:state-changed", "object:property-change",
+                          "object:property-change:accessible-value")
 
     def begin(self, *names, second_folder="/", extras=None, prepare=None, **settings):
         program = self.program(extras=extras or EXTRAS, settings=settings,
