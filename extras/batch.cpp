@@ -117,8 +117,7 @@ void Batch::put(const BatchItem& item)
     if (const int there = place == parent ? -1 : target_.folder(place); there >= 0)
         made = sameFile(there);
     const int folder = target_.folder(parent);
-    if (folder >= 0 &&
-        give(item, place == parent ? folder : made.get(), item.temporary, folder)) {
+    if (folder >= 0 && give(item, place == parent ? folder : made.get(), item.temporary, folder)) {
         done(item);
         return;
     }

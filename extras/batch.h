@@ -159,5 +159,6 @@ private:
     bool hasSettled_ = false;       ///< the folders, after the last commit
     qint64 started_ = 0;            ///< microseconds
     std::optional<qint64> hurries_; ///< until then, microseconds
-    QHash<QByteArray, QByteArray> elsewhere_; ///< of joined folders, where what was made for them is
+    QHash<QByteArray, QByteArray>
+        elsewhere_; ///< of joined folders, where what was made for them is
 };

@@ -40,7 +40,8 @@ QString pictureOf(const TrashEntry& entry)
 
 QByteArrayView nameIn(const TrashEntry& entry)
 {
-    const QByteArrayView former = QByteArrayView(entry.path).sliced(entry.path.lastIndexOf('/') + 1);
+    const QByteArrayView former =
+        QByteArrayView(entry.path).sliced(entry.path.lastIndexOf('/') + 1);
     return former.isEmpty() ? QByteArrayView(entry.name) : former;
 }
 

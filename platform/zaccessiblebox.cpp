@@ -168,8 +168,7 @@ void ZSpokenBox::tellPercent(QWidget* box)
 {
     const auto* words = dynamic_cast<ZSpokenBox*>(box);
     if (words != nullptr && words->boxWords().percent >= 0)
-        ZAccessible::tellValue(box, int(words->boxWords().texts.size()),
-                               words->boxWords().percent);
+        ZAccessible::tellValue(box, int(words->boxWords().texts.size()), words->boxWords().percent);
 }
 
 QAccessibleInterface* ZSpokenBox::makeAccessible()

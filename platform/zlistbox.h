@@ -69,8 +69,8 @@ public:
     /// why there are no more of them, or none.
     void setEmptyText(const QString& text);
     const QString& emptyText() const { return emptyText_; }
-    /// What programs that read the screen are told of a row, by its number, besides its texts; asked
-    /// whenever one of them asks.
+    /// What programs that read the screen are told of a row, by its number, besides its texts;
+    /// asked whenever one of them asks.
     void setSpokenNotes(std::function<QString(int)> notes);
 
     QAccessibleInterface* makeAccessible() override;
