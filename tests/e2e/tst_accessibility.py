@@ -60,8 +60,11 @@ class Test(quarn.Case):
         """The first that is seen of this role and name."""
         def search():
             self.reader.look()
-            return next((node for node in walk(start or self.app)
-                         if node.get_role() == role and name in (None, node.get_name())), None)
+            try:
+                return next((node for node in walk(start or self.app)
+                             if node.get_role() == role and name in (None, node.get_name())), None)
+            except GLib.Error:
+                return None  # what was looked at has just gone
 
         return quarn.wait_until(search, lambda: f"a {role.value_nick} {name!r} among "
                                 f"{[(n.get_role_name(), n.get_name()) for n in walk(self.app)]}")
