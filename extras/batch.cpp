@@ -10,15 +10,6 @@
 namespace
 {
 
-/// So many files, or folders, are flushed one by one. More are flushed with their whole file
-/// system, which is faster for them, but waits for what others have written there.
-constexpr qsizetype FewFlushes = 16;
-
-bool isNewFile(const BatchItem& item)
-{
-    return item.kind == BatchItem::Kind::Put && S_ISREG(item.facts.st_mode);
-}
-
 /// Whether an entry is what it was when it was copied.
 bool isUntouched(const struct stat& copied, const struct stat& now)
 {
@@ -76,104 +67,19 @@ void Batch::record(const BatchItem& item)
     work_.journal->add(record);
 }
 
-void Batch::commit()
+void Batch::applyAll()
 {
-    if (items_.empty() && drops_.empty())
-        return;
-    const qint64 started = microsecondsNow();
-    flush();
-    target_.pace().noteFlush(waitingBytes_, qint64(items_.size()), microsecondsNow() - started);
     dropAll();
     std::vector<BatchItem> items;
     items.swap(items_);
     for (const BatchItem& item : items)
         apply(item);
+    for (auto one = elsewhere_.constBegin(); one != elsewhere_.constEnd(); ++one)
+        remainders.push_back({parentOf(one.value()), nameOf(one.value())});
+    elsewhere_.clear();
     pending_.clear();
     waitingBytes_ = flushedBytes_ = 0;
     ++serial_;
-}
-
-void Batch::settle()
-{
-    commit();
-    if (!flushNames() && !drops_.empty())
-        keepSources();
-    dropAll();
-    if (refused.empty()) {
-        drops_.swap(postponed_);
-        dropAll();
-    }
-}
-
-void Batch::flush()
-{
-    const bool hasFiles = std::any_of(items_.begin(), items_.end(), isNewFile);
-    const bool isMany = std::count_if(items_.begin(), items_.end(), isNewFile) > FewFlushes;
-    bool isSafe = true;
-    if (work_.journal != nullptr) {
-        // One flush of the file system is for both where it has both.
-        const bool together = isMany && work_.journal->device() == target_.device();
-        isSafe = together ? work_.journal->write() : work_.journal->flush();
-    }
-    if (!isSafe)
-        work_.loseJournal(errno);
-    if (isMany && target_.flush()) {
-        named_.clear();
-        hasManyNamed_ = false;
-        return;
-    }
-    if (hasFiles)
-        flushEach();
-    if (!drops_.empty() && !flushNames())
-        keepSources();
-}
-
-/// The names that were given before get onto the medium.
-bool Batch::flushNames()
-{
-    bool isSafe = true;
-    if (hasManyNamed_)
-        isSafe = target_.flush();
-    for (const QByteArray& path : std::as_const(named_)) {
-        const int folder = target_.folder(path);
-        isSafe = isSafe && folder >= 0 && (fsync(folder) == 0 || errno == EINVAL);
-    }
-    named_.clear();
-    hasManyNamed_ = false;
-    return isSafe;
-}
-
-/// What has no name on the medium for sure may be there only once.
-void Batch::keepSources()
-{
-    const int error = errno;
-    for (const BatchItem& item : drops_)
-        work_.fail(item.source, work_.fullSource(item.source, item.from), Trouble::CannotWrite,
-                   error);
-    drops_.clear();
-}
-
-/// Flushes the new files one by one; those that cannot be written get no name.
-void Batch::flushEach()
-{
-    for (auto item = items_.begin(); item != items_.end();) {
-        bool isSafe = true;
-        if (isNewFile(*item)) {
-            const int folder = target_.folder(item->workFolder);
-            const FileHandle file(folder < 0 ? -1
-                                             : openat(folder, item->temporary.constData(),
-                                                      O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-            isSafe = file.isOpen() && fsync(file.get()) == 0;
-        }
-        if (isSafe) {
-            ++item;
-            continue;
-        }
-        work_.fail(item->source, work_.fullSource(item->source, item->from), Trouble::CannotWrite,
-                   errno);
-        discard(*item);
-        item = items_.erase(item);
-    }
 }
 
 void Batch::apply(const BatchItem& item)
@@ -196,15 +102,63 @@ void Batch::apply(const BatchItem& item)
 
 void Batch::put(const BatchItem& item)
 {
+    const bool isFolder = S_ISDIR(item.facts.st_mode);
+    const QByteArray parent = parentOf(item.to);
+    // What has lost its folder is made anew with it, or was told of with it.
+    if (lost.contains(parent)) {
+        if (isFolder)
+            lost.insert(item.to);
+        work_.takeOff(1, item.bytes);
+        return;
+    }
     // The folders that it is in have got their names before it.
-    const int folder = target_.folder(parentOf(item.to));
-    if (folder >= 0 && give(item, folder, item.temporary, folder)) {
+    const QByteArray place = placeOf(parent);
+    FileHandle made;
+    if (const int there = place == parent ? -1 : target_.folder(place); there >= 0)
+        made = sameFile(there);
+    const int folder = target_.folder(parent);
+    if (folder >= 0 && give(item, place == parent ? folder : made.get(), item.temporary, folder)) {
         done(item);
         return;
     }
-    work_.fail(item.source, work_.fullSource(item.source, item.from), Trouble::CannotRename, errno);
+    const int error = errno;
+    const bool isTaken = folder >= 0 && error == EEXIST && !item.replaced;
+    if (isTaken && isFolder && joinInstead(item, folder))
+        return;
+    remainders.push_back({place, item.temporary});
+    if (isFolder)
+        lost.insert(item.to);
+    if (isTaken && !item.isAgain) {
+        tryAgain(item, false);
+        return;
+    }
+    work_.fail(item.source, work_.fullSource(item.source, item.from), Trouble::CannotRename, error);
     work_.takeOff(1, item.bytes);
-    remainders.push_back({parentOf(item.to), item.temporary});
+}
+
+/// Where the folder is that was made to get this path: there, or, if another one had taken it,
+/// where it was made.
+QByteArray Batch::placeOf(const QByteArray& folder) const
+{
+    return elsewhere_.value(folder, folder);
+}
+
+/// A folder has come into a new folder's place since it was looked at: two folders never are in
+/// each other's way.
+bool Batch::joinInstead(const BatchItem& item, int folder)
+{
+    struct stat there = {};
+    if (!lookAt(folder, nameOf(item.to), there) || !S_ISDIR(there.st_mode))
+        return false;
+    elsewhere_.insert(item.to, below(placeOf(parentOf(item.to)), item.temporary));
+    joined.insert(item.to);
+    return true;
+}
+
+/// It is looked at once more when all others are done, and may be asked about then.
+void Batch::tryAgain(const BatchItem& item, bool cannotBeRenamed)
+{
+    refused.push_back({item.source, item.from, item.to, cannotBeRenamed});
 }
 
 void Batch::moveIn(const BatchItem& item)
@@ -222,7 +176,9 @@ void Batch::moveIn(const BatchItem& item)
     if (folder >= 0 && give(item, sources.folder(), name, folder)) {
         done(item);
     } else if (isThere && errno == EXDEV) {
-        refused.push_back({item.source, item.from, item.to});
+        tryAgain(item, true);
+    } else if (folder >= 0 && errno == EEXIST && !item.replaced && !item.isAgain) {
+        tryAgain(item, false);
     } else {
         work_.fail(item.source, work_.fullSource(item.source, item.from), Trouble::CannotRename,
                    errno);
@@ -274,6 +230,15 @@ bool Batch::putAside(const BatchItem& item, int fromFolder, const QByteArray& na
 
 void Batch::finishFolder(const BatchItem& item)
 {
+    if (lost.contains(item.to))
+        return;
+    // One that was there keeps what it has.
+    if (joined.contains(item.to)) {
+        ++work_.progress.entriesDone;
+        if (item.dropsSource)
+            drops_.push_back(item);
+        return;
+    }
     const int folder = target_.folder(item.to);
     const int error = folder < 0 ? errno : setModeAndTimes(folder, item.facts);
     if (error != 0)
@@ -321,19 +286,7 @@ void Batch::done(const BatchItem& item)
 {
     work_.progress.bytesDone += item.bytes;
     ++work_.progress.entriesDone;
-    if (named_.size() < FewFlushes)
-        named_.insert(parentOf(item.to));
-    else
-        hasManyNamed_ = true;
+    noteName(parentOf(item.to));
     if (item.dropsSource)
         drops_.push_back(item);
-}
-
-/// Takes a temporary entry away that will not get its name.
-void Batch::discard(const BatchItem& item)
-{
-    const int folder = target_.folder(item.workFolder);
-    if (folder >= 0)
-        unlinkat(folder, item.temporary.constData(), 0);
-    work_.takeOff(1, item.bytes);
 }

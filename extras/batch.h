@@ -1,9 +1,11 @@
 #pragma once
 
+#include "extras/flushing.h"
 #include "extras/targetfolder.h"
 #include "extras/work.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QSet>
 
 #include <deque>
@@ -36,6 +38,7 @@ struct BatchItem {
     EntryIdentity identity; ///< of the entry that gets the name
     std::optional<InTheWay> replaced;
     bool dropsSource = false; ///< when `to` is there for sure, the source goes
+    bool isAgain = false;     ///< something took its name once before
     qint64 bytes = 0; ///< of its content, and how many of them have been written out already
     qint64 flushed = 0;
 };
@@ -46,16 +49,17 @@ struct Remainder {
     QByteArray name;
 };
 
-/// An entry that cannot be renamed into the target and must be copied there.
+/// An entry that did not get its place and is to be looked at once more.
 struct Refused {
     int source = 0;
     QByteArray from;
     QByteArray to;
+    bool cannotBeRenamed = false; ///< it must be copied; else something has taken its name
 };
 
 /// Collects changes and makes them together: first all that was written is flushed and what will be
 /// done stands in the journal, then names are given. A source goes when the next flush has put the
-/// names of its successors on the medium, too.
+/// names of its successors on the medium, too. What is flushed is not waited for at one go.
 class Batch
 {
 public:
@@ -73,26 +77,62 @@ public:
     /// Bytes of waiting entries that have been written out already.
     qint64 flushedBytes() const { return flushedBytes_; }
 
-    void commit();
-    /// Commits, and waits until all of it is on the medium.
-    void settle();
+    /// Begins to make the changes, or goes on with that, for a hundredth of a second at most. True
+    /// when all are made; until then nothing but what finishes folders is added.
+    bool commit();
+    bool isCommitting() const { return stage_ != Stage::Idle; }
+    /// Commits, and waits in the same way until all of it is on the medium.
+    bool settle();
+    /// From now on a flush gets some tenths of a second. What it has not put on the medium by then
+    /// gets no name, and no source goes for it.
+    void hurry();
 
-    /// What is left to be removed, and what must be copied after all; the caller's to take.
+    /// What is left to be removed, and what must be tried again; the caller's to take.
     std::deque<Remainder> remainders;
     std::deque<Refused> refused;
+    /// Of the last commit: folders, by the path that they should have got, whose place another one
+    /// had taken, so that their contents go into that, and those that could not be placed.
+    QSet<QByteArray> joined;
+    QSet<QByteArray> lost;
 
 private:
+    enum class Stage {
+        Idle,
+        Together, ///< the target's whole file system is being flushed
+        Each,     ///< or the new files, and folders with new names
+        Names     ///< only the folders
+    };
+
     QByteArray keyOf(const QByteArray& to) const;
     void record(const BatchItem& item);
-    void flush();
-    bool flushNames();
+
+    // batchflush.cpp: what gets onto the medium before and after
+    void startCommit();
+    void flushTogether();
     void flushEach();
-    void keepSources();
+    void flushNames();
+    void noteName(const QByteArray& folder);
+    void addNames();
+    bool hasFlushed();
+    void startStage(Stage stage);
+    bool endTogether();
+    void endEach();
+    void noteJournal();
+    int errorOfNames() const;
+    void keepSources(int error);
+    void giveUp();
+    void giveUpItems();
+
+    // batch.cpp: the changes
+    void applyAll();
     void apply(const BatchItem& item);
     void put(const BatchItem& item);
     void moveIn(const BatchItem& item);
     bool give(const BatchItem& item, int fromFolder, const QByteArray& name, int folder);
     bool putAside(const BatchItem& item, int fromFolder, const QByteArray& name, int folder);
+    QByteArray placeOf(const QByteArray& folder) const;
+    bool joinInstead(const BatchItem& item, int folder);
+    void tryAgain(const BatchItem& item, bool cannotBeRenamed);
     void finishFolder(const BatchItem& item);
     void dropAll();
     void drop(const BatchItem& item);
@@ -111,4 +151,14 @@ private:
     qint64 flushedBytes_ = 0;
     QSet<QByteArray> named_; ///< folders with names that may not be on the medium yet
     bool hasManyNamed_ = false;
+
+    Stage stage_ = Stage::Idle;
+    std::optional<Flushing> flushing_;
+    bool flushesJournal_ = false;   ///< as the first
+    std::vector<size_t> flushed_;   ///< the items that it flushes, in their order
+    bool hasSettled_ = false;       ///< the folders, after the last commit
+    qint64 started_ = 0;            ///< microseconds
+    std::optional<qint64> hurries_; ///< until then, microseconds
+    QHash<QByteArray, QByteArray>
+        elsewhere_; ///< of joined folders, where what was made for them is
 };

@@ -1,7 +1,7 @@
 #include "extras/deletion.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <unistd.h>
 
 Deletion::Deletion(Work& work, bool isSecondRun)
     : work_(work), sources_(work.request), isSecondRun_(isSecondRun)
@@ -10,8 +10,12 @@ Deletion::Deletion(Work& work, bool isSecondRun)
 
 bool Deletion::step()
 {
-    if (isCancelled_ || (removal_ == nullptr && !nextSource()))
+    if (isCancelled_)
         return false;
+    if (!isFlushed())
+        return true;
+    if (removal_ == nullptr)
+        return nextSource();
     const bool isMore = removal_->step();
     work_.progress.entriesDone = before_ + removal_->removed();
     if (isMore) {
@@ -20,31 +24,45 @@ bool Deletion::step()
     }
     before_ += removal_->removed();
     removal_.reset();
+    emptied_ = folderOf(source_);
     if (work_.outcomes[source_] == SourceOutcome::NotReached)
         work_.outcomes[source_] = SourceOutcome::Done;
     return true;
 }
 
-/// A journal that is gone before its work is on the medium could leave half of it.
-void Deletion::flushBefore(int next)
+QByteArray Deletion::folderOf(int source) const
 {
-    const auto parent = [this](int source) { return parentOf(work_.request.sources[source]); };
-    const int last = next - 1;
-    const bool isOther = next >= int(work_.request.sources.size()) || parent(next) != parent(last);
-    const int folder = isOther ? sources_.of(last).top() : -1;
-    if (folder >= 0 && work_.journal != nullptr)
-        fsync(folder);
+    const QByteArray& path = work_.request.sources[source];
+    return path.left(path.lastIndexOf('/') + 1);
 }
 
+bool Deletion::isFlushed()
+{
+    constexpr int WaitMilliseconds = 10;
+    if (flushing_ && !flushing_->isDone(WaitMilliseconds))
+        return false;
+    flushing_.reset();
+    return true;
+}
+
+/// False when there is no other one, and all is done.
 bool Deletion::nextSource()
 {
+    const int count = int(work_.request.sources.size());
     do {
-        ++source_;
-        if (source_ > 0)
-            flushBefore(source_);
-    } while (source_ < int(work_.request.sources.size()) && !work_.isUsable(source_));
-    if (source_ >= int(work_.request.sources.size()))
-        return false;
+        source_ = std::min(source_ + 1, count);
+    } while (source_ < count && !work_.isUsable(source_));
+    // A journal that is gone before its work is on the medium could leave half of it.
+    if (!emptied_.isEmpty() && (source_ == count || folderOf(source_) != emptied_)) {
+        if (work_.journal != nullptr) {
+            flushing_.emplace();
+            flushing_->add(FolderCursor::openTop(emptied_), Flushing::What::File);
+            flushing_->start();
+        }
+        emptied_.clear();
+    }
+    if (source_ == count)
+        return flushing_.has_value();
     // What has taken its name since it was asked about is not what was meant.
     struct stat info = {};
     if (sources_.of(source_).go({}) &&

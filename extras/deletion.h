@@ -1,9 +1,11 @@
 #pragma once
 
+#include "extras/flushing.h"
 #include "extras/removal.h"
 #include "extras/work.h"
 
 #include <memory>
+#include <optional>
 
 /// Deletes the sources of an operation with all that is in them, one step at a time.
 class Deletion
@@ -19,7 +21,8 @@ public:
 
 private:
     bool nextSource();
-    void flushBefore(int next);
+    QByteArray folderOf(int source) const;
+    bool isFlushed();
     void failed(const QByteArray& path, int error);
 
     Work& work_;
@@ -27,6 +30,8 @@ private:
     bool isSecondRun_;
     int source_ = -1;
     std::unique_ptr<Removal> removal_;
+    QByteArray emptied_; ///< the folder of what has gone, if its names may still be on the medium
+    std::optional<Flushing> flushing_;
     qint64 before_ = 0; ///< entries of the sources before this one
     bool isCancelled_ = false;
 };

@@ -1,5 +1,7 @@
 #include "extras/entrypage.h"
 
+#include "platform/shownname.h"
+#include "platform/zaccessiblewidget.h"
 #include "platform/zlistbox.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
@@ -7,6 +9,8 @@
 
 #include <QApplication>
 #include <QLabel>
+
+#include <utility>
 
 namespace
 {
@@ -39,6 +43,35 @@ QString inTwoLines(const QFont& font, const QString& text, int room)
 
 } // namespace
 
+/// It is called by its title, and says what stands above its rows.
+class EntryPage::Accessible final : public ZAccessibleWidget
+{
+public:
+    explicit Accessible(EntryPage* page) : ZAccessibleWidget(page, QAccessible::Dialog) {}
+
+    QString text(QAccessible::Text kind) const override
+    {
+        const auto* page = qobject_cast<EntryPage*>(object());
+        if (page != nullptr && kind == QAccessible::Name)
+            return withMarks(page->mainWidgetTitle());
+        return page != nullptr && kind == QAccessible::Description
+                   ? page->lines().join(QLatin1Char('\n'))
+                   : ZAccessibleWidget::text(kind);
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = ZAccessibleWidget::state();
+        state.modal = true;
+        return state;
+    }
+};
+
+QAccessibleInterface* EntryPage::makeAccessible()
+{
+    return new Accessible(this);
+}
+
 EntryPage::EntryPage(const QString& title)
     : ListPage(title, "EntryPage", fontBelow(), DetailFontSize),
       lines_(addLine(Line::Above, Tone::Quiet))
@@ -49,6 +82,8 @@ EntryPage::EntryPage(const QString& title)
         note = addLine(Line::Below, Tone::Quiet);
         note->hide();
     }
+    list()->setAccessibleName(title);
+    list()->setSpokenNotes([this](int row) { return rowNotes(row).join(QLatin1Char(' ')); });
     connect(list(), &ZListBox::highlighted, this, &EntryPage::showNotes);
     connect(list(), &ZListBox::selected, this, &EntryPage::chosen);
 }
@@ -62,22 +97,49 @@ void EntryPage::setLines(const QStringList& lines)
     lines_->setVisible(!lines.isEmpty());
 }
 
+void EntryPage::clearRows()
+{
+    rows_.clear();
+    makeRow_ = nullptr;
+    digits_ = false;
+    list()->clear();
+}
+
 void EntryPage::setRows(const QList<Row>& rows, bool digits)
 {
+    clearRows();
     rows_ = rows;
     digits_ = digits;
-    list()->clear();
     bool haveNotes = false;
     for (int i = 0; i < int(rows.size()); ++i) {
-        const QPixmap& icon = rows.at(i).icon;
-        auto* item =
-            new ZListBoxItem(list(), icon.isNull() ? QStringLiteral("%M") : QStringLiteral("%I%M"));
-        item->setPixmap(0, icon);
-        item->appendSubItem(1, rowName(i), false);
-        item->appendSubItem(1, fittingDetail(rows.at(i)), false);
-        list()->insertItem(item);
+        list()->insertItem(makeItem(rows.at(i), i));
         haveNotes = haveNotes || !rows.at(i).notes.isEmpty();
     }
+    endRows(haveNotes);
+}
+
+void EntryPage::setRowsLater(int count, QSize icon, std::function<Row(int)> make)
+{
+    constexpr int Lines = 2;
+    clearRows();
+    makeRow_ = std::move(make);
+    list()->appendLater(count, Lines, icon,
+                        [this](int number) { return makeItem(makeRow_(number), number); });
+    endRows(count > 0);
+}
+
+ZListBoxItem* EntryPage::makeItem(const Row& row, int index) const
+{
+    auto* item =
+        new ZListBoxItem(list(), row.icon.isNull() ? QStringLiteral("%M") : QStringLiteral("%I%M"));
+    item->setPixmap(0, row.icon);
+    item->appendSubItem(1, rowName(row, index), false);
+    item->appendSubItem(1, fittingDetail(row), false);
+    return item;
+}
+
+void EntryPage::endRows(bool haveNotes)
+{
     for (QLabel* note : notes_)
         note->setVisible(haveNotes);
     list()->setCurrentItem(0);
@@ -91,7 +153,7 @@ void EntryPage::setEmptyText(const QString& text)
 void EntryPage::setRow(int index, const Row& row)
 {
     rows_[index] = row;
-    list()->item(index)->setSubItemText(1, 0, rowName(index));
+    list()->item(index)->setSubItemText(1, 0, rowName(row, index));
     list()->item(index)->setSubItemText(1, 1, fittingDetail(row));
     if (index == list()->currentItem())
         showNotes(index);
@@ -118,11 +180,11 @@ QStringList EntryPage::notes() const
     return {notes_[0]->text(), notes_[1]->text()};
 }
 
-QString EntryPage::rowName(int index) const
+QString EntryPage::rowName(const Row& row, int index) const
 {
-    const QString& name = rows_.at(index).name;
-    return digits_ && index < MostDigits ? QString::number(index + 1) + QStringLiteral("  ") + name
-                                         : name;
+    return digits_ && index < MostDigits
+               ? QString::number(index + 1) + QStringLiteral("  ") + row.name
+               : row.name;
 }
 
 QString EntryPage::fittingDetail(const Row& row) const
@@ -137,11 +199,16 @@ QString EntryPage::fittingDetail(const Row& row) const
     return elided(detailFont(), detail.left(tab), row.cut, room) + end;
 }
 
+QStringList EntryPage::rowNotes(int row) const
+{
+    return makeRow_ && row >= 0 ? makeRow_(row).notes : rows_.value(row).notes;
+}
+
 void EntryPage::showNotes(int row)
 {
+    const QStringList notes = rowNotes(row);
     for (int i = 0; i < 2; ++i)
-        notes_[i]->setText(
-            elided(notes_[i]->font(), rows_.value(row).notes.value(i), Qt::ElideMiddle, LineRoom));
+        notes_[i]->setText(elided(notes_[i]->font(), notes.value(i), Qt::ElideMiddle, LineRoom));
 }
 
 void EntryPage::softKeyPressed(int key)
@@ -152,6 +219,12 @@ void EntryPage::softKeyPressed(int key)
         emit leftPressed();
     else
         emit rightPressed();
+}
+
+void EntryPage::showEvent(QShowEvent* event)
+{
+    ListPage::showEvent(event);
+    ZAccessible::tellAlert(this);
 }
 
 void EntryPage::otherKeyPressed(int code)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/zaccessible.h"
 #include "widgets/listpage.h"
 
 #include <QList>
@@ -7,13 +8,16 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 class QLabel;
+class ZListBoxItem;
 
 /// A page with a list, of entries or of what can be done: lines that tell what it is about above
 /// it, and lines about the highlighted row below it. Return, a second tap, or the digit of one of
 /// the first nine rows if they have digits, chooses a row; the soft keys do what they say, and one
 /// without a text does nothing. Everything below the page on the screen is inert while it is shown.
-class EntryPage : public ListPage
+class EntryPage : public ListPage, public ZAccessibleSource
 {
     Q_OBJECT
     Q_PROPERTY(QStringList lines READ lines)
@@ -35,6 +39,10 @@ public:
     void setLines(const QStringList& lines);
     /// `digits`: the first nine rows can be chosen by digits, which stand before their names.
     void setRows(const QList<Row>& rows, bool digits = false);
+    /// The same for a list of any length: each row, by its number, is made when it is first painted
+    /// or asked for, and its notes once more whenever it is highlighted. All have a detail, notes
+    /// and an icon of that size.
+    void setRowsLater(int count, QSize icon, std::function<Row(int)> make);
     /// What stands below the rows; said while there are none.
     void setEmptyText(const QString& text);
     /// Puts another row in the place of one.
@@ -46,6 +54,8 @@ public:
     QStringList lines() const;
     QStringList notes() const;
 
+    QAccessibleInterface* makeAccessible() override;
+
 signals:
     void chosen(int row);
     void leftPressed();
@@ -54,13 +64,21 @@ signals:
 protected:
     void softKeyPressed(int key) override;
     void otherKeyPressed(int code) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
-    QString rowName(int index) const;
+    class Accessible;
+
+    QStringList rowNotes(int row) const;
+    void clearRows();
+    ZListBoxItem* makeItem(const Row& row, int index) const;
+    void endRows(bool haveNotes);
+    QString rowName(const Row& row, int index) const;
     QString fittingDetail(const Row& row) const;
     void showNotes(int row);
 
     QList<Row> rows_;
+    std::function<Row(int)> makeRow_; ///< where rows are made later; there are no others then
     bool digits_ = false;
     QLabel* lines_;
     QLabel* notes_[2];

@@ -152,9 +152,10 @@ bool Journal::flush()
     return true;
 }
 
-void Journal::remove()
+void Journal::remove(bool isLasting)
 {
     unlink(path_.constData());
     // What has come to its end must not be offered again.
-    flushFolderOf(path_);
+    if (isLasting)
+        flushFolderOf(path_);
 }

@@ -35,8 +35,11 @@ public:
     bool write();
     /// The same, and waits.
     bool flush();
-    /// Removes the file.
-    void remove();
+    /// Whether all that write() has handed over is on the medium; somebody else may see to that.
+    bool isFlushed() const { return isFlushed_; }
+    void setFlushed() { isFlushed_ = true; }
+    /// Removes the file. `isLasting`: waits until that is on the medium.
+    void remove(bool isLasting = true);
 
 private:
     Journal(const QByteArray& path, FileHandle file);

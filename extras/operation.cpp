@@ -101,6 +101,7 @@ public:
     qint64 askedSince = 0;
     qint64 mostBytesDone = 0;
     bool isCancelling = false;
+    bool isInterrupted = false; ///< that is to be gone on with
 };
 
 void Operation::Private::begin()
@@ -166,12 +167,13 @@ void Operation::Private::end(State ended)
 {
     state = ended;
     // What was taken back in part can be taken back further.
-    const bool staysOpen = takingBack != nullptr && takingBack->wasCancelled();
+    const bool staysOpen = (takingBack != nullptr && takingBack->wasCancelled()) ||
+                           (isInterrupted && ended == State::Cancelled);
     transfer.reset();
     deletion.reset();
     takingBack.reset();
     if (work.journal != nullptr && !staysOpen)
-        work.journal->remove();
+        work.journal->remove(ended == State::Finished);
     work.journal.reset();
     if (ended == State::Finished) {
         work.progress.bytesTotal = work.progress.bytesDone;
@@ -331,15 +333,26 @@ void Operation::answer(Answer answer, bool forAll)
 
 void Operation::cancel()
 {
-    if (hasEnded())
+    stop(true);
+}
+
+void Operation::interrupt()
+{
+    stop(false);
+}
+
+void Operation::stop(bool isForGood)
+{
+    if (hasEnded() || own_->isCancelling)
         return;
     own_->isCancelling = true;
+    own_->isInterrupted = !isForGood;
     if (own_->state == State::Surveyed) {
         own_->end(State::Cancelled);
         return;
     }
     if (own_->transfer != nullptr)
-        own_->transfer->cancel();
+        own_->transfer->cancel(isForGood);
     if (own_->deletion != nullptr)
         own_->deletion->cancel();
     if (own_->takingBack != nullptr)

@@ -66,6 +66,9 @@ public:
     /// Takes effect with the next steps, within a second: what is whole stays and what is half is
     /// removed. No effect once it has ended.
     void cancel();
+    /// Like cancel(), but the journal stays, so that the next start offers to go on. What is to
+    /// come into folders that were made may still come: they are as they are while one works.
+    void interrupt();
 
     OperationProgress progress() const;
     /// What could not be done, the refused ones of the survey included.
@@ -80,6 +83,8 @@ public:
 
 private:
     class Private;
+
+    void stop(bool isForGood);
 
     explicit Operation(std::unique_ptr<Private> own);
 

@@ -20,6 +20,9 @@ void OperationBox::showLines(const QStringList& lines, int percent)
     // Programs that read the screen are told of each tenth, not of each block.
     constexpr int Tenth = 10;
     const bool isNews = isHidden() || percent / Tenth != percent_ / Tenth;
+    const bool isOther = percent >= 0 && std::min(percent, 100) != percent_;
+    const auto partCount = [this] { return boxWords().texts.size() + (percent_ < 0 ? 0 : 1); };
+    const qsizetype partsBefore = partCount();
     const QFontMetrics metrics(textFont().font());
     QStringList fitting;
     for (const QString& line : lines)
@@ -27,12 +30,16 @@ void OperationBox::showLines(const QStringList& lines, int percent)
     setLines(fitting);
     percent_ = std::min(percent, 100);
     fit(progressHeight() + Box::KeyBarHeight);
+    if (partCount() != partsBefore)
+        ZAccessible::tellParts(this);
     const bool comesUp = isHidden();
     show();
     if (comesUp)
         ZAccessible::tellAlert(this);
     else if (isNews)
         ZAccessible::tellContent(this);
+    if (isOther)
+        tellPercent(this);
 }
 
 int OperationBox::progressHeight() const
@@ -48,10 +55,8 @@ QString OperationBox::percentText() const
 ZBoxWords OperationBox::boxWords() const
 {
     QStringList texts = lines();
-    if (percent_ >= 0)
-        texts.append(percentText());
     texts.removeAll(QString());
-    return {titleLines().join(QLatin1Char(' ')), texts, {LANG_CANCEL}, true, false};
+    return {titleLines().join(QLatin1Char(' ')), texts, {LANG_CANCEL}, true, false, percent_};
 }
 
 void OperationBox::chooseAnswer(int /*answer*/)

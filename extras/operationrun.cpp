@@ -1,5 +1,6 @@
 #include "extras/operationrun.h"
 
+#include "extras/endsignals.h"
 #include "extras/entrypage.h"
 #include "extras/failurerows.h"
 #include "extras/journals.h"
@@ -82,11 +83,11 @@ bool OperationRun::advance()
     return waited;
 }
 
-/// The program ends: what is half is removed before it does.
+/// The program ends: what is half is removed before it does, and the next start offers to go on.
 void OperationRun::abandon()
 {
-    operation_->cancel();
-    while (!operation_->hasEnded() && isBusy())
+    operation_->interrupt();
+    while (!operation_->hasEnded())
         operation_->step(SliceMilliseconds);
 }
 
@@ -164,6 +165,11 @@ bool OperationRun::askToDelete()
 
 void OperationRun::work()
 {
+    EndSignals ends;
+    connect(&ends, &EndSignals::received, this, [this, &ends](int signal) {
+        abandon();
+        ends.obey(signal);
+    });
     if (operation_->state() == Operation::State::Surveyed)
         operation_->begin();
     while (!operation_->hasEnded()) {
@@ -199,8 +205,10 @@ void OperationRun::ask()
     constexpr int Kinds = 3;
     if (answer.kind == PageAnswer::Row)
         operation_->answer(Answers[answer.row % Kinds], answer.row >= Kinds);
-    else
+    else if (answer.kind == PageAnswer::Right)
         operation_->cancel();
+    else
+        abandon();
 }
 
 void OperationRun::tellFailures()

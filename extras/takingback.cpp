@@ -2,6 +2,7 @@
 
 #include "extras/leftovers.h"
 #include "extras/metadata.h"
+#include "extras/treewalk.h"
 
 #include <cerrno>
 #include <climits>
@@ -35,16 +36,26 @@ bool TakingBack::step()
         stepCopy();
         return true;
     }
-    if (next_ == 0) {
-        if (target_.isOpen())
-            target_.flush();
-        if (sources_.of(0).top() >= 0)
-            flushAll(sources_.of(0).top());
-        return false;
-    }
+    if (next_ == 0)
+        return !isFlushed();
     undo(earlier_.at(earlier_.places()[--next_]));
     ++work_.progress.entriesDone;
     return true;
+}
+
+/// Whether all that was done is on the medium.
+bool TakingBack::isFlushed()
+{
+    constexpr int WaitMilliseconds = 10;
+    if (!flushing_) {
+        flushing_.emplace();
+        for (const int top : {target_.cursor().top(), sources_.of(0).top()}) {
+            if (top >= 0)
+                flushing_->add(sameFile(top), Flushing::What::FileSystem);
+        }
+        flushing_->start();
+    }
+    return flushing_->isDone(WaitMilliseconds);
 }
 
 void TakingBack::undo(const JournalRecord& record)
@@ -79,7 +90,57 @@ void TakingBack::noteReturned(const JournalRecord& record)
 {
     if (work_.request.kind == OperationKind::Move && record.links > 1 && S_ISREG(record.mode) &&
         hasSource(record))
-        returned_.insert(record.identity, record.from);
+        returned_.insert(record.identity, {record.source, record.from});
+}
+
+/// A name that one of the names of a file can be linked to when it comes back.
+std::optional<TakingBack::Name> TakingBack::otherName(const JournalRecord& record)
+{
+    if (!S_ISREG(record.mode) || record.links < 2)
+        return std::nullopt;
+    const auto known = returned_.constFind(record.identity);
+    if (known != returned_.constEnd())
+        return *known;
+    if (!stayed_)
+        findStayed();
+    const auto stayed = stayed_->constFind(record.origin);
+    struct stat now = {};
+    // Another file may have got its number meanwhile.
+    if (stayed == stayed_->constEnd() || !sources_.of(stayed->source).go(parentOf(stayed->from)) ||
+        !lookAt(sources_.of(stayed->source).folder(), nameOf(stayed->from), now) ||
+        EntryIdentity::of(now) != record.origin || now.st_size != record.size ||
+        nanoseconds(now.st_mtim) != record.modified)
+        return std::nullopt;
+    return *stayed;
+}
+
+/// Looks for names that the operation had not come to when it was cut short.
+void TakingBack::findStayed()
+{
+    stayed_.emplace();
+    for (int source = 0; source < int(work_.request.sources.size()); ++source) {
+        if (!work_.isUsable(source))
+            continue;
+        TreeWalk walk(sources_.of(source), sources_.name(source));
+        for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::Ended; step = walk.next()) {
+            const EntryIdentity identity = EntryIdentity::of(walk.info());
+            if (step == TreeWalk::Step::Entry && earlier_.linked().contains(identity))
+                stayed_->insert(identity, {source, walk.path()});
+        }
+    }
+}
+
+/// Gives a file one of its names back that has another one there.
+bool TakingBack::linkBack(const JournalRecord& record, int into, const QByteArray& temporary)
+{
+    const FileHandle to = sameFile(into);
+    const auto other = otherName(record);
+    if (!other)
+        return false;
+    FolderCursor& sources = sources_.of(other->source);
+    return sources.go(parentOf(other->from)) &&
+           linkat(sources.folder(), nameOf(other->from).constData(), to.get(),
+                  temporary.constData(), 0) == 0;
 }
 
 void TakingBack::undoMade(const JournalRecord& record, const struct stat& made)
@@ -133,27 +194,22 @@ void TakingBack::copyBack(const JournalRecord& record, const struct stat& made)
 {
     const int into = sourceFolder(record);
     const QByteArray temporary = work_.temporaryPrefix + 'b' + QByteArray::number(++count_, 36);
-    const int folder = into < 0 ? -1 : target_.folder(parentOf(record.to));
+    if (into >= 0 && linkBack(record, into, temporary)) {
+        placeBack(record, temporary);
+        return;
+    }
+    const int back = into < 0 ? -1 : sourceFolder(record);
+    const int folder = back < 0 ? -1 : target_.folder(parentOf(record.to));
     if (folder < 0) {
         fail(record, Trouble::CannotMake, errno);
         return;
     }
-    const auto known = returned_.constFind(record.identity);
-    if (known != returned_.constEnd()) {
-        FolderCursor& sources = sources_.of(record.source);
-        const FileHandle to(fcntl(into, F_DUPFD_CLOEXEC, 0));
-        if (sources.go(parentOf(*known)) && linkat(sources.folder(), nameOf(*known).constData(),
-                                                   to.get(), temporary.constData(), 0) == 0) {
-            placeBack(record, temporary);
-            return;
-        }
-    }
     if (S_ISREG(made.st_mode)) {
         returning_ = Return{record, temporary};
         copy_ = std::make_unique<FileCopy>(nameOf(record.to), made, target_.pace());
-        if (copy_->start(folder, into, temporary) == FileCopy::Step::Failed)
+        if (copy_->start(folder, back, temporary) == FileCopy::Step::Failed)
             removeMade(record);
-    } else if (remakeSpecial(record, into, temporary)) {
+    } else if (remakeSpecial(record, back, temporary)) {
         placeBack(record, temporary);
     }
 }
@@ -209,7 +265,7 @@ void TakingBack::placeBack(const JournalRecord& record, const QByteArray& tempor
         return;
     }
     if (record.links > 1 && S_ISREG(record.mode))
-        returned_.insert(record.identity, record.from);
+        returned_.insert(record.identity, {record.source, record.from});
     // Its name has to be there for sure.
     if (flushAll(folder))
         unmake(record);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "extras/filecopy.h"
+#include "extras/flushing.h"
 #include "extras/journalindex.h"
 #include "extras/targetfolder.h"
 #include "extras/work.h"
@@ -30,12 +31,21 @@ private:
         JournalRecord record;
         QByteArray temporary;
     };
+    /// A name in the folder of a source.
+    struct Name {
+        int source = 0;
+        QByteArray from;
+    };
 
+    bool isFlushed();
     void undo(const JournalRecord& record);
     void noteReturned(const JournalRecord& record);
     void undoMade(const JournalRecord& record, const struct stat& made);
     void undoFolder(const JournalRecord& record);
     void moveBack(const JournalRecord& record);
+    std::optional<Name> otherName(const JournalRecord& record);
+    void findStayed();
+    bool linkBack(const JournalRecord& record, int into, const QByteArray& temporary);
     void copyBack(const JournalRecord& record, const struct stat& made);
     void stepCopy();
     void placeBack(const JournalRecord& record, const QByteArray& temporary);
@@ -52,8 +62,12 @@ private:
     TargetFolder target_;
     size_t next_; ///< places before it are still to be undone
     std::unique_ptr<FileCopy> copy_;
+    std::optional<Flushing> flushing_; ///< at the end
     std::optional<Return> returning_;
-    QHash<EntryIdentity, QByteArray> returned_; ///< files with several names, by what they were
+    /// Files with several names: those that are back, by what they were in the target, and those
+    /// that have a name in the sources of which no journal tells, by what they are.
+    QHash<EntryIdentity, Name> returned_;
+    std::optional<QHash<EntryIdentity, Name>> stayed_;
     quint64 count_ = 0;
     bool hasBegun_ = false;
     bool isCancelled_ = false;

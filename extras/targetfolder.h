@@ -29,8 +29,6 @@ public:
     Pace& pace() { return pace_; }
     /// A name that no entry has had yet in this run.
     QByteArray temporaryName();
-    /// Flushes its whole file system. False, with errno set, if something could not be written.
-    bool flush() const { return flushAll(cursor_.top()); }
 
 private:
     FolderCursor cursor_;

@@ -17,7 +17,7 @@ Transfer::Transfer(Work& work, JournalIndex* earlier)
             continue;
         const QByteArray name = sources_.name(source);
         const QByteArray& newName = work.request.newName;
-        jobs_.push_back({source, name, newName.isEmpty() ? name : newName, false});
+        jobs_.push_back({source, name, newName.isEmpty() ? name : newName, false, false});
     }
 }
 
@@ -38,12 +38,12 @@ Transfer::Step Transfer::step()
         stepFile();
         return Step::More;
     }
-    if (isHeld_)
-        return place();
-    if (batch_.isFull()) {
-        batch_.commit();
+    if (batch_.isCommitting() || (!isHeld_ && batch_.isFull())) {
+        commit();
         return Step::More;
     }
+    if (isHeld_)
+        return place();
     if (walk_ == nullptr && !nextJob())
         return end();
     return nextEntry();
@@ -57,6 +57,19 @@ bool Transfer::prepare()
     for (int source = 0; source < int(work_.request.sources.size()); ++source)
         work_.fail(source, work_.request.target, Trouble::TargetUnusable, target_.error());
     return false;
+}
+
+/// Goes on with giving names. True when they are given.
+bool Transfer::commit()
+{
+    if (!batch_.commit())
+        return false;
+    for (Level& level : levels_) {
+        if (batch_.joined.contains(level.to))
+            level.isNew = false;
+        level.isLost = level.isLost || batch_.lost.contains(level.to);
+    }
+    return true;
 }
 
 bool Transfer::nextJob()
@@ -123,6 +136,8 @@ void Transfer::leave()
 {
     const Level level = levels_.back();
     levels_.pop_back();
+    if (level.isLost)
+        return;
     const bool isMove = work_.request.kind == OperationKind::Move;
     BatchItem item =
         itemFor(level.isNew ? BatchItem::Kind::FinishFolder : BatchItem::Kind::Drop, level.to);
@@ -138,7 +153,7 @@ void Transfer::leave()
 void Transfer::leaveAll()
 {
     while (levels_.size() > 1) {
-        if (levels_.back().isNew) {
+        if (levels_.back().isNew && !levels_.back().isLost) {
             BatchItem item = itemFor(BatchItem::Kind::FinishFolder, levels_.back().to);
             item.facts = levels_.back().facts;
             batch_.add(item);
@@ -147,12 +162,14 @@ void Transfer::leaveAll()
     }
 }
 
-void Transfer::cancel()
+void Transfer::cancel(bool isForGood)
 {
     isCancelled_ = true;
     giveUpCopy();
-    if (walk_ != nullptr)
+    // A folder that more is to come into must stay open for that.
+    if (walk_ != nullptr && isForGood)
         leaveAll();
+    batch_.hurry();
     walk_.reset();
     jobs_.clear();
     isHeld_ = false;
@@ -173,9 +190,9 @@ void Transfer::giveUpCopy()
 
 Transfer::Step Transfer::end()
 {
-    batch_.settle();
-    if (!isCancelled_)
-        takeRefused();
+    if (!batch_.settle())
+        return Step::More;
+    takeRefused();
     if (!jobs_.empty())
         return Step::More;
     return removeRemainders() ? Step::More : Step::Done;
@@ -185,9 +202,10 @@ void Transfer::takeRefused()
 {
     for (; !batch_.refused.empty(); batch_.refused.pop_front()) {
         const Refused& one = batch_.refused.front();
-        jobs_.push_back({one.source, one.from, one.to, true});
-        if (work_.outcomes[one.source] == SourceOutcome::Done)
-            work_.outcomes[one.source] = SourceOutcome::NotReached;
+        work_.undo(one.source);
+        if (!isCancelled_)
+            jobs_.push_back(
+                {one.source, one.from, one.to, one.cannotBeRenamed, !one.cannotBeRenamed});
     }
 }
 

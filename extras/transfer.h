@@ -28,8 +28,9 @@ public:
     const Conflict& question() const { return question_; }
     /// After Ask, when the decision is among those of the work.
     void goOn() { isAsking_ = false; }
-    /// Ends with the next steps: what is whole gets its name, what is half goes.
-    void cancel();
+    /// Ends with the next steps: what is whole gets its name, what is half goes. `isForGood`: no
+    /// other run will go on with it.
+    void cancel(bool isForGood);
     /// Bytes that have been written out of entries that have no name yet.
     qint64 flushedBytes() const;
 
@@ -40,6 +41,7 @@ private:
         QByteArray from;
         QByteArray to;
         bool cannotBeRenamed = false;
+        bool isAgain = false; ///< something took its name once before
     };
     /// A folder of the target, on the way to where it is worked.
     struct Level {
@@ -49,6 +51,7 @@ private:
         bool isNew = false;       ///< nothing can be in the way in it
         bool isKnown = false;     ///< its temporary entries will be found again
         bool keepsSource = false; ///< not all that the source has could be kept
+        bool isLost = false;      ///< it did not get its name; what is in it is passed over
         struct stat facts = {};
     };
     /// Where a file with several names is.
@@ -60,10 +63,11 @@ private:
         qint64 size = 0;
         qint64 modified = 0;
     };
-    enum class Verdict { Free, Joins, Out, Ask };
+    enum class Verdict { Free, Joins, Out, Ask, Later };
 
     // transfer.cpp: what is done in which order
     bool prepare();
+    bool commit();
     bool nextJob();
     Step nextEntry();
     void walkFailed();
@@ -77,6 +81,7 @@ private:
 
     // transferplacing.cpp: where an entry goes
     Step place();
+    void passOver();
     bool isDoneAlready();
     bool isAt(const JournalRecord& record, struct stat& made);
     bool isRefused(const QByteArray& to);
@@ -115,7 +120,6 @@ private:
     std::unique_ptr<Removal> removal_;
     QHash<EntryIdentity, Linked> links_;
     Conflict question_;
-    bool isPrepared_ = false;
     bool isHeld_ = false; ///< the entry that the walk is at has no place yet
     bool isAsking_ = false;
     bool isCancelled_ = false;

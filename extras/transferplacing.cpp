@@ -10,6 +10,10 @@
 Transfer::Step Transfer::place()
 {
     isHeld_ = false;
+    if (levels_.back().isLost) {
+        passOver();
+        return Step::More;
+    }
     const QByteArray& from = walk_->path();
     work_.progress.current = work_.fullSource(job_->source, from);
     QByteArray to = levels_.size() == 1 ? job_->to : below(levels_.back().to, nameOf(from));
@@ -36,8 +40,20 @@ Transfer::Step Transfer::place()
     case Verdict::Ask:
         isHeld_ = isAsking_ = true;
         return Step::Ask;
+    case Verdict::Later:
+        isHeld_ = true;
+        break;
     }
     return Step::More;
+}
+
+/// What is in a folder that has no place is neither made nor told of one by one.
+void Transfer::passOver()
+{
+    const struct stat& info = walk_->info();
+    work_.takeOff(1, S_ISREG(info.st_mode) ? info.st_size : 0);
+    if (S_ISDIR(info.st_mode))
+        walk_->skip();
 }
 
 bool Transfer::isRefused(const QByteArray& to)
@@ -97,8 +113,10 @@ bool Transfer::isAt(const JournalRecord& record, struct stat& made)
 /// What is at the place. After Free it may be another one than before, or what is there gives way.
 Transfer::Verdict Transfer::look(QByteArray& to, std::optional<InTheWay>& replaced)
 {
-    if (batch_.isPending(to))
-        batch_.commit();
+    if (batch_.isPending(to)) {
+        commit();
+        return Verdict::Later;
+    }
     const Level& level = levels_.back();
     if (level.isNew && !target_.limits().ignoresCase)
         return Verdict::Free;
@@ -199,6 +217,7 @@ BatchItem Transfer::itemFor(BatchItem::Kind kind, const QByteArray& to) const
     item.to = to;
     item.facts = walk_->info();
     item.identity = EntryIdentity::of(item.facts);
+    item.isAgain = job_->isAgain;
     return item;
 }
 

@@ -38,10 +38,16 @@ QString pictureOf(const TrashEntry& entry)
                                  : QStringLiteral("mime/1/%1.png").arg(found->icon_num);
 }
 
+QByteArrayView nameIn(const TrashEntry& entry)
+{
+    const QByteArrayView former =
+        QByteArrayView(entry.path).sliced(entry.path.lastIndexOf('/') + 1);
+    return former.isEmpty() ? QByteArrayView(entry.name) : former;
+}
+
 bool isLater(const TrashEntry& one, const TrashEntry& other)
 {
-    return one.deleted != other.deleted ? one.deleted > other.deleted
-                                        : one.formerName() < other.formerName();
+    return one.deleted != other.deleted ? one.deleted > other.deleted : nameIn(one) < nameIn(other);
 }
 
 } // namespace
@@ -57,21 +63,23 @@ void TrashPage::setEntries(const QList<TrashEntry>& entries)
     const int row = currentRow();
     entries_ = entries;
     std::sort(entries_.begin(), entries_.end(), isLater);
-    QList<Row> rows;
-    for (const TrashEntry& entry : std::as_const(entries_)) {
-        const QString date = deletedText(entry);
-        const QString size = entry.bytes >= 0 ? wideSizeText(entry.bytes) : QString();
-        rows.append({formerNameText(entry),
-                     formerFolderText(entry) + QLatin1Char('\t') + date,
-                     {formerFolderText(entry), size},
-                     icon(entry),
-                     Qt::ElideMiddle});
-    }
-    setEmptyText(rows.isEmpty() ? SafeTexts::instance().trashEmpty : QString());
-    setRows(rows);
+    const bool isEmpty = entries_.isEmpty();
+    setEmptyText(isEmpty ? SafeTexts::instance().trashEmpty : QString());
+    setRowsLater(int(entries_.size()), isEmpty ? QSize() : pixmapSize(icon(entries_.first())),
+                 [this](int number) { return rowFor(entries_.at(number)); });
     list()->setCurrentItem(std::max(row, 0));
     // Without an entry there is nothing to be done.
-    setSoftKeys(entries_.isEmpty() ? QString() : LANG_OPTIONS, LANG_BACK);
+    setSoftKeys(isEmpty ? QString() : LANG_OPTIONS, LANG_BACK);
+}
+
+EntryPage::Row TrashPage::rowFor(const TrashEntry& entry)
+{
+    const QString folder = formerFolderText(entry);
+    return {formerNameText(entry),
+            folder + QLatin1Char('\t') + deletedText(entry),
+            {folder, entry.bytes >= 0 ? wideSizeText(entry.bytes) : QString()},
+            icon(entry),
+            Qt::ElideMiddle};
 }
 
 const QPixmap& TrashPage::icon(const TrashEntry& entry)

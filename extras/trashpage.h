@@ -34,6 +34,7 @@ public slots:
 private:
     void makeMenu();
     void openMenu();
+    Row rowFor(const TrashEntry& entry);
     const QPixmap& icon(const TrashEntry& entry);
 
     QList<TrashEntry> entries_;

@@ -48,13 +48,12 @@ public:
         page_.show();
         removeExpunged();
         trash_.tidy();
-        for (;;) {
-            page_.setEntries(trash_.entries());
-            const auto command = nextCommand();
-            if (!command)
-                return changed_;
+        while (const auto command = nextCommand()) {
             carryOut(*command);
+            if (command != TrashPage::Properties)
+                page_.setEntries(trash_.entries());
         }
+        return changed_;
     }
 
 private:

@@ -53,6 +53,12 @@ bool Work::hasLost(int source) const
     return outcomes[source] == SourceOutcome::Failed || outcomes[source] == SourceOutcome::LeftOut;
 }
 
+void Work::undo(int source)
+{
+    if (outcomes[source] == SourceOutcome::Done)
+        outcomes[source] = SourceOutcome::NotReached;
+}
+
 void Work::takeOff(qint64 entries, qint64 bytes)
 {
     progress.entriesTotal = std::max(progress.entriesTotal - entries, progress.entriesDone);

@@ -48,6 +48,8 @@ struct Work {
     void fail(int source, const QByteArray& path, Trouble trouble, int error);
     void leaveOut(int source);
     bool hasLost(int source) const;
+    /// A source that was done is not wholly done after all.
+    void undo(int source);
     /// What will not be worked on after all.
     void takeOff(qint64 entries, qint64 bytes);
 

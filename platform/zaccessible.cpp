@@ -25,6 +25,14 @@ QAccessibleInterface* interfaceOf(const QString& className, QObject* object)
     return isPlain ? new ZAccessibleWidget(widget) : nullptr;
 }
 
+void send(QAccessibleEvent& event)
+{
+    if (theListener != nullptr)
+        theListener(event);
+    if (QAccessible::isActive())
+        QAccessible::updateAccessibility(&event);
+}
+
 /// Tells an event of a widget, or of one of its parts if that is not negative.
 void tell(QWidget* widget, QAccessible::Event what, int part = -1)
 {
@@ -33,10 +41,7 @@ void tell(QWidget* widget, QAccessible::Event what, int part = -1)
     QAccessibleEvent event(widget, what);
     if (part >= 0)
         event.setChild(part);
-    if (theListener != nullptr)
-        theListener(event);
-    if (QAccessible::isActive())
-        QAccessible::updateAccessibility(&event);
+    send(event);
 }
 
 } // namespace
@@ -80,6 +85,15 @@ void ZAccessible::tellSelection(QWidget* widget, int part)
 void ZAccessible::tellName(QWidget* widget, int part)
 {
     tell(widget, QAccessible::NameChanged, part);
+}
+
+void ZAccessible::tellValue(QWidget* widget, int part, int percent)
+{
+    if (!isHeard())
+        return;
+    QAccessibleValueChangeEvent event(widget, percent);
+    event.setChild(part);
+    send(event);
 }
 
 void ZAccessible::tellContent(QWidget* widget)

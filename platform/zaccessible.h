@@ -35,6 +35,8 @@ void tellFocusSoon(QWidget* widget);
 void tellSelection(QWidget* widget, int part);
 /// A part has another name.
 void tellName(QWidget* widget, int part);
+/// The value of a part, a progress, is now that percentage.
+void tellValue(QWidget* widget, int part, int percent);
 /// What the widget as a whole is called, or says, is new.
 void tellContent(QWidget* widget);
 /// There are other parts than before: those that were asked for are invalid from now on.

@@ -9,7 +9,12 @@
 namespace
 {
 
-/// Its parts are the texts and, behind them, the answers.
+QString percentText(int percent)
+{
+    return QString::number(percent) + QLatin1Char('%');
+}
+
+/// Its parts are the texts, the progress if there is any, and, behind them, the answers.
 class Spoken final : public ZAccessibleParts
 {
 public:
@@ -25,7 +30,7 @@ public:
         if (kind == QAccessible::Name)
             return withMarks(words().title);
         if (kind == QAccessible::Description)
-            return withMarks(words().texts.join(QLatin1Char('\n')));
+            return withMarks(allTexts().join(QLatin1Char('\n')));
         return ZAccessibleParts::text(kind);
     }
 
@@ -55,19 +60,33 @@ public:
     int partCount() const override
     {
         const ZBoxWords now = words();
-        return int(now.texts.size() + now.answers.size());
+        return int(now.texts.size() + now.answers.size()) + (now.percent < 0 ? 0 : 1);
     }
 
     QAccessible::Role partRole(int part) const override
     {
+        if (part == progressPart())
+            return QAccessible::ProgressBar;
         return answerOf(part) < 0 ? QAccessible::StaticText : QAccessible::Button;
     }
 
     QString partText(int part, QAccessible::Text kind) const override
     {
         const ZBoxWords now = words();
-        return kind == QAccessible::Name ? withMarks((now.texts + now.answers).value(part))
-                                         : QString();
+        if (part == progressPart()) {
+            if (kind == QAccessible::Name)
+                return withMarks(now.title);
+            return kind == QAccessible::Value ? percentText(now.percent) : QString();
+        }
+        if (kind != QAccessible::Name)
+            return {};
+        const int answer = answerOf(part);
+        return withMarks(answer < 0 ? now.texts.value(part) : now.answers.value(answer));
+    }
+
+    int partPercent(int part) const override
+    {
+        return part == progressPart() ? words().percent : -1;
     }
 
     QAccessible::State partState(int /*part*/) const override { return {}; }
@@ -116,9 +135,21 @@ private:
         return box != nullptr ? box->boxWords() : ZBoxWords();
     }
 
+    QStringList allTexts() const
+    {
+        const ZBoxWords now = words();
+        return now.percent < 0 ? now.texts : now.texts + QStringList(percentText(now.percent));
+    }
+
+    int progressPart() const
+    {
+        const ZBoxWords now = words();
+        return now.percent < 0 ? -1 : int(now.texts.size());
+    }
+
     int answerOf(int part) const
     {
-        const int answer = part - int(words().texts.size());
+        const int answer = part - int(allTexts().size());
         return answer < 0 ? -1 : answer;
     }
 
@@ -132,6 +163,13 @@ private:
 };
 
 } // namespace
+
+void ZSpokenBox::tellPercent(QWidget* box)
+{
+    const auto* words = dynamic_cast<ZSpokenBox*>(box);
+    if (words != nullptr && words->boxWords().percent >= 0)
+        ZAccessible::tellValue(box, int(words->boxWords().texts.size()), words->boxWords().percent);
+}
 
 QAccessibleInterface* ZSpokenBox::makeAccessible()
 {

@@ -52,8 +52,11 @@ public:
             return {};
         if (kind == QAccessible::Name)
             return ZListRowPainter::visibleText(row->getSubItemText(1, 0));
-        return kind == QAccessible::Description ? spokenDetail(row->getSubItemText(1, 1))
-                                                : QString();
+        if (kind != QAccessible::Description)
+            return {};
+        const auto* list = as<ZListBox>();
+        const QString notes = list->spokenNotes_ ? list->spokenNotes_(part) : QString();
+        return spokenDetail(row->getSubItemText(1, 1) + QLatin1Char(' ') + notes);
     }
 
     QAccessible::State partState(int part) const override

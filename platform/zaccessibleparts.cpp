@@ -8,7 +8,9 @@ namespace
 {
 
 /// One part, which asks its owner for everything. The owner ends it before itself.
-class Part final : public QAccessibleInterface, public QAccessibleActionInterface
+class Part final : public QAccessibleInterface,
+                   public QAccessibleActionInterface,
+                   public QAccessibleValueInterface
 {
 public:
     Part(ZAccessibleParts* owner, int number) : owner_(owner), number_(number) {}
@@ -51,9 +53,16 @@ public:
 
     void* interface_cast(QAccessible::InterfaceType type) override
     {
-        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
-                                                    : nullptr;
+        if (type == QAccessible::ActionInterface)
+            return static_cast<QAccessibleActionInterface*>(this);
+        const bool hasValue = type == QAccessible::ValueInterface && percent() >= 0;
+        return hasValue ? static_cast<QAccessibleValueInterface*>(this) : nullptr;
     }
+    QVariant currentValue() const override { return percent(); }
+    void setCurrentValue(const QVariant& /*value*/) override {}
+    QVariant maximumValue() const override { return 100; }
+    QVariant minimumValue() const override { return 0; }
+    QVariant minimumStepSize() const override { return 1; }
     QStringList actionNames() const override
     {
         return isValid() ? owner_->partActions(number_) : QStringList();
@@ -66,6 +75,8 @@ public:
     }
 
 private:
+    int percent() const { return isValid() ? owner_->partPercent(number_) : -1; }
+
     ZAccessibleParts* owner_;
     int number_;
     bool isGone_ = false;

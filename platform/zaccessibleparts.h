@@ -25,6 +25,8 @@ public:
     /// by the event loop, and only if the part is still there and the action too.
     virtual QStringList partActions(int part) const = 0;
     virtual void actOn(int part, const QString& action) = 0;
+    /// How far the work is that a part tells of, 0 to 100; less than 0 for all others.
+    virtual int partPercent(int /*part*/) const { return -1; }
     /// The part at a point; -1 for none.
     virtual int partAt(QPoint point) const = 0;
     /// Where one is; -1 for nowhere.

@@ -145,6 +145,11 @@ void ZListBox::clear()
     updateRowHeight();
 }
 
+void ZListBox::setSpokenNotes(std::function<QString(int)> notes)
+{
+    spokenNotes_ = std::move(notes);
+}
+
 ZListBoxItem* ZListBox::item(int row) const
 {
     if (row < 0 || row >= count())

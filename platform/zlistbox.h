@@ -69,6 +69,9 @@ public:
     /// why there are no more of them, or none.
     void setEmptyText(const QString& text);
     const QString& emptyText() const { return emptyText_; }
+    /// What programs that read the screen are told of a row, by its number, besides its texts;
+    /// asked whenever one of them asks.
+    void setSpokenNotes(std::function<QString(int)> notes);
 
     QAccessibleInterface* makeAccessible() override;
 
@@ -130,5 +133,6 @@ private:
     bool silent_ = false;         ///< a current row is being put back, which is no news
     ZTapOrDrag finger_;
     QString emptyText_;
+    std::function<QString(int)> spokenNotes_;
     ZGlide* glide_; ///< of the current row's name, while the list has the focus
 };

@@ -1,11 +1,12 @@
 // A library for LD_PRELOAD that makes files of a process and its children fail or stand still.
 //
-// QUARN_FAULTS holds a rule a line: CALL ACTION BYTES PATH. CALL is "open", "read" or "write"; PATH
-// is a file's full path, or one that ends with "/" and means all below. A read or write gets as far
-// as BYTES from the start of the file. From then on, or at once for "open", ACTION happens each
-// time: a number is the errno that the call fails with; "hold" does nothing unless there is a file
-// QUARN_FAULT_GATE, else makes the file QUARN_FAULT_GATE.reached and waits until something opens
-// the FIFO QUARN_FAULT_GATE.fifo to write and closes it.
+// QUARN_FAULTS holds a rule a line: CALL ACTION BYTES PATH. CALL is "open", "read", "write" or
+// "sync", which is to flush a file, or a file system by a file on it; PATH is a file's full path,
+// or one that ends with "/" and means all below. A read or write gets as far as BYTES from the
+// start of the file. From then on, or at once for the others, ACTION happens each time: a number is
+// the errno that the call fails with; "hold" does nothing unless there is a file QUARN_FAULT_GATE,
+// else makes the file QUARN_FAULT_GATE.reached and waits until something opens the FIFO
+// QUARN_FAULT_GATE.fifo to write and closes it.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -31,7 +32,7 @@ struct Rule {
     std::array<char, PATH_MAX> path{};
 };
 
-constexpr int MostRules = 8;
+constexpr int MostRules = 32;
 
 template<typename Function>
 Function original(const char* name)
@@ -163,6 +164,13 @@ bool openFails(int folder, const char* path)
     return rule != nullptr && strike(*rule);
 }
 
+int flushed(const char* name, int file)
+{
+    const auto real = original<int (*)(int)>(name);
+    const Rule* rule = rules().find("sync", file);
+    return rule != nullptr && strike(*rule) ? -1 : real(file);
+}
+
 unsigned modeOf(int flags, va_list arguments)
 {
     return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, unsigned) : 0;
@@ -185,6 +193,21 @@ ssize_t write(int file, const void* buffer, size_t count)
     static const auto real = original<ssize_t (*)(int, const void*, size_t)>("write");
     const ssize_t part = allowed("write", file, count);
     return part < 0 ? -1 : real(file, buffer, size_t(part));
+}
+
+int fsync(int file)
+{
+    return flushed("fsync", file);
+}
+
+int fdatasync(int file)
+{
+    return flushed("fdatasync", file);
+}
+
+int syncfs(int file) noexcept
+{
+    return flushed("syncfs", file);
 }
 
 // What copies files without reading them is not there, so that they are read and written.

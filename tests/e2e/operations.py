@@ -222,10 +222,14 @@ class Gate:
         self.path = pathlib.Path(path)
         self.reached = pathlib.Path(f"{path}.reached")
         self.fifo = pathlib.Path(f"{path}.fifo")
+        self.held_open = None
         os.mkfifo(self.fifo)
 
     def close(self):
         """From now on processes wait."""
+        if self.held_open is not None:
+            os.close(self.held_open)
+            self.held_open = None
         self.reached.unlink(missing_ok=True)
         self.path.touch()
 
@@ -251,6 +255,13 @@ class Gate:
         self.wait_reached()
         self.path.unlink()
         self.step()
+
+    def stand_open(self):
+        """From now on no process waits, not even one that has seen the gate closed just before and
+        is about to tell that it waits: there is something to be read for each."""
+        self.path.unlink(missing_ok=True)
+        self.held_open = os.open(self.fifo, os.O_RDWR | os.O_NONBLOCK)
+        os.write(self.held_open, bytes(1000))
 
 
 def make_tools_wait(program):

@@ -1,14 +1,18 @@
 #!/usr/bin/python3
 """What a program that reads the screen to its user gets from the staged program, and can do in it."""
 
+import shutil
+
+import operations
 import quarn
 import screenreader
 from screenreader import act, actions, children, is_in, walk
 
-from gi.repository import Atspi
+from gi.repository import Atspi, GLib
 
 EXTRAS = {"Find": 1, "Status": 1}
 MANY = 20000
+MANY_SMALL = 600  # files that are flushed in some parts
 
 
 class Test(quarn.Case):
@@ -18,11 +22,13 @@ class Test(quarn.Case):
         cls.buses = screenreader.Buses(cls.display)
         cls.addClassCleanup(cls.buses.stop)
         cls.reader = screenreader.Reader(cls.buses)
-        cls.reader.listen("object:state-changed", "object:property-change")
+        cls.reader.listen("object:state-changed", "object:property-change",
+                          "object:property-change:accessible-value")
 
-    def begin(self, *names, second_folder="/", display=None, scale="1", **settings):
-        program = quarn.Program(display or self.display, extras=EXTRAS, settings=settings,
-                                second_folder=second_folder)
+    def begin(self, *names, second_folder="/", display=None, scale="1", extras=None, prepare=None,
+              **settings):
+        program = quarn.Program(display or self.display, extras=extras or EXTRAS,
+                                settings=settings, second_folder=second_folder)
         self.addCleanup(program.stop)
         self.desk = quarn.make_folder(program.base / "desk")
         for name in names:
@@ -32,6 +38,8 @@ class Test(quarn.Case):
                 quarn.make_file(self.desk / name, b"12345")
         program.settings["Start_path_tab1"] = self.desk
         program.write_settings()
+        if prepare is not None:
+            prepare(program)
         program.start(**self.buses.environment, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                       QUARN_SCALE=scale)
         self.app = quarn.wait_until(lambda: self.reader.application(program.pid()),
@@ -40,12 +48,26 @@ class Test(quarn.Case):
         self.program_ = program
         return program
 
+    def begin_safe(self, *names, prepare=None):
+        """One whose second tab shows an empty folder, with safe operations and the trash."""
+        self.other = self.scratch()
+        return self.begin(*names, second_folder=self.other, extras={"Safe": 1, "Trash": 1},
+                          prepare=prepare)
+
+    def copy_to_other(self, row):
+        program = self.program_
+        program.key(*["down"] * row, *operations.COMMANDS["copy"], "right",
+                    *operations.COMMANDS["paste"])
+
     def find(self, role, name=None, start=None):
         """The first that is seen of this role and name."""
         def search():
             self.reader.look()
-            return next((node for node in walk(start or self.app)
-                         if node.get_role() == role and name in (None, node.get_name())), None)
+            try:
+                return next((node for node in walk(start or self.app)
+                             if node.get_role() == role and name in (None, node.get_name())), None)
+            except GLib.Error:
+                return None  # what was looked at has just gone
 
         return quarn.wait_until(search, lambda: f"a {role.value_nick} {name!r} among "
                                 f"{[(n.get_role_name(), n.get_name()) for n in walk(self.app)]}")
@@ -242,6 +264,95 @@ class Test(quarn.Case):
         self.wait_names(self.find(Atspi.Role.LIST, "Albums"), [".."])
         with self.assertRaises(quarn.Failure):
             act(row, "Press")
+
+    def test_whatIsInTheWayIsReadAndAnswered(self):
+        self.begin_safe("a.txt")
+        quarn.make_file(self.other / "a.txt", b"old")
+        self.copy_to_other(1)
+        page = self.find(Atspi.Role.DIALOG)
+        self.assertTrue(is_in(page, Atspi.StateType.MODAL))
+        self.assertEqual(page.get_description(), "Already there: 1 (OK: choose)")
+        self.wait_heard("object:state-changed:showing", page.get_name())
+        rows = self.find(Atspi.Role.LIST, page.get_name(), page)
+        row = rows.get_child_at_index(0)
+        self.assertEqual(row.get_name(), "a.txt")
+        self.assertRegex(row.get_description(), r"^Keep both New: 5 b, .* There: 3 b, ")
+        self.wait_heard("object:state-changed:focused", "a.txt")
+        act(row, "Press")
+        act(self.find(Atspi.Role.MENU_ITEM, "Replace"), "Press")
+        quarn.wait_until(lambda: row.get_description().startswith("Replace "), "the other answer")
+        act(self.find(Atspi.Role.PUSH_BUTTON, "Copy", page), "Press")
+        quarn.wait_until(lambda: (self.other / "a.txt").read_bytes() == b"12345", "the copy")
+
+    def test_progressHasAValueAndIsCancelledWhateverTheMediumDoes(self):
+        def hold_flushes(program):
+            for number in range(MANY_SMALL):
+                quarn.make_file(self.desk / "tree" / f"{number:04}", b"x" * 100)
+            self.gate = operations.inject_faults(program, f"sync hold 0 {self.other}")
+            self.gate.close()
+            self.addCleanup(self.gate.stand_open)
+
+        self.begin_safe(prepare=hold_flushes)
+        self.copy_to_other(1)
+        box = self.find(Atspi.Role.ALERT)
+        self.assertTrue(is_in(box, Atspi.StateType.BUSY))
+        self.wait_heard("object:state-changed:showing", box.get_name())
+        self.gate.step()
+        progress = self.find(Atspi.Role.PROGRESS_BAR, box.get_name(), box)
+        quarn.wait_until(lambda: 0 < Atspi.Value.get_current_value(progress) < 100, "some percent")
+        self.assertEqual(Atspi.Value.get_maximum_value(progress), 100)
+        self.wait_heard("object:property-change:accessible-value", box.get_name())
+        percent = f"{Atspi.Value.get_current_value(progress):.0f}%"
+        quarn.wait_until(lambda: box.get_description().endswith(percent), "it in words")
+        # The next flush does not come to its end, and that is waited for by nobody.
+        self.gate.wait_reached()
+        act(self.find(Atspi.Role.PUSH_BUTTON, "Cancel", box), "Press")
+        self.program_.wait_idle()
+        copied = list((self.other / "tree").iterdir())
+        self.assertTrue(0 < len(copied) < MANY_SMALL)
+        self.assertTrue(all(path.read_bytes() == b"x" * 100 for path in copied))
+        self.assertTrue(self.gate.reached.exists())
+
+    def test_whatCouldNotBeDoneIsRead(self):
+        self.begin_safe("a.txt", "b.txt", prepare=lambda program: operations.inject_faults(
+            program, f"open 5 0 {self.desk}/a.txt"))
+        self.copy_to_other(1)
+        page = self.find(Atspi.Role.DIALOG)
+        self.assertEqual(page.get_description(), "Not done: 1")
+        row = self.find(Atspi.Role.LIST, start=page).get_child_at_index(0)
+        self.assertEqual(row.get_name(), "a.txt")
+        self.assertIn(str(self.desk), row.get_description())
+        self.wait_heard("object:state-changed:focused", "a.txt")
+        act(self.find(Atspi.Role.PUSH_BUTTON, "Back", page), "Press")
+        quarn.wait_until(lambda: self.page_is_gone(page), "the page to go")
+
+    @staticmethod
+    def page_is_gone(page):
+        screenreader.Reader.look()
+        try:
+            return not is_in(page, Atspi.StateType.SHOWING)
+        except GLib.Error:
+            return True
+
+    def test_trashIsReadAndWorked(self):
+        self.begin_safe("a.txt", "b.txt")
+        self.addCleanup(shutil.rmtree, self.program_.home / ".local", True)
+        self.program_.key("down", *operations.COMMANDS["delete"])
+        question = self.find(Atspi.Role.ALERT, "Move to trash?")
+        act(self.find(Atspi.Role.PUSH_BUTTON, "Yes", question), "Press")
+        quarn.wait_until(lambda: not (self.desk / "a.txt").exists(), "the file to go")
+        act(self.find(Atspi.Role.PUSH_BUTTON, "Options"), "Press")
+        act(self.find(Atspi.Role.MENU_ITEM, "Trash"), "Press")
+        page = self.find(Atspi.Role.DIALOG, "Trash")
+        rows = self.find(Atspi.Role.LIST, "Trash", page)
+        self.wait_names(rows, ["a.txt"])
+        self.assertIn(str(self.desk), rows.get_child_at_index(0).get_description())
+        self.assertTrue(rows.get_child_at_index(0).get_description().endswith("5 b"))
+        act(rows.get_child_at_index(0), "Press")
+        act(self.find(Atspi.Role.MENU_ITEM, "Restore"), "Press")
+        quarn.wait_until((self.desk / "a.txt").exists, "the file to come back")
+        self.wait_names(rows, [])
+        self.assertEqual(rows.get_description(), "Trash is empty")
 
 
 if __name__ == "__main__":

@@ -9,6 +9,7 @@ import sys
 
 import operations
 import quarn
+import safescenes
 import tst_scripts
 
 RENEW = "--renew" in sys.argv
@@ -54,6 +55,33 @@ def add_pictures(theme, scale):
 
 for each in itertools.product(THEMES, SCALES):
     add_pictures(*each)
+
+
+class TestSafePictures(Case):
+    """The pages of safe operations and the trash."""
+
+
+def add_safe_pictures(theme, scale):
+    def test(self):
+        program = self.program(extras={**safescenes.EXTRAS, "Theme": THEMES.index(theme)})
+        left, right = (quarn.make_folder(program.base / side) for side in ("left", "right"))
+        program.settings.update({"Start_path_tab1": left, "Start_path_tab2": right})
+        program.write_settings()
+        scenes = safescenes.Scenes(program, left, right)
+        program.start(QUARN_SCALE=str(scale))
+
+        def check(name, hole):
+            scaled = [tuple(scale * length for length in hole)] if hole else []
+            operations.View(program, *scaled).check(f"look_{name}_{theme}_{scale}", RENEW)
+
+        for name in ("question", "failures", "progress", "trash"):
+            getattr(scenes, f"show_{name}")(lambda hole, name=name: check(name, hole))
+
+    setattr(TestSafePictures, f"test_{theme}AtScale{scale}", test)
+
+
+for each in itertools.product(THEMES, (1, 2)):
+    add_safe_pictures(*each)
 
 
 class TestThemes(Case):

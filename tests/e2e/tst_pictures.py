@@ -7,6 +7,8 @@ import shutil
 
 import album
 import operations
+import quarn
+import safescenes
 import tst_bluetooth
 
 # Where something stands that is not the same each time: the cursor behind a name that is typed, the path
@@ -89,7 +91,26 @@ class Window(album.Page):
             program.stop()
 
 
+class Safe(album.Page):
+    """Safe operations and the trash."""
+
+    extras = {**album.Page.extras, **safescenes.EXTRAS}
+
+    def test_pages(self):
+        base = album.made_base()
+        self.addCleanup(shutil.rmtree, base)
+        left, right = quarn.make_folder(base / "Card"), quarn.make_folder(base / "Copy")
+        program = self.program_on(left, right)
+        scenes = safescenes.Scenes(program, left, right)
+        program.start()
+        scenes.show_question(lambda hole: self.document("safe", program, hole))
+        scenes.show_failures(lambda hole: self.document("failures", program, hole))
+        scenes.show_progress(lambda hole: self.document("progress", program, hole))
+        scenes.show_trash(lambda hole: self.document("trash", program, hole))
+
+
 album.in_both_themes(Window)
+album.in_both_themes(Safe)
 
 if __name__ == "__main__":
     album.main()

@@ -6,6 +6,7 @@ import os
 import pathlib
 import random
 import shutil
+import signal
 import tempfile
 import time
 
@@ -18,6 +19,7 @@ TABS = 3
 BOX_AFTER = 0.4  # seconds
 SLICE = 0.1  # seconds, and more than a slice takes
 MANY = 600  # small files in a tree
+HELD = 30  # of them
 ODD = [b"'quotes' \"both\"", b"$(touch made) `touch made`", b"line\nbreak", b"-rf", b"--help", b"a&b;c|d",
        b"<b>bold<hr>", b"\xe2\x80\xaegpj.exe", b"\xff\xfe", b"\xef\xbb\xbfmark", b"back\\slash",
        b"x" * 255, b" ", b"%1 %2", b"~", b"*"]
@@ -223,6 +225,7 @@ class TestSafe(Case):
 class TestInterrupted(Case):
     """A file chosen at random stands still while it is read, and the user or a kill comes then."""
 
+    display_options = {"window_manager": True}
     TREES = ["one", "two", "three"]
 
     def prepare(self, seed, elsewhere=False, more=()):
@@ -264,9 +267,7 @@ class TestInterrupted(Case):
         self.program_.key("softright")
         self.gate.step()
         time.sleep(SLICE)  # waits: on a fast disk all the rest may take less than a slice
-        self.gate.path.unlink()
-        if self.gate.reached.exists():
-            self.gate.step()
+        self.gate.stand_open()
         self.wait_main()
         self.program_.wait_idle()
 
@@ -315,6 +316,77 @@ class TestInterrupted(Case):
         self.wait_main()
         self.check_no_journal()
         self.assertEqual(files_below(self.right), {"a": b"new", "b": b"meanwhile"})
+
+    def end_while_working(self, command, end):
+        """Half of a tree is done, and many files of another part of it stand still when they are to
+        be read. The program is asked to end then, and has ended."""
+        self.make()
+        if command == "move":
+            self.put_right_elsewhere()
+        make_many(self.left / "two")
+        self.everything = tree_text(self.left / "two")
+        part = [entry.path for entry in os.scandir(self.left / "two")][MANY // 200]
+        files = [entry.path for entry in os.scandir(part)][:HELD]
+        self.gate = operations.inject_faults(self.program_,
+                                             *[f"open hold 0 {file}" for file in files])
+        self.start()
+        self.paste_up_to_the_gate(command, "two")
+        end()
+        quarn.wait_until(lambda: self.step_if_held() or self.has_ended(), "the program to end")
+        self.gate.stand_open()
+        self.program_.wait_end()
+        # Nothing is half, and nothing is there only for a while.
+        copied = files_below(self.right)
+        self.assertTrue(copied and whole(copied))
+        self.assertFalse([name for name in names(self.right) if name.startswith(".quarn-")])
+        self.assertEqual(len(self.journals_left()), 1)
+
+    def has_ended(self):
+        return self.program_.process.poll() is not None
+
+    def step_if_held(self):
+        """Never true."""
+        if self.gate.reached.exists() and not self.has_ended():
+            self.gate.step()
+
+    def go_on(self, key):
+        self.start()
+        self.wait_page()
+        self.program_.key(key)
+        quarn.wait_until(lambda: not self.journals_left(), "the rest")
+        self.wait_main()
+
+    def terminate(self):
+        self.program_.kill(signal.SIGTERM)
+
+    def exit(self):
+        """By the exit question, which comes up over the progress. Without it the key means nothing."""
+        self.program_.display.client.press("F12")
+
+        def answered():
+            self.step_if_held()
+            self.program_.key("softleft")
+            return self.has_ended()
+
+        quarn.wait_until(answered, "the exit")
+
+    def test_signalThatEndsTheProgramLeavesNothingHalf(self):
+        self.end_while_working("copy", self.terminate)
+        self.assertEqual(self.program_.process.returncode, -signal.SIGTERM)
+        self.go_on("1")
+        self.assertEqual(tree_text(self.right / "two"), self.everything)
+
+    def test_moveThatASignalHasEndedIsTakenBack(self):
+        self.end_while_working("move", self.terminate)
+        self.go_on("2")
+        self.assertEqual(tree_text(self.left / "two"), self.everything)
+        self.assertEqual(names(self.right), [])
+
+    def test_exitWhileItWorksIsOfferedToBeFinished(self):
+        self.end_while_working("copy", self.exit)
+        self.assertEqual(self.program_.process.returncode, 0)
+        self.go_on("1")
+        self.assertEqual(tree_text(self.right / "two"), self.everything)
 
     def kill_while_copying(self, seed):
         self.prepare(seed)

@@ -1,7 +1,10 @@
 #include "tests/extras/callfaults.h"
 
 #include <cerrno>
+#include <condition_variable>
 #include <cstdio>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <sys/stat.h>
 #include <sys/statfs.h>
@@ -12,11 +15,34 @@
 namespace
 {
 
+/// What threads that flush wait at, also when the faults are gone.
+struct Hold {
+    std::mutex mutex;
+    std::condition_variable let;
+    bool isOpen = false;
+    int waiting = 0;
+
+    void wait()
+    {
+        std::unique_lock lock(mutex);
+        ++waiting;
+        let.wait(lock, [this] { return isOpen; });
+        --waiting;
+    }
+    void open()
+    {
+        const std::lock_guard lock(mutex);
+        isOpen = true;
+        let.notify_all();
+    }
+};
+
 struct Faults {
     qint64 writable = -1; ///< bytes until writing fails; -1: it does not
     int writeError = 0;
     qint64 readable = -1;
     int readError = 0;
+    std::shared_ptr<Hold> hold;
     int flushError = 0;
     bool failsEachFlush = false;
     int renames = -1;
@@ -42,6 +68,8 @@ int flushed(long number, int file, bool isRefused)
 {
     if (isRefused)
         return failed<int>(current->flushError);
+    if (const auto hold = current != nullptr ? current->hold : nullptr)
+        hold->wait();
     return int(syscall(number, file));
 }
 
@@ -55,7 +83,21 @@ CallFaults::CallFaults()
 
 CallFaults::~CallFaults()
 {
+    const auto hold = current->hold;
     delete std::exchange(current, nullptr);
+    if (hold != nullptr)
+        hold->open();
+}
+
+void CallFaults::holdFlushing()
+{
+    current->hold = std::make_shared<Hold>();
+}
+
+bool CallFaults::isFlushing() const
+{
+    const std::lock_guard lock(current->hold->mutex);
+    return current->hold->waiting > 0;
 }
 
 void CallFaults::failWriting(qint64 afterBytes, int error)
@@ -151,6 +193,11 @@ int syncfs(int file)
 int fsync(int file)
 {
     return flushed(SYS_fsync, file, current != nullptr && current->failsEachFlush);
+}
+
+int fdatasync(int file)
+{
+    return flushed(SYS_fdatasync, file, current != nullptr && current->failsEachFlush);
 }
 
 int renameat2(int from, const char* name, int to, const char* newName, unsigned flags)

@@ -3,6 +3,7 @@
 #include <QtGlobal>
 
 #include <functional>
+#include <memory>
 
 /// Lets calls of the system go wrong in this process while it lives, for whatever links this; one
 /// at a time. Files are told by nothing: a test has only those of the operation open.
@@ -20,6 +21,10 @@ public:
     void failReading(qint64 afterBytes, int error);
     /// Flushing fails so: of all files together and, if that is meant, of each.
     void failFlushing(int error, bool ofEach);
+    /// Flushing does not come to an end, of whatever, before this is destroyed.
+    void holdFlushing();
+    /// Whether something is being flushed, while flushing is held.
+    bool isFlushing() const;
     /// rename() and its like fail so, when `after` of them have worked.
     void failRenaming(int after, int error);
     /// Nothing can say that a name must be free.

@@ -1,4 +1,5 @@
 #include "extras/surveypage.h"
+#include "extras/trashpage.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
 #include "platform/zlistbox.h"
@@ -9,9 +10,13 @@
 #include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
 
+#include <QAccessible>
+#include <QElapsedTimer>
+#include <QSet>
 #include <QSignalSpy>
 
 #include <memory>
+#include <sys/stat.h>
 
 class tst_EntryPage : public QObject
 {
@@ -41,6 +46,78 @@ private slots:
         QCOMPARE(page_->notes(), (QStringList{"four", QString()}));
         page_->setRow(0, {"a", "", {"five"}});
         QCOMPARE(page_->notes(), (QStringList{"four", QString()}));
+    }
+
+    void rowsOfALongListAreMadeWhenTheyAreSeen()
+    {
+        constexpr int Many = 10000;
+        QSet<int> made;
+        page_->setRowsLater(Many, QSize(), [&made](int row) {
+            made.insert(row);
+            const QString number = QString::number(row);
+            return EntryPage::Row{"n" + number, "d" + number, {"one " + number, "two"}};
+        });
+        page_->show();
+        QTRY_VERIFY(!made.isEmpty());
+        page_->grab();
+        QVERIFY2(made.size() < 50, qPrintable(QString::number(made.size())));
+        QCOMPARE(page_->list()->count(), Many);
+        QCOMPARE(page_->currentRow(), 0);
+        QCOMPARE(page_->notes(), (QStringList{"one 0", "two"}));
+        page_->list()->setCurrentItem(Many - 1);
+        QCOMPARE(page_->notes(), (QStringList{"one 9999", "two"}));
+        QCOMPARE(page_->list()->item(Many - 1)->getSubItemText(1, 1), "d9999");
+        QVERIFY(made.size() < 100);
+        // Rows of another kind take their place.
+        page_->setRows({{"a", "", {"three"}}});
+        QCOMPARE(page_->notes(), (QStringList{"three", QString()}));
+    }
+
+    void bigTrashIsShownAtOnce()
+    {
+        constexpr int Many = 10000;
+        QList<TrashEntry> entries;
+        for (int i = 0; i < Many; ++i) {
+            TrashEntry entry;
+            entry.trash = "/trash";
+            entry.name = QByteArray::number(i);
+            entry.path = "/folder/" + entry.name + ".txt";
+            entry.deleted = 1700000000;
+            entry.bytes = i;
+            entry.mode = S_IFREG | 0644;
+            entries.append(entry);
+        }
+        TrashPage page;
+        QElapsedTimer timer;
+        timer.start();
+        page.setEntries(entries);
+        page.show();
+        page.grab();
+        const qint64 shown = timer.nsecsElapsed();
+        QCOMPARE(page.list()->count(), Many);
+        timer.start();
+        for (int row = 0; row < Many; ++row)
+            page.list()->item(row);
+        // To make all rows takes far longer.
+        QVERIFY2(shown * 2 < timer.nsecsElapsed(), qPrintable(QString::number(shown)));
+        QCOMPARE(page.list()->item(1)->getSubItemText(1, 0), "1.txt");
+    }
+
+    void programsThatReadTheScreenKnowAPage()
+    {
+        page_->setLines({"Already there: 2"});
+        page_->setRows({{"a", "Keep both", {"New: 3 b", "There: 5 b"}}, {"b", "", {}}});
+        page_->show();
+        QAccessibleInterface* page = QAccessible::queryAccessibleInterface(page_.get());
+        QCOMPARE(page->role(), QAccessible::Dialog);
+        QVERIFY(page->state().modal);
+        QCOMPARE(page->text(QAccessible::Name), "Title");
+        QCOMPARE(page->text(QAccessible::Description), "Already there: 2");
+        QAccessibleInterface* list = QAccessible::queryAccessibleInterface(page_->list());
+        QCOMPARE(list->text(QAccessible::Name), "Title");
+        QCOMPARE(list->child(0)->text(QAccessible::Name), "a");
+        QCOMPARE(list->child(0)->text(QAccessible::Description), "Keep both New: 3 b There: 5 b");
+        QCOMPARE(list->child(1)->text(QAccessible::Description), "");
     }
 
     void longLineHasRoomInTwo_data()

@@ -96,7 +96,8 @@ private slots:
         box_->showLines({"song.mp3", "1 Mb / 3 Mb", ""}, 33);
         const ZBoxWords words = box_->boxWords();
         QCOMPARE(words.title, QString("Copying"));
-        QCOMPARE(words.texts, (QStringList{"song.mp3", "1 Mb / 3 Mb", "33%"}));
+        QCOMPARE(words.texts, (QStringList{"song.mp3", "1 Mb / 3 Mb"}));
+        QCOMPARE(words.percent, 33);
         QCOMPARE(words.answers, QStringList(LANG_CANCEL));
         QVERIFY(words.isBusy);
         const QSignalSpy cancels(box_.get(), &OperationBox::cancelled);
@@ -104,7 +105,44 @@ private slots:
         QCOMPARE(cancels.size(), 1);
     }
 
+    void progressHasAValue()
+    {
+        QList<QAccessible::Event> told;
+        heard = &told;
+        ZAccessible::setListener([](QAccessibleEvent& event) { heard->append(event.type()); });
+        box_->showLines({"song.mp3", "1 Mb / 3 Mb"}, 33);
+        QAccessibleInterface* box = QAccessible::queryAccessibleInterface(box_.get());
+        QVERIFY(told.contains(QAccessible::Alert));
+        QCOMPARE(box->text(QAccessible::Description), "song.mp3\n1 Mb / 3 Mb\n33%");
+        QCOMPARE(box->childCount(), 4);
+        const QAccessibleInterface* line = box->child(0);
+        QCOMPARE(line->role(), QAccessible::StaticText);
+        QVERIFY(box->child(0)->valueInterface() == nullptr);
+        QAccessibleInterface* progress = box->child(2);
+        QCOMPARE(progress->role(), QAccessible::ProgressBar);
+        QCOMPARE(progress->text(QAccessible::Name), "Copying");
+        QCOMPARE(progress->text(QAccessible::Value), "33%");
+        QVERIFY(progress->valueInterface() != nullptr);
+        QCOMPARE(progress->valueInterface()->currentValue().toInt(), 33);
+        QCOMPARE(progress->valueInterface()->minimumValue().toInt(), 0);
+        QCOMPARE(progress->valueInterface()->maximumValue().toInt(), 100);
+        QCOMPARE(box->child(3)->role(), QAccessible::Button);
+        QCOMPARE(box->child(3)->text(QAccessible::Name), LANG_CANCEL);
+        told.clear();
+        box_->showLines({"song.mp3", "1 Mb / 3 Mb"}, 34);
+        QCOMPARE(told, QList<QAccessible::Event>{QAccessible::ValueChanged});
+        QCOMPARE(progress->valueInterface()->currentValue().toInt(), 34);
+        // Other parts than before, which nobody takes for those.
+        box_->showLines({"counting"}, -1);
+        QVERIFY(!progress->isValid());
+        QCOMPARE(box->childCount(), 2);
+        QCOMPARE(box->child(1)->role(), QAccessible::Button);
+        ZAccessible::setListener(nullptr);
+    }
+
 private:
+    static inline QList<QAccessible::Event>* heard = nullptr;
+
     std::unique_ptr<QWidget> main_;
     std::unique_ptr<OperationBox> box_;
 };

@@ -3,6 +3,7 @@
 #include "files/names.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
+#include "platform/zapplication.h"
 #include "platform/zmodule.h"
 #include "shell/fm.h"
 #include "shell/settings.h"
@@ -394,6 +395,35 @@ private slots:
         fixture_->paste();
         QVERIFY(QFile::exists(fixture_->right("b")));
         state_->setMode(".", 0700);
+    }
+
+    // The process cannot take a request to quit back, so this comes last.
+    void exitWhileItWorksLeavesNothingHalf()
+    {
+        // More than is copied before the event loop has its turn.
+        constexpr int Many = 6000;
+        for (int i = 0; i < Many; ++i)
+            files().write("left/tree/" + QString::number(i), "content");
+        fixture_->start();
+        fixture_->toClipboard(CommandFixture::Copy, "tree", 2);
+        const QDir journals(state_->path("quarn/journals"));
+        const auto isWorking = [journals] {
+            return !journals.entryList({"*.journal"}, QDir::Files).isEmpty();
+        };
+        once(isWorking, [] { ZApplication::quit(); });
+        fixture_->paste();
+        QVERIFY(ZApplication::isQuitting());
+        const QDir copied(fixture_->right("tree"));
+        const QStringList names = copied.entryList(QDir::Files | QDir::Hidden);
+        QVERIFY(names.size() < Many);
+        for (const QString& name : names)
+            QCOMPARE(files().read("right/tree/" + name), QByteArray("content"));
+        QCOMPARE(QDir(fixture_->right()).entryList({".quarn-*"}, QDir::AllEntries | QDir::Hidden),
+                 QStringList());
+        QCOMPARE(QDir(fixture_->left("tree")).entryList(QDir::Files).size(), Many);
+        // The next start offers to go on, or to take it back.
+        QVERIFY(isWorking());
+        QVERIFY(QDir(journals).removeRecursively());
     }
 
 private:
