@@ -3,6 +3,11 @@
 # Apart from the other warnings, so that a folder can take it back.
 add_compile_options(-Wconversion)
 
+# With 32 bits there are files beyond 2 GiB and times after 2038, too.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 # Libraries become part of modules, and programs share precompiled headers with them: so all are
 # compiled as a module is, whether or not the toolkit asks for it.
 add_compile_options(-fPIC)

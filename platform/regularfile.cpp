@@ -56,10 +56,10 @@ std::optional<QByteArray> readRegularFile(const QString& path, qsizetype maxByte
 
     // Read to the end rather than to st_size: files of /proc say 0, and a file may be growing.
     QByteArray bytes("");
-    bytes.reserve(std::min<qsizetype>(about.st_size, maxBytes) + SmallestChunk + 1);
+    bytes.reserve(qsizetype(std::min<qint64>(about.st_size, maxBytes)) + SmallestChunk + 1);
     while (bytes.size() < maxBytes) {
-        const qsizetype chunk =
-            std::clamp<qsizetype>(about.st_size - bytes.size() + 1, SmallestChunk, LargestChunk);
+        const auto chunk = qsizetype(
+            std::clamp<qint64>(about.st_size - bytes.size() + 1, SmallestChunk, LargestChunk));
         const qsizetype got = appendFrom(file, bytes, std::min(chunk, maxBytes - bytes.size()));
         if (got < 0)
             return std::nullopt;

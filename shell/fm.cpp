@@ -1,6 +1,7 @@
 #include "shell/fm.h"
 
 #include "browser/filebrowserftab.h"
+#include "extras/openextras.h"
 #include "files/paths.h"
 #include "files/programnames.h"
 #include "lang/texts.h"
@@ -12,10 +13,11 @@
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
+#include "shell/afterstart.h"
 #include "shell/qdaemonapp.h"
 #include "shell/settings.h"
 #include "shell/statusline.h"
-#include "shell/unfinishedoffer.h"
+#include "shell/upgradenotice.h"
 #include "shell/util.h"
 #include "widgets/kwidget.h"
 #include "widgets/textinput.h"
@@ -152,8 +154,11 @@ void FM::connectSignals()
     connect(ZScreen::instance(), &ZScreen::closeRequested, this, &FM::slotCloseRequested);
     if (extras.status)
         new StatusLine(this);
+    if (const QString notice = takeNoticeFile(); !notice.isNull())
+        new AfterStart(
+            this, [] { return true; }, [notice] { showNotice(notice); });
     if (extras.safe)
-        new UnfinishedOffer(this);
+        new AfterStart(this, hasUnfinished, [this] { offerUnfinished(); });
 }
 
 FileBrowserFtab* FM::panel(int page) const

@@ -50,7 +50,8 @@ int faccessat(int folder, const char* path, int mode, int flags)
 dirent* readdir(DIR* folder)
 {
     using Function = dirent* (*)(DIR*);
-    static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "readdir"));
+    // It goes by this name wherever its numbers have 64 bits.
+    static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "readdir64"));
     dirent* entry = next(folder);
     if (entry != nullptr && !kindsAreTold)
         entry->d_type = DT_UNKNOWN;

@@ -4,11 +4,13 @@ anew: look at each of them before they are kept."""
 
 import pathlib
 import shutil
+import subprocess
 import tempfile
 
 import album
 import operations
 import quarn
+import tst_keys
 import tst_music
 import tst_plugins
 
@@ -69,6 +71,24 @@ class Plugins(album.Page):
         self.document("player-list", player)
         self.display.pressed("softright", "softright")
         self.assertEqual(process.wait(quarn.DEADLINE), 0)
+
+    def test_quarnKeys(self):
+        program = self.program_on(self.card())
+        tool = subprocess.Popen([*quarn.ENDS_WITH_US, str(program.stage / "bin" / "quarn-keys")],
+                                env=program.environment, stdin=subprocess.DEVNULL)
+        self.addCleanup(tool.wait)
+        self.addCleanup(tool.kill)
+        window = tst_plugins.Plugin(program, "quarn-keys")
+        quarn.wait_until(window.has_keyboard, "the keyboard")
+        picture = window.wait_stable()
+        for number, name in enumerate(tst_keys.GIVEN):
+            if number == 2:
+                self.document("keys", window)
+            self.display.client.press(name)
+            picture = window.wait_change(picture)
+        self.document("keys-list", window)
+        self.display.client.press("F6")
+        self.assertEqual(tool.wait(quarn.DEADLINE), 0)
 
 
 album.in_both_themes(Plugins)

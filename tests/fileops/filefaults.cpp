@@ -17,12 +17,12 @@ FileFaults* current = nullptr;
 
 qint64 systemRead(int descriptor, char* bytes, qint64 size)
 {
-    return syscall(SYS_read, descriptor, bytes, size);
+    return syscall(SYS_read, descriptor, bytes, size_t(size));
 }
 
 qint64 systemWrite(int descriptor, char* bytes, qint64 size)
 {
-    return syscall(SYS_write, descriptor, bytes, size);
+    return syscall(SYS_write, descriptor, bytes, size_t(size));
 }
 
 } // namespace

@@ -8,13 +8,15 @@ struct FileText {
 
 #define TEXT(name, key, english) {key, english},
 
-/// Those of the main window, of the sharing screens and of the plugins. Some are in several lists.
+/// Those of the main window, of the notice after an upgrade, of the sharing screens and of the
+/// plugins. Some are in several lists.
 inline constexpr FileText FileTexts[] = {
 #include "extras/safetextlist.inc"
 #include "lang/extratextlist.inc"
 #include "lang/textlist.inc"
 #include "plugins/support/plugintextlist.inc"
 #include "sharing/sharetextlist.inc"
+#include "shell/noticetextlist.inc"
 };
 
 #undef TEXT

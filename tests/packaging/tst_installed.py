@@ -6,6 +6,7 @@ import os
 import pathlib
 import shutil
 import signal
+import socket
 import tempfile
 import unittest
 
@@ -99,6 +100,54 @@ class InstalledProgram(quarn.Case):
             plugin.kill()
             plugin.communicate()
         self.assertIn(f"{self.work}/keymap.cfg", line)
+
+    def test_what_an_upgrade_brought_is_shown_once(self):
+        table = (self.package.data / "mime_types.cfg").read_text()
+        self.package.make_version("1.5", without=("lang/turkish.lang",),
+                                  tables={"mime_types.cfg": table.replace("002 01 WEBP\n", "")})
+        self.start()
+        self.end()
+        self.package.lay_out()
+        self.start(wait=False)
+        notice = self.work / ".package" / "notice"
+        quarn.wait_until(lambda: (self.work / "lang" / "turkish.lang").exists(), "the upgrade")
+        quarn.wait_until(lambda: not notice.exists(), "the notice to go")
+        # The box of the start, which may still be on the display, is never still.
+        quarn.wait_until(lambda: self.started.wait_stable() and self.started.shows_box(), "the message")
+
+        def is_closed():
+            # A window whose forerunner was killed gets the keyboard some time after it is shown.
+            self.started.key("5")
+            return not self.started.shows_box()
+
+        quarn.wait_until(is_closed, "the message to go")
+        self.end()
+        self.start()
+        self.started.list_again()
+        self.assertFalse(self.started.shows_box())
+
+    def end(self):
+        self.started.kill()
+        self.started.wait_end()
+
+    def test_over_vnc_only_this_machine_reaches_it(self):
+        with socket.socket() as free:
+            free.bind(("127.0.0.1", 0))
+            port = free.getsockname()[1]
+        options = f"{os.environ.get('ASAN_OPTIONS', '')}:verify_asan_link_order=0"
+        self.started.start([str(self.package.launcher), f"--vnc={port}"], wait=False,
+                           XDG_DATA_HOME=str(self.work.parent), ASAN_OPTIONS=options)
+
+        def answer(address):
+            try:
+                with socket.create_connection((address, port), quarn.DEADLINE) as client:
+                    return client.recv(4)
+            except ConnectionRefusedError:
+                return b""
+
+        quarn.wait_until(lambda: answer("127.0.0.1") == b"RFB ", "the server")
+        # All of 127.0.0.0/8 is this machine; a server that listens everywhere is there on each of them.
+        self.assertEqual(answer("127.0.0.2"), b"")
 
     def test_package_is_renewed_while_the_program_runs(self):
         self.start()

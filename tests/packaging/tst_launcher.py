@@ -147,6 +147,53 @@ class FirstStart(LauncherTest):
         self.assertEqual(self.everything(), whole)
 
 
+class OverVnc(LauncherTest):
+    def setUp(self):
+        super().setUp()
+        self.guard = self.package.programs / "modules" / "vncloopback.so"
+
+    def told(self, *arguments, **environment):
+        """The arguments that reach the program, what it is told of its display, and what is loaded
+        before it."""
+        script = "#!/bin/sh\nprintf '%s\\n' \"$*\" \"$QT_QPA_PLATFORM\" \"$LD_PRELOAD\"\n"
+        replace(self.package.programs / "quarn", script)
+        status, output, said = self.user.start(self.package.launcher, *arguments, **environment)
+        self.assertEqual(status, 0, said)
+        return output
+
+    def refused(self, *arguments):
+        status, output, said = self.user.start(self.package.launcher, *arguments)
+        self.assertEqual((output, len(said)), ([], 1))
+        self.assertFalse(self.user.work.exists())
+        return status, said[0]
+
+    def test_the_server_is_kept_to_this_machine(self):
+        self.assertEqual(self.told("--vnc", "rest"),
+                         ["rest", "vnc:size=480x640:port=5900", str(self.guard)])
+
+    def test_another_port_can_be_chosen(self):
+        self.assertEqual(self.told("--vnc=65535")[1], "vnc:size=480x640:port=65535")
+
+    def test_what_else_is_loaded_before_it_stays(self):
+        other = os.environ["QUARN_FAULT_LIBRARY"]
+        self.assertEqual(self.told("--vnc", LD_PRELOAD=other)[2], f"{self.guard}:{other}")
+
+    def test_what_is_no_port_is_refused(self):
+        for port in ("0", "00", "65536", "123456", "1a", "-1", "5900:size=1x1"):
+            status, line = self.refused(f"--vnc={port}")
+            self.assertEqual((status, "a port is" in line), (2, True), (port, line))
+
+    def test_without_what_keeps_it_to_this_machine_there_is_none(self):
+        self.guard.unlink()
+        status, line = self.refused("--vnc")
+        self.assertEqual((status, "vncloopback.so is missing" in line), (1, True), line)
+
+    def test_folder_whose_name_cannot_be_loaded_from_is_refused(self):
+        self.package = Package(original, self.base / "a b")
+        status, line = self.refused("--vnc")
+        self.assertEqual((status, "no blank or colon" in line), (1, True), line)
+
+
 class LaterStarts(LauncherTest):
     def test_nothing_is_said_or_written(self):
         self.start()
@@ -241,6 +288,50 @@ class Upgrade(LauncherTest):
         self.assertEqual(len(said), 1)
         self.assertIn("is for version 1.6 now; new: plugins/PicView/PicView lang/turkish.lang", said[0])
         self.assertEqual(self.start()[1], [])
+
+    def notice(self):
+        """What is left for the program to tell."""
+        return (self.user.work / ".package" / "notice").read_text().splitlines()
+
+    def tell_notice_file(self):
+        """The program says on stderr which file it is told to show."""
+        replace(self.package.programs / "quarn", STAND_IN + "echo \"tells: ${QUARN_NOTICE-nothing}\" >&2\n")
+
+    def test_what_is_new_is_left_for_the_program_to_tell(self):
+        self.start()
+        self.package.lay_out()
+        self.tell_notice_file()
+        self.assertEqual(self.start()[1][-1], f"tells: {self.user.work}/.package/notice")
+        self.assertEqual(self.notice(), ["version 1.6", f"folder {self.package.data}",
+                                         "new plugins/PicView/PicView", "new lang/turkish.lang",
+                                         "renewed mime_types.cfg"])
+
+    def test_without_an_upgrade_there_is_nothing_to_tell(self):
+        self.tell_notice_file()
+        for _ in range(2):
+            self.assertEqual(self.start()[1][-1], "tells: nothing")
+        (self.user.work / "lang" / "german.lang").unlink()
+        (self.user.work / "lang" / "german.lang").symlink_to(self.package.data / "lang" / "old")
+        self.assertEqual(self.start()[1][-1], "tells: nothing")
+
+    def test_two_upgrades_that_nobody_has_seen_are_both_told(self):
+        self.start()
+        self.upgrade()
+        self.package.make_version("1.7", tables={"mime_types.cfg": self.older})
+        self.start()
+        self.assertEqual(self.notice()[-3:], ["version 1.7", f"folder {self.package.data}",
+                                              "renewed mime_types.cfg"])
+        self.assertIn("new lang/turkish.lang", self.notice())
+
+    def test_settings_that_are_new_are_named_and_those_taken_away_are_not(self):
+        settings = (self.package.data / "fm.cfg").read_text()
+        self.package.make_version("1.5", tables={"fm.cfg": settings.replace("Motion = 1\n", "")})
+        self.start()
+        self.edit("fm.cfg", "Theme = 0\n", "")
+        self.edit("fm.cfg", "Language = english", "Language = german")
+        self.upgrade()
+        named = [line for line in self.notice() if line.partition(" ")[0] in ("setting", "kept")]
+        self.assertEqual(named, ["setting Motion", "kept fm.cfg"])
 
     def test_table_that_nobody_changed_is_renewed(self):
         self.start()

@@ -1,42 +1,44 @@
-#include "shell/unfinishedoffer.h"
+#include "shell/afterstart.h"
 
 #include "browser/filebrowserftab.h"
-#include "extras/openextras.h"
 #include "platform/zscreen.h"
 #include "shell/fm.h"
 
 #include <QEvent>
 #include <QTimer>
 
-UnfinishedOffer::UnfinishedOffer(FM* window) : QObject(window), window_(window)
+#include <utility>
+
+AfterStart::AfterStart(FM* window, std::function<bool()> isWanted, std::function<void()> run)
+    : QObject(window), window_(window), isWanted_(std::move(isWanted)), run_(std::move(run))
 {
     window->panel(FM::Panel1)->viewport()->installEventFilter(this);
 }
 
-bool UnfinishedOffer::eventFilter(QObject* watched, QEvent* event)
+bool AfterStart::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Paint) {
         watched->removeEventFilter(this);
-        QTimer::singleShot(0, this, &UnfinishedOffer::look);
+        QTimer::singleShot(0, this, &AfterStart::look);
     }
     return QObject::eventFilter(watched, event);
 }
 
-void UnfinishedOffer::look()
+void AfterStart::look()
 {
-    if (!hasUnfinished())
+    if (!isWanted_())
         return;
     isDue_ = true;
-    connect(ZScreen::instance(), &ZScreen::softKeysChanged, this, &UnfinishedOffer::offerWhenFree,
+    connect(ZScreen::instance(), &ZScreen::softKeysChanged, this, &AfterStart::runWhenFree,
             Qt::QueuedConnection);
-    offerWhenFree();
+    runWhenFree();
 }
 
 /// The start box, or what the user has begun meanwhile, comes first.
-void UnfinishedOffer::offerWhenFree()
+void AfterStart::runWhenFree()
 {
     if (!isDue_ || ZScreen::instance()->active() != window_)
         return;
     isDue_ = false;
-    window_->offerUnfinished();
+    run_();
 }
