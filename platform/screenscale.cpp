@@ -54,12 +54,33 @@ QString platformToBe(int argc, char** argv)
     return platform.section(QLatin1Char(':'), 0, 0);
 }
 
-/// Only the toolkit knows the size of a bare display, so it is started and ended once.
-double fittingBareDisplay(int& argc, char** argv)
+/// Whether it is that of a compositor, which ends programs whose full-screen window is too large.
+bool isWayland(const QString& platform)
+{
+    return platform.startsWith(QLatin1String("wayland")) ||
+           (platform.isEmpty() && qEnvironmentVariableIsSet("WAYLAND_DISPLAY"));
+}
+
+/// Only the toolkit knows the size of a display, so it is started and ended once.
+double fittingDisplay(int& argc, char** argv)
 {
     int count = argc;
     QGuiApplication probe(count, argv);
-    return ScreenScale::fitting(QGuiApplication::primaryScreen()->geometry().size());
+    const QScreen* display = QGuiApplication::primaryScreen();
+    return display == nullptr ? LargestSet : ScreenScale::fitting(display->geometry().size());
+}
+
+/// The scale to settle; 0 for none.
+double settledScale(int& argc, char** argv, const QString& platform)
+{
+    const double wanted = fromVariable();
+    if (!isBare(platform) && (wanted == 0 || !isWayland(platform)))
+        return wanted;
+    const double most = fittingDisplay(argc, argv);
+    if (wanted <= most)
+        return wanted > 0 ? wanted : most;
+    qWarning("%s: the display has no room for %g, but for %g", variable, wanted, most);
+    return most;
 }
 
 } // namespace
@@ -72,9 +93,7 @@ void ScreenScale::setVariable(const char* name)
 void ScreenScale::prepare(int& argc, char** argv)
 {
     const QString platform = platformToBe(argc, argv);
-    double scale = fromVariable();
-    if (scale == 0 && isBare(platform))
-        scale = fittingBareDisplay(argc, argv);
+    const double scale = settledScale(argc, argv, platform);
     isSettled = scale != 0;
     belowOne = scale < 1 ? scale : 0;
     windowsDensity = 0;

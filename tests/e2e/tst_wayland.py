@@ -5,21 +5,25 @@ import quarn
 import wayland
 
 
-class TestWayland(quarn.Case):
-    display_options = {"width": 480, "height": 700}
+class OnWayland:
+    """A program in a compositor of its own."""
 
     def compositor(self, *arguments):
         compositor = wayland.Compositor(self.display.environment(), *arguments)
         self.addCleanup(compositor.stop)
         return compositor
 
-    def started(self, compositor):
+    def started(self, compositor, scale=None):
         program = self.program()
         quarn.make_folder(program.home / "Documents")
-        program.start(wait=False, QUARN_SCALE=None, **compositor.environment())
+        program.start(wait=False, QUARN_SCALE=scale, **compositor.environment())
         quarn.wait_until(lambda: len(program.listings()) >= 2 or not program.is_running(),
                          program.describe)
         return program
+
+
+class TestWayland(OnWayland, quarn.Case):
+    display_options = {"width": 480, "height": 700}
 
     def test_theFirstWindowHasTheLargestWholeScaleInTwoThirds(self):
         compositor = self.compositor("headless", (1024, 960))
@@ -45,6 +49,21 @@ class TestWayland(quarn.Case):
         quarn.wait_until(lies_in_the_middle, program.describe)
         self.display.client.press("Down", "Return")
         program.wait_for_listing(program.home / "Documents")
+
+
+class TestSmallDisplay(OnWayland, quarn.Case):
+    display_options = {"width": 320, "height": 240}
+
+    def test_aScaleWithNoRoomFullScreenGivesTheNextOneDown(self):
+        compositor = self.compositor("x11", (320, 240), "--shell=kiosk-shell.so")
+        program = self.started(compositor, "1")
+        self.assertTrue(program.is_running(), program.lines)
+
+        def enters_a_folder():
+            self.display.client.press("Down", "Return")
+            return str(program.home / "Documents") in program.listings()
+        quarn.wait_until(enters_a_folder, program.describe)
+        self.assertTrue([line for line in program.lines if line.startswith("QUARN_SCALE")])
 
 
 if __name__ == "__main__":

@@ -172,6 +172,13 @@ private slots:
         QCOMPARE(run.output, "1 120 160 240 320");
     }
 
+    void variableWithNoRoomOnABareDisplayGivesWhatFits()
+    {
+        const SelfRun run = probe("vnc:port=0:size=480x700", "3");
+        QCOMPARE(run.output, "2 0 15 240 320");
+        QVERIFY2(run.errors.contains("PROBE_SCALE"), run.errors.constData());
+    }
+
     void windowOpensWhereItIsWanted_data()
     {
         QTest::addColumn<QString>("place");
