@@ -31,7 +31,7 @@ void runTool(const std::string& command)
 void writeFile(const std::string& path, qint64 bytes)
 {
     const int file = open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0644);
-    std::string block(BlockBytes, 'x');
+    const std::string block(size_t(std::min<qint64>(bytes, BlockBytes)), 'x');
     while (file >= 0 && bytes > 0) {
         const ssize_t put = write(file, block.data(), size_t(std::min<qint64>(bytes, BlockBytes)));
         if (put <= 0)
@@ -113,7 +113,7 @@ void benchSmallFiles(const std::string& folder)
     makeTree(folder + "/tree", 100, 100, 1000);
     const std::string target = folder + "/target";
     const auto [ours, tool] = compare(
-        7, [&] { run(OperationKind::Copy, folder + "/tree", target); },
+        5, [&] { run(OperationKind::Copy, folder + "/tree", target); },
         [&] { runTool("cp -R '" + folder + "/tree' '" + target + "' && sync"); },
         [&] { mkdir(target.c_str(), 0755); }, [&] { runTool("rm -rf '" + target + "'"); });
     printRow("safe copy of 10,000 small files", ours, "ms", "cp -R; sync", tool);
@@ -136,7 +136,7 @@ void benchMove(const std::string& folder, const std::string& other)
 void benchDelete(const std::string& folder)
 {
     const auto [ours, tool] = compare(
-        5, [&] { run(OperationKind::Delete, folder + "/gone", {}); },
+        3, [&] { run(OperationKind::Delete, folder + "/gone", {}); },
         [&] { runTool("rm -rf '" + folder + "/gone'"); },
         [&] { makeTree(folder + "/gone", 100, 1000, 10); }, [] {});
     printRow("safe delete of 100,000 files", ours, "ms", "rm -rf", tool);
