@@ -2,6 +2,7 @@
 clicks, the debug stream and pictures of the window."""
 
 import contextlib
+import fcntl
 import functools
 import os
 import pathlib
@@ -115,6 +116,15 @@ def environment_of(pid):
     return []
 
 
+@contextlib.contextmanager
+def trashes(alone=False):
+    """The trashes of the file systems, which all programs of the user share: with others who only
+    look at them, or alone, for who puts something there."""
+    with open(os.path.join(tempfile.gettempdir(), "quarn-trash-test.lock"), "w") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX if alone else fcntl.LOCK_SH)
+        yield
+
+
 class Display:
     """A virtual display of its own, optionally with a window manager."""
 
@@ -222,11 +232,15 @@ class Program(Watched):
 
     It must be stopped; stop() also fails if a process that it started is still there. Unless
     `player` says so the music player is not installed, and its keys give a message. What the group
-    Extras of the settings switches is off unless `extras` has it."""
+    Extras of the settings switches is off unless `extras` has it. With Trash nobody puts something
+    into the trashes of the file systems while it is there, unless it has them `alone` already."""
 
     def __init__(self, display, folder=None, second_folder="/", settings=None, name="work",
-                 player=False, extras=None):
+                 player=False, extras=None, alone=False):
         self.display = display
+        self.held = contextlib.ExitStack()
+        if (extras or {}).get("Trash") and not alone:
+            self.held.enter_context(trashes())
         self.base = pathlib.Path(tempfile.mkdtemp(prefix="q"))
         self.stage = self.base / name
         self.home = self.base / "home"
@@ -347,6 +361,7 @@ class Program(Watched):
         """Ends the program and takes its folders away. The second time it does nothing."""
         if not self.base.exists():
             return
+        self.held.close()
         crashed = None
         if self.process is not None:
             crashed = self.process.poll() if self.process.poll() not in (None, 0, -9, -15) else None

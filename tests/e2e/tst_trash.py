@@ -2,7 +2,6 @@
 """Deleting with "Trash = 1", and what can be done with the trash, by keys."""
 
 import contextlib
-import fcntl
 import os
 import pathlib
 import shutil
@@ -39,7 +38,8 @@ class Case(quarn.Case):
             with open(self.at(name), "wb") as file:
                 file.write(os.fsencode(name))
         self.program_ = self.program(self.left, second_folder=self.right,
-                                     extras={"Trash": 1, **({"Safe": 1} if safe else {})})
+                                     extras={"Trash": 1, **({"Safe": 1} if safe else {})},
+                                     alone=left is not None)
         self.trash = self.program_.home / ".local" / "share" / "Trash"
         self.user = operations.User(self.program_, self.left, self.right)
         if start:
@@ -221,16 +221,15 @@ class TestTrash(Case):
 class TestOtherFileSystem(Case):
     @contextlib.contextmanager
     def other_place(self):
-        """A folder on another file system than the home's. Its trash is the user's own, so only one
-        test may be at it."""
+        """A folder on another file system than the home's. Its trash is the user's own, which all
+        others list."""
         here = os.stat(tempfile.gettempdir()).st_dev
         for place in ("/dev/shm", "/var/tmp", "/tmp"):
             if os.path.isdir(place) and os.stat(place).st_dev != here:
                 break
         else:
             self.fail("there is one file system only")
-        with open(os.path.join(tempfile.gettempdir(), "quarn-trash-test.lock"), "w") as lock:
-            fcntl.flock(lock, fcntl.LOCK_EX)
+        with quarn.trashes(alone=True):
             folder = pathlib.Path(tempfile.mkdtemp(prefix="qs", dir=place))
             try:
                 yield folder

@@ -1,4 +1,5 @@
 #include "browser/filebrowserftab.h"
+#include "files/filehandle.h"
 #include "files/names.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
@@ -18,6 +19,9 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+
+#include <fcntl.h>
+#include <sys/file.h>
 
 namespace
 {
@@ -97,6 +101,16 @@ class tst_TrashCommands : public CommandTest
     Q_OBJECT
 
 private slots:
+    /// The list has the trashes of all file systems: who puts something there waits for the others.
+    void initTestCase()
+    {
+        const QString path = QDir::tempPath() + QStringLiteral("/quarn-trash-test.lock");
+        trashes_ =
+            FileHandle(open(encodedPath(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+        QVERIFY(trashes_.isOpen());
+        QVERIFY(flock(trashes_.get(), LOCK_SH) == 0);
+    }
+
     void init()
     {
         CommandTest::init();
@@ -525,6 +539,7 @@ private:
     }
 
     std::unique_ptr<ScratchFolder> data_;
+    FileHandle trashes_;
 };
 
 QUARN_TEST_MAIN(tst_TrashCommands)
