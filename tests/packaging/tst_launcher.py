@@ -250,6 +250,26 @@ class LaterStarts(LauncherTest):
         self.start()
         self.assertEqual(os.readlink(link), "/media/card/german.lang")
 
+    def test_settings_on_a_card_that_is_out_stay_the_users(self):
+        self.start()
+        settings = self.user.work / "fm.cfg"
+        settings.unlink()
+        settings.symlink_to("/media/card/fm.cfg")
+        called, said = self.start()
+        self.assertEqual(called, f"{self.user.runtime}/quarn/quarn")
+        self.assertEqual(len(said), 1, said)
+        self.assertIn("leads nowhere", said[0])
+        self.assertEqual(os.readlink(settings), "/media/card/fm.cfg")
+
+    def test_table_on_a_card_that_is_out_stays_the_users(self):
+        self.start()
+        table = self.user.work / "mime_types.cfg"
+        table.unlink()
+        table.symlink_to("/media/card/mime_types.cfg")
+        self.package.make_version("1.7", tables={"mime_types.cfg": "001 02 TXT\n"})
+        self.start()
+        self.assertEqual(os.readlink(table), "/media/card/mime_types.cfg")
+
     def test_home_that_was_moved_is_followed(self):
         self.start()
         self.edit("fm.cfg", "Language = english", "Language = german")
@@ -288,6 +308,16 @@ class Upgrade(LauncherTest):
         self.assertEqual(len(said), 1)
         self.assertIn("is for version 1.6 now; new: plugins/PicView/PicView lang/turkish.lang", said[0])
         self.assertEqual(self.start()[1], [])
+
+    def test_one_that_cannot_be_ended_keeps_no_later_start_waiting(self):
+        self.start()
+        shutil.rmtree(self.user.work / "lang")
+        (self.user.work / "lang").write_text("a file of the user")
+        self.package.lay_out()
+        replace(self.package.programs / "quarn",
+                "#!/bin/sh\nfor each in /proc/$$/fd/*; do readlink \"$each\"; done | grep -c /lock\n")
+        _, output, said = self.user.start(self.package.launcher)
+        self.assertEqual((output, len(said)), (["0"], 1), said)
 
     def notice(self):
         """What is left for the program to tell."""
@@ -338,6 +368,16 @@ class Upgrade(LauncherTest):
         self.assertEqual((self.user.work / "mime_types.cfg").read_text(), self.older)
         self.assertIn("renewed: mime_types.cfg", self.upgrade()[0])
         self.assertEqual((self.user.work / "mime_types.cfg").read_text(), self.table)
+
+    def test_table_that_the_user_keeps_elsewhere_stays_a_link(self):
+        self.start()
+        elsewhere = self.base / "mime_types.cfg"
+        table = self.user.work / "mime_types.cfg"
+        os.rename(table, elsewhere)
+        table.symlink_to(elsewhere)
+        before = elsewhere.read_text()
+        self.upgrade()
+        self.assertEqual((os.readlink(table), elsewhere.read_text()), (str(elsewhere), before))
 
     def test_table_that_the_user_changed_stays_and_the_new_one_is_named(self):
         self.start()
