@@ -25,6 +25,13 @@ bool isSame(const struct stat& one, const struct stat& other)
            nanoseconds(one.st_ctim) == nanoseconds(other.st_ctim);
 }
 
+/// Whether a part of such a file is never written out by itself; anything else has gone wrong. The
+/// system tells a trouble once for each opening of a file, so nobody else is told of it later.
+bool isWrittenAsAWhole(int error)
+{
+    return error == EINVAL || error == ESPIPE || error == ENOSYS;
+}
+
 bool cannotBeInRange(int error)
 {
     return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP ||
@@ -194,12 +201,12 @@ bool FileCopy::writeOut(qint64 bytes)
         sync_file_range(to_.get(), begun_, pieceBegin - begun_,
                         SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE |
                             SYNC_FILE_RANGE_WAIT_AFTER) != 0 &&
-        errno == EIO)
+        !isWrittenAsAWhole(errno))
         return false;
     flushed_ = pieceBegin;
     begun_ = pieceBegin;
     return sync_file_range(to_.get(), pieceBegin, bytes, SYNC_FILE_RANGE_WRITE) == 0 ||
-           errno != EIO;
+           isWrittenAsAWhole(errno);
 }
 
 FileCopy::Step FileCopy::end()

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <condition_variable>
 #include <cstdio>
+#include <dlfcn.h>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -46,6 +47,7 @@ struct Faults {
     std::shared_ptr<Hold> hold;
     int flushError = 0;
     bool failsEachFlush = false;
+    int writeOutError = 0;
     int renames = -1;
     int renameError = 0;
     bool knowsNoReplace = true;
@@ -117,6 +119,11 @@ void CallFaults::failFlushing(int error, bool ofEach)
 {
     current->flushError = error;
     current->failsEachFlush = ofEach;
+}
+
+void CallFaults::failWritingOut(int error)
+{
+    current->writeOutError = error;
 }
 
 void CallFaults::failRenaming(int after, int error)
@@ -203,6 +210,16 @@ int fsync(int file)
 int fdatasync(int file)
 {
     return flushed(SYS_fdatasync, file, current != nullptr && current->failsEachFlush);
+}
+
+int sync_file_range(int file, off64_t at, off64_t size, unsigned flags)
+{
+    if (current != nullptr && current->writeOutError != 0)
+        return failed<int>(current->writeOutError);
+    // How the system takes the numbers differs between processors.
+    static const auto theirs =
+        reinterpret_cast<decltype(&sync_file_range)>(dlsym(RTLD_NEXT, "sync_file_range"));
+    return theirs(file, at, size, flags);
 }
 
 int renameat2(int from, const char* name, int to, const char* newName, unsigned flags)

@@ -21,6 +21,8 @@ public:
     void failReading(qint64 afterBytes, int error);
     /// Flushing fails so: of all files together and, if that is meant, of each.
     void failFlushing(int error, bool ofEach);
+    /// Parts of a file cannot be written out, though the file can be flushed.
+    void failWritingOut(int error);
     /// Flushing does not come to an end, of whatever, before this is destroyed.
     void holdFlushing();
     /// Whether something is being flushed, while flushing is held.

@@ -161,6 +161,37 @@ private slots:
         QCOMPARE(namesIn(places.source()), ofEach ? names : QList<QByteArray>{});
     }
 
+    void whatCannotBeWrittenOutIsToldThoughTheFileCanBeFlushed_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::addColumn<bool>("isTold");
+        QTest::newRow("broken medium") << EIO << true;
+        QTest::newRow("full disk behind it") << ENOSPC << true;
+        QTest::newRow("broken block") << ENODATA << true;
+        QTest::newRow("no medium") << ENODEV << true;
+        QTest::newRow("not in parts") << EINVAL << false;
+    }
+    void whatCannotBeWrittenOutIsToldThoughTheFileCanBeFlushed()
+    {
+        QFETCH(int, error);
+        QFETCH(bool, isTold);
+        const OperationPlaces places(OperationPlaces::Apart);
+        const QByteArray content(qsizetype(40) * 1024 * 1024, 'l');
+        writeFile(places.source("large"), content);
+        Operation operation(places.request(OperationKind::Move, {"large"}));
+        {
+            CallFaults faults;
+            faults.failWritingOut(error);
+            runToEnd(operation);
+        }
+        QCOMPARE(told(operation), isTold
+                                      ? QByteArrayList{line("large", Trouble::CannotWrite, error)}
+                                      : QByteArrayList());
+        QCOMPARE(isThere(places.source("large")), isTold);
+        QCOMPARE(readFile(isTold ? places.source("large") : places.target("large")), content);
+        QCOMPARE(isThere(places.target("large")), !isTold);
+    }
+
     void whatCannotBeRenamedIsTold()
     {
         const OperationPlaces places;
