@@ -27,6 +27,11 @@ ExtrasModule* openExtras()
     return module != nullptr ? module() : nullptr;
 }
 
+bool extrasNeedRestart()
+{
+    return ZModule::needsRestart("extras");
+}
+
 bool hasUnfinished()
 {
     DIR* folder = opendir(unfinishedFolder().constData());

@@ -6,6 +6,9 @@
 /// fit, which a line on stderr says.
 ExtrasModule* openExtras();
 
+/// Whether openExtras() fails since the program was upgraded while it runs.
+bool extrasNeedRestart();
+
 /// Whether there may be something for ExtrasModule::offerUnfinished(): one look at one folder,
 /// without the module.
 bool hasUnfinished();

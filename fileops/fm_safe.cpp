@@ -33,6 +33,15 @@ bool confirmMove(const QStringList& entries, const QString& folder)
 
 } // namespace
 
+/// Without it nothing is done in another way: the user who set it relies on it.
+ExtrasModule* FM::extrasOrError()
+{
+    ExtrasModule* module = openExtras();
+    if (module == nullptr)
+        showError(extrasNeedRestart() ? LANG_UPGRADED : LANG_NO_EXTRAS);
+    return module;
+}
+
 void FM::deleteSafely()
 {
     FileBrowserFtab* active = activePanel();
@@ -58,11 +67,9 @@ void FM::runSafely(ExtrasModule::Kind kind, const QStringList& entries, const QS
                    bool wereMarked)
 {
     const ZScreen::MainInputPause pause;
-    ExtrasModule* module = openExtras();
-    if (module == nullptr) {
-        showError(LANG_NO_EXTRAS);
+    ExtrasModule* module = extrasOrError();
+    if (module == nullptr)
         return;
-    }
     const ExtrasModule::Outcome outcome = module->run(kind, entries, folder);
     if (!outcome.begun)
         return;

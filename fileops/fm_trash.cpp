@@ -17,11 +17,9 @@ void FM::deleteToTrash()
     const bool marked = active->isMultiSelect();
     const QStringList entries = marked ? active->getChkFileList() : QStringList{active->curFile};
     const ZScreen::MainInputPause pause;
-    ExtrasModule* module = openExtras();
-    if (module == nullptr) {
-        showError(LANG_NO_EXTRAS);
+    ExtrasModule* module = extrasOrError();
+    if (module == nullptr)
         return;
-    }
     const ExtrasModule::Thrown thrown = module->throwAway(entries);
     if (!thrown.begun)
         return;
@@ -50,10 +48,8 @@ void FM::slot_Trash()
     const FileBrowserFtab* active = activePanel();
     const QString folder = active != nullptr ? active->curPath : QString();
     const ZScreen::MainInputPause pause;
-    ExtrasModule* module = openExtras();
-    if (module == nullptr)
-        showError(LANG_NO_EXTRAS);
-    else if (module->showTrash(folder)) {
+    ExtrasModule* module = extrasOrError();
+    if (module != nullptr && module->showTrash(folder)) {
         for (const Page page : {Panel1, Panel2})
             panel(page)->relistByName({});
     }

@@ -4,6 +4,7 @@
 
 #include "assoc/mimetable.h"
 #include "files/entry.h"
+#include "lang/texts.h"
 #include "sharing/share_tool.h"
 #include "widgets/errorbox.h"
 
@@ -18,6 +19,8 @@ void FM::slot_SendBt()
     const QString name = path.mid(qMax(path.lastIndexOf(QLatin1Char('/')), qsizetype(0)));
     const SHARE_Tool::OBJECT_INFO info = {name, QStringLiteral("media/") + mimeOf(path)};
     // The service takes texts; a name that is none would become another one on the way.
-    if (!path.isValidUtf16() || !SHARE_Tool::shareByBt(info, path, false))
-        showError(QStringLiteral("Error send file ") + path);
+    if (path.isValidUtf16() && SHARE_Tool::shareByBt(info, path, false))
+        return;
+    showError(SHARE_Tool::needsRestart() ? LANG_UPGRADED
+                                         : QStringLiteral("Error send file ") + path);
 }

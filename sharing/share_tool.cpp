@@ -11,3 +11,8 @@ bool SHARE_Tool::shareByBt(const OBJECT_INFO& info, const QString& path, [[maybe
     const auto share = reinterpret_cast<SharingModule>(ZModule::open("sharing"));
     return share != nullptr && share(info, path);
 }
+
+bool SHARE_Tool::needsRestart()
+{
+    return ZModule::needsRestart("sharing");
+}

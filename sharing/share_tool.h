@@ -23,4 +23,7 @@ public:
     /// The search is stopped and the connection to the device ended when the user closes the
     /// screens, and when the application object goes before that.
     static bool shareByBt(const OBJECT_INFO& info, const QString& path, bool flag);
+
+    /// Whether shareByBt() fails since the program was upgraded while it runs.
+    static bool needsRestart();
 };

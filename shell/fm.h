@@ -185,6 +185,7 @@ private:
     QString wideFolderSizeText(const QString& path, const QString& textSoFar);
 
     // The same by the module "extras".
+    ExtrasModule* extrasOrError();
     void deleteSafely();
     void deleteToTrash();
     QStringList deleteForGood(ExtrasModule* module, const QStringList& entries);

@@ -58,6 +58,7 @@ private slots:
     void cleanup()
     {
         CommandTest::cleanup();
+        ZModule::setExecutable({});
         QVERIFY(entryPage() == nullptr && operationBox() == nullptr);
         // Nothing that has come to its end leaves anything to be finished.
         QCOMPARE(QDir(state_->path("quarn/journals")).entryList(QDir::Files | QDir::Hidden),
@@ -80,6 +81,23 @@ private slots:
         CommandFixture::choose(CommandFixture::Delete);
         fixture_->dismissError(LANG_NO_EXTRAS);
         QVERIFY(QFile::exists(fixture_->left("a")));
+        QVERIFY(!moduleIsOpen());
+    }
+
+    void afterAnUpgradeNothingIsTouchedAndTheUserIsToldToStartAnew()
+    {
+        // Another file lies where the program was, and a module beside it.
+        state_->write("quarn", "the newer one");
+        state_->makeFolder("modules");
+        state_->makeLink("modules/extras.so", QStringLiteral(QUARN_EXTRAS_MODULES "/extras.so"));
+        ZModule::setFolder({});
+        ZModule::setExecutable(QFile::encodeName(state_->path("quarn")) + " (deleted)");
+        fixture_->startWith(CommandFixture::Copy, "a");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module extras: .* start it anew"));
+        fixture_->paste();
+        QCOMPARE(log(), QStringList{Log::message(LANG_ERROR, LANG_UPGRADED, "error")});
+        fixture_->dismissError(LANG_UPGRADED);
+        QVERIFY(QDir(fixture_->right()).isEmpty());
         QVERIFY(!moduleIsOpen());
     }
 

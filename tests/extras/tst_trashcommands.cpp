@@ -122,6 +122,7 @@ private slots:
     void cleanup()
     {
         CommandTest::cleanup();
+        ZModule::setExecutable({});
         QVERIFY(entryPage() == nullptr && operationBox() == nullptr);
         data_.reset();
     }
@@ -137,6 +138,23 @@ private slots:
             CommandFixture::choose(command);
             QCOMPARE(log(), QStringList{Log::message(LANG_ERROR, LANG_NO_EXTRAS, "error")});
             fixture_->dismissError(LANG_NO_EXTRAS);
+        }
+        QVERIFY(QFile::exists(fixture_->left("a")));
+    }
+
+    void afterAnUpgradeNothingIsTouchedAndTheUserIsToldToStartAnew()
+    {
+        data_->write("quarn", "the newer one");
+        ZModule::setFolder({});
+        ZModule::setExecutable(QFile::encodeName(data_->path("quarn")) + " (deleted)");
+        fixture_->write(1, {"a"});
+        fixture_->start();
+        fixture_->highlight("a");
+        for (const auto command : {CommandFixture::Delete, CommandFixture::Trash}) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module extras: "));
+            CommandFixture::choose(command);
+            QCOMPARE(log(), QStringList{Log::message(LANG_ERROR, LANG_UPGRADED, "error")});
+            fixture_->dismissError(LANG_UPGRADED);
         }
         QVERIFY(QFile::exists(fixture_->left("a")));
     }

@@ -70,5 +70,6 @@ inline const KnownText KnownTexts[] = {
     {"NO_ENTRIES", &LANG_NO_ENTRIES, "No entries"},
     {"CANNOT_READ", &LANG_CANNOT_READ, "Cannot be read"},
     {"NO_EXTRAS", &LANG_NO_EXTRAS, "Not available: the program's part for this is missing."},
+    {"UPGRADED", &LANG_UPGRADED, "Quarn was upgraded. Leave it and start it anew."},
     {"TRASH", &LANG_TRASH, "Trash"},
 };

@@ -46,6 +46,7 @@ QList<Message> messages()
             {LANG_ERROR, LANG_RENAME_DIREXISTS},
             {LANG_ERROR, LANG_NOT_EXEC},
             {LANG_ERROR, LANG_NO_EXTRAS},
+            {LANG_ERROR, LANG_UPGRADED},
             {LANG_COPYING, LANG_PLEASE_WAIT},
             {LANG_MOVING, LANG_PLEASE_WAIT},
             {LANG_PROPERTIES, LANG_PLEASE_WAIT},

@@ -1,10 +1,13 @@
 #include "browser/filebrowserftab.h"
 #include "lang/texts.h"
+#include "platform/zmodule.h"
 #include "shell/fm.h"
 #include "tests/fileops/commandfixture.h"
 #include "tests/launch/shareservice.h"
 #include "tests/support/testmain.h"
 #include "widgets/kwidget.h"
+
+#include <QRegularExpression>
 
 #include <memory>
 
@@ -33,6 +36,7 @@ private slots:
     void cleanup()
     {
         service_.reset();
+        ZModule::setExecutable({});
         fixture_.reset();
     }
 
@@ -122,6 +126,18 @@ private slots:
         QCOMPARE(service_->requests.size(), 1);
         QCOMPARE(fixture_->log().take(),
                  QStringList(error("Error send file " + fixture_->left("a.txt"))));
+        fixture_->dismissMessage();
+    }
+
+    void afterAnUpgradeTheUserIsToldToStartAnew()
+    {
+        fixture_->files().write("quarn", "the newer one");
+        ZModule::setFolder({});
+        ZModule::setExecutable(QFile::encodeName(fixture_->files().path("quarn")) + " (deleted)");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module sharing: .* start it anew"));
+        send("a.txt");
+        QVERIFY(service_->requests.isEmpty());
+        QCOMPARE(fixture_->log().take(), QStringList(error(LANG_UPGRADED)));
         fixture_->dismissMessage();
     }
 

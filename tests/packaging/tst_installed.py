@@ -12,8 +12,9 @@ import unittest
 
 from installation import Package, installed, quarn
 
-REPLACED = "module sharing: the program was replaced while it runs; start it anew"
+REPLACED = "module {}: the program was replaced while it runs; start it anew"
 TO_BLUETOOTH = ("softleft", *["down"] * 6, "select")
+TO_DELETE = ("softleft", "down", "select")
 
 
 def setUpModule():
@@ -57,15 +58,17 @@ class InstalledProgram(quarn.Case):
         for pid in self.started.relatives():
             os.kill(pid, signal.SIGTERM)
 
-    def check_sharing_is_refused(self):
-        """What needs the new files gives its message, and the program goes on."""
+    def check_modules_are_refused(self):
+        """What needs the new files gives its message, nothing is done, and the program goes on."""
         self.started.key("down")
         self.started.wait_stable()
-        self.started.key(*TO_BLUETOOTH)
-        self.started.wait_for_line(REPLACED)
-        quarn.wait_until(self.started.shows_box, "the message")
-        self.started.key("5")
-        quarn.wait_until(lambda: not self.started.shows_box(), "the message to go")
+        for module, keys in (("sharing", TO_BLUETOOTH), ("extras", TO_DELETE)):
+            self.started.key(*keys)
+            self.started.wait_for_line(REPLACED.format(module))
+            quarn.wait_until(self.started.shows_box, "the message")
+            self.started.key("5")
+            quarn.wait_until(lambda: not self.started.shows_box(), "the message to go")
+        self.assertTrue((self.started.home / "song.mp3").exists())
         self.started.key("hash")
         self.started.wait_for_listing(self.started.home)
 
@@ -152,12 +155,12 @@ class InstalledProgram(quarn.Case):
     def test_package_is_renewed_while_the_program_runs(self):
         self.start()
         self.renew_package()
-        self.check_sharing_is_refused()
+        self.check_modules_are_refused()
 
     def test_package_is_taken_away_while_the_program_runs(self):
         self.start()
         shutil.rmtree(self.package.prefix)
-        self.check_sharing_is_refused()
+        self.check_modules_are_refused()
 
 
 if __name__ == "__main__":

@@ -18,7 +18,11 @@ private slots:
         files_ = std::make_unique<ScratchFolder>();
         ZModule::setFolder(QByteArrayLiteral(QUARN_TEST_MODULES));
     }
-    void cleanup() { ZModule::setFolder({}); }
+    void cleanup()
+    {
+        ZModule::setFolder({});
+        ZModule::setExecutable({});
+    }
 
     void modulesAreBesideTheExecutable()
     {
@@ -85,7 +89,57 @@ private slots:
         QVERIFY(ZModule::open("answer") != nullptr);
     }
 
+    void upgradedProgramOpensNoModuleOfTheNewerVersion()
+    {
+        runFrom("quarn (deleted)");
+        files_->write("quarn", "the newer one");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module answer: .* start it anew"));
+        QVERIFY(ZModule::open("answer") == nullptr);
+        QVERIFY(ZModule::needsRestart("answer"));
+    }
+
+    void moduleThatIsOpenServesOnAfterAnUpgrade()
+    {
+        runFrom("quarn");
+        QVERIFY(!ZModule::needsRestart("answer"));
+        const QFunctionPointer function = ZModule::open("answer");
+        QVERIFY(function != nullptr);
+        runFrom("quarn (deleted)");
+        files_->write("quarn", "the newer one");
+        QVERIFY(QFile::remove(files_->path("modules/answer.so")));
+        QVERIFY(ZModule::open("answer") == function);
+        QVERIFY(!ZModule::needsRestart("answer"));
+    }
+
+    void programThatWasRemovedIsNotSaidToBeUpgraded()
+    {
+        runFrom("quarn (deleted)");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^module answer: "));
+        QVERIFY(ZModule::open("answer") == nullptr);
+        QVERIFY(!ZModule::needsRestart("answer"));
+    }
+
+    void programWhoseNameEndsLikeOneThatIsGoneOpensModules()
+    {
+        files_->write("quarn (deleted)", "this one");
+        runFrom("quarn (deleted)");
+        QVERIFY(ZModule::open("answer") != nullptr);
+        QVERIFY(!ZModule::needsRestart("answer"));
+    }
+
 private:
+    /// As if the program were this file of the scratch folder, with the module beside it.
+    void runFrom(const QString& name)
+    {
+        if (!QFile::exists(files_->path("modules/answer.so"))) {
+            files_->makeFolder("modules");
+            QVERIFY(QFile::copy(QStringLiteral(QUARN_TEST_MODULES "/answer.so"),
+                                files_->path("modules/answer.so")));
+        }
+        ZModule::setFolder({});
+        ZModule::setExecutable(QFile::encodeName(files_->path(name)));
+    }
+
     std::unique_ptr<ScratchFolder> files_;
 };
 
