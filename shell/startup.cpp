@@ -9,6 +9,7 @@
 #include "platform/zmotion.h"
 #include "platform/zskinservice.h"
 #include "platform/ztheme.h"
+#include "shell/consolelines.h"
 #include "shell/fm.h"
 #include "shell/qdaemonapp.h"
 #include "shell/settings.h"
@@ -54,6 +55,7 @@ int startQuarn(int argc, char** argv)
 {
     keepUsersLocale();
     const QDaemonApp local(argc, argv);
+    ConsoleLines::displayIsLookedFor();
     if (!becomeTheInstance()) {
         QCopChannel::send(ProgramNames::Channel, "show()");
         return 0;

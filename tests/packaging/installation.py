@@ -88,7 +88,9 @@ class User:
         self.home.mkdir(parents=True)
         self.runtime = pathlib.Path(tempfile.mkdtemp(prefix="qr", dir=base))
         self.environment = {"HOME": str(self.home), "XDG_RUNTIME_DIR": str(self.runtime),
-                            "PATH": "/usr/local/bin:/usr/bin:/bin", "LANG": "C.UTF-8"}
+                            "PATH": "/usr/local/bin:/usr/bin:/bin", "LANG": "C.UTF-8",
+                            # Of a display that nobody looks for.
+                            "DISPLAY": ":nowhere"}
 
     @property
     def work(self):

@@ -152,6 +152,23 @@ class InstalledProgram(quarn.Case):
         # All of 127.0.0.0/8 is this machine; a server that listens everywhere is there on each of them.
         self.assertEqual(answer("127.0.0.2"), b"")
 
+    def test_without_a_display_it_says_one_line(self):
+        for number, (environment, words) in enumerate((
+                ({"DISPLAY": ":nowhere"}, "could not connect to display :nowhere"),
+                ({"DISPLAY": None, "QT_QPA_PLATFORM": "linuxfb:fb=/dev/null"}, "fixed information"),
+                ({"QT_QPA_PLATFORM": "stone"}, '"stone"'),
+                ({"DISPLAY": None, "QT_QPA_PLATFORM": "wayland", "WAYLAND_DISPLAY": "nowhere"},
+                 "wl_display"))):
+            with self.subTest(environment=environment):
+                program = self.started.spawn([str(self.package.launcher)],
+                                             XDG_DATA_HOME=str(self.base / f"data{number}"), **environment)
+                _, said = program.communicate(timeout=quarn.DEADLINE)
+                lines = [line for line in said.decode().splitlines()
+                         if not line.startswith("quarn: your settings are in ")]
+                self.assertEqual((program.returncode, len(lines)), (1, 1), lines)
+                self.assertIn("quarn: no display: ", lines[0])
+                self.assertIn(words, lines[0])
+
     def test_package_is_renewed_while_the_program_runs(self):
         self.start()
         self.renew_package()

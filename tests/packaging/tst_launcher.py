@@ -194,6 +194,54 @@ class OverVnc(LauncherTest):
         self.assertEqual((status, "no blank or colon" in line), (1, True), line)
 
 
+class Displays(LauncherTest):
+    def setUp(self):
+        super().setUp()
+        self.framebuffer = self.base / "fb0"
+        self.package.change_launcher("framebuffer=/dev/fb0", f"framebuffer={self.framebuffer}")
+        replace(self.package.programs / "quarn", "#!/bin/sh\nprintf '%s\\n' \"${QT_QPA_PLATFORM-none}\"\n")
+        self.user.environment.pop("DISPLAY")
+
+    def platform(self, *arguments, **environment):
+        """What the program is told to draw with."""
+        status, output, said = self.user.start(self.package.launcher, *arguments, **environment)
+        self.assertEqual((status, len(output)), (0, 1), said)
+        return output[0]
+
+    def refused(self, *words, **options):
+        status, output, said = self.user.start(self.package.launcher, **options)
+        self.assertEqual((status, output, len(said)), (1, [], 1), said)
+        for word in ("quarn: no display", *words):
+            self.assertIn(word, said[0])
+        self.assertFalse(self.user.work.exists())
+
+    def test_without_a_window_system_the_framebuffer_is_taken(self):
+        self.framebuffer.touch()
+        self.assertEqual(self.platform(), "linuxfb")
+
+    def test_with_a_window_system_the_framebuffer_is_left(self):
+        self.framebuffer.touch()
+        for name, value in (("DISPLAY", ":0"), ("WAYLAND_DISPLAY", "wayland-0"), ("WAYLAND_SOCKET", "3"),
+                            ("XDG_SESSION_TYPE", "wayland")):
+            self.assertEqual(self.platform(**{name: value}), "none", name)
+
+    def test_platform_that_is_named_counts(self):
+        self.framebuffer.touch()
+        self.assertEqual(self.platform(QT_QPA_PLATFORM="eglfs"), "eglfs")
+        for option in ("-platform", "--platform"):
+            self.assertEqual(self.platform(option, "eglfs"), "none")
+        self.assertEqual(self.platform("-display", ":1"), "none")
+
+    def test_without_any_it_says_so_in_one_line(self):
+        self.refused("DISPLAY", "WAYLAND_DISPLAY", str(self.framebuffer))
+        self.refused(DISPLAY="", WAYLAND_DISPLAY="")
+
+    def test_framebuffer_of_others_is_named_with_who_may_draw(self):
+        self.framebuffer.touch()
+        self.framebuffer.chmod(0o440)
+        self.refused("group video", str(self.framebuffer), prefix=AS_USER)
+
+
 class LaterStarts(LauncherTest):
     def test_nothing_is_said_or_written(self):
         self.start()
