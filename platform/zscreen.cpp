@@ -2,6 +2,7 @@
 
 #include "platform/displayturn.h"
 #include "platform/keymap.h"
+#include "platform/vncdisplay.h"
 #include "platform/x11focus.h"
 #include "platform/zboxpan.h"
 #include "platform/zscreenframe.h"
@@ -92,6 +93,10 @@ ZScreen::ZScreen(ZScreenFrame* frame)
     setFocusPolicy(Qt::NoFocus);
     if (DisplayTurn::isNeeded())
         takeTurns();
+    if (VncDisplay::isUsed()) {
+        vnc_ = std::make_unique<VncDisplay>();
+        connect(vnc_.get(), &VncDisplay::guestShown, this, &ZScreen::guestShown);
+    }
     qApp->installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* now) { focusMoved(now); });
@@ -305,6 +310,8 @@ void ZScreen::updateWindow()
     } else if (window()->isHidden()) {
         if (turn_)
             turn_->show();
+        if (vnc_)
+            vnc_->show();
         window()->show();
         x11Focus_->watch();
         takeKeyboard();

@@ -11,6 +11,7 @@
 #include <memory>
 
 class DisplayTurn;
+class VncDisplay;
 class X11Focus;
 
 class ZBoxPan;
@@ -97,6 +98,8 @@ signals:
     /// A pixel of the screen is drawn with another number of the display's: what is kept drawn
     /// (see ScreenScale::density()) is to be drawn anew.
     void densityChanged();
+    /// Over VNC: another program of the user has shown its window, on this port of the machine.
+    void guestShown(int port);
     /// Another widget has the keys, or the soft keys do something else in it.
     void softKeysChanged();
 
@@ -131,6 +134,7 @@ private:
     ZScreenFrame* frame_; ///< the window, which owns the screen
     std::unique_ptr<X11Focus> x11Focus_;
     std::unique_ptr<DisplayTurn> turn_; ///< nullptr where windows share the display
+    std::unique_ptr<VncDisplay> vnc_;   ///< nullptr on other displays
     QList<Entry> placed_;
     QList<QWidget*> stack_;
     ZBoxPan* pan_;

@@ -32,6 +32,13 @@ bool isAboutFonts(const QString& message)
     return message.startsWith(QLatin1String("  OpenType support missing for "));
 }
 
+/// The toolkit's server for VNC looks for its port when the event loop begins, and the program would go
+/// on where nobody sees it.
+bool isWithoutServer(const QString& message)
+{
+    return message.startsWith(QLatin1String("QVncServer could not connect"));
+}
+
 void write(const QByteArray& line)
 {
     std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
@@ -48,9 +55,9 @@ QByteArray reason(const QByteArrayList& kept)
 }
 
 /// Nothing is open yet that would have to be closed, and the toolkit's own end is a crash.
-[[noreturn]] void endWithoutDisplay()
+[[noreturn]] void endWithoutDisplay(const QByteArray& why)
 {
-    write("quarn: no display: " + reason(lines().kept).trimmed() + '\n');
+    write("quarn: no display: " + why.trimmed() + '\n');
     std::fflush(stderr);
     std::_Exit(EXIT_FAILURE);
 }
@@ -60,12 +67,15 @@ void take(QtMsgType type, const QMessageLogContext& /*context*/, const QString& 
     if (isAboutFonts(message))
         return;
     if (type == QtFatalMsg && lines().areKept)
-        endWithoutDisplay();
+        endWithoutDisplay(reason(lines().kept));
     const QByteArray line = encodeName(message).value_or(message.toUtf8()) + '\n';
-    if (lines().areKept)
+    if (lines().areKept) {
         lines().kept.append(line);
-    else
+    } else if (isWithoutServer(message)) {
+        endWithoutDisplay(line);
+    } else {
         write(line);
+    }
 }
 
 /// Of the rules for the toolkit's logging only those count that are not about our own lines.
@@ -91,7 +101,7 @@ void ConsoleLines::install()
 void ConsoleLines::displayIsLookedFor()
 {
     if (QGuiApplication::primaryScreen() == nullptr)
-        endWithoutDisplay();
+        endWithoutDisplay(reason(lines().kept));
     lines().areKept = false;
     for (const QByteArray& line : std::as_const(lines().kept))
         write(line);

@@ -12,7 +12,8 @@ namespace ConsoleLines
 void install();
 
 /// The application object is made. Writes what was kept back; without a display it says so and
-/// ends the process with status 1.
+/// ends the process with status 1. That is also what becomes of a server for VNC that does not get
+/// its port.
 void displayIsLookedFor();
 
 } // namespace ConsoleLines

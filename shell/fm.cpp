@@ -6,6 +6,7 @@
 #include "files/programnames.h"
 #include "lang/texts.h"
 #include "platform/qcopchannel.h"
+#include "platform/vncdisplay.h"
 #include "platform/zapplication.h"
 #include "platform/znavtabwidget.h"
 #include "platform/zoptionsmenu.h"
@@ -19,6 +20,7 @@
 #include "shell/statusline.h"
 #include "shell/upgradenotice.h"
 #include "shell/util.h"
+#include "shell/vncnotice.h"
 #include "widgets/kwidget.h"
 #include "widgets/textinput.h"
 
@@ -154,6 +156,8 @@ void FM::connectSignals()
     connect(ZScreen::instance(), &ZScreen::closeRequested, this, &FM::slotCloseRequested);
     if (extras.status)
         new StatusLine(this);
+    if (VncDisplay::isUsed())
+        new VncNotice(this);
     if (const QString notice = takeNoticeFile(); !notice.isNull())
         new AfterStart(
             this, [] { return true; }, [notice] { showNotice(notice); });

@@ -71,5 +71,6 @@ inline const KnownText KnownTexts[] = {
     {"CANNOT_READ", &LANG_CANNOT_READ, "Cannot be read"},
     {"NO_EXTRAS", &LANG_NO_EXTRAS, "Not available: the program's part for this is missing."},
     {"UPGRADED", &LANG_UPGRADED, "Quarn was upgraded. Leave it and start it anew."},
+    {"VNC_PORT", &LANG_VNC_PORT, "This program is shown on port %1."},
     {"TRASH", &LANG_TRASH, "Trash"},
 };

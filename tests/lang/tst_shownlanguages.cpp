@@ -47,6 +47,7 @@ QList<Message> messages()
             {LANG_ERROR, LANG_NOT_EXEC},
             {LANG_ERROR, LANG_NO_EXTRAS},
             {LANG_ERROR, LANG_UPGRADED},
+            {QStringLiteral("VNC"), withNumber(LANG_VNC_PORT, 65535)},
             {LANG_COPYING, LANG_PLEASE_WAIT},
             {LANG_MOVING, LANG_PLEASE_WAIT},
             {LANG_PROPERTIES, LANG_PLEASE_WAIT},

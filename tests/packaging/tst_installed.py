@@ -7,13 +7,26 @@ import pathlib
 import shutil
 import signal
 import socket
+import sys
 import tempfile
+import time
 import unittest
 
-from installation import Package, installed, quarn
+from installation import ROOT, Package, installed, quarn
+
+sys.path.insert(0, str(ROOT / "scripts"))
+
+import rfbclient  # noqa: E402
+import wayland  # noqa: E402
 
 REPLACED = "module {}: the program was replaced while it runs; start it anew"
 TO_BLUETOOTH = ("softleft", *["down"] * 6, "select")
+# The numbers of X for keys, and how long the box at work stays the same at most, in seconds.
+DOWN, RETURN = 0xff54, 0xff0d
+MOVES = 0.3
+PRELOADED = f"{os.environ.get('ASAN_OPTIONS', '')}:verify_asan_link_order=0"
+# For looking at what is tested.
+PICTURES = os.environ.get("QUARN_PICTURES")
 TO_DELETE = ("softleft", "down", "select")
 
 
@@ -133,24 +146,74 @@ class InstalledProgram(quarn.Case):
         self.started.kill()
         self.started.wait_end()
 
-    def test_over_vnc_only_this_machine_reaches_it(self):
+    def start_over_vnc(self):
+        """Gives the port, and what answers at an address and a port."""
         with socket.socket() as free:
             free.bind(("127.0.0.1", 0))
             port = free.getsockname()[1]
-        options = f"{os.environ.get('ASAN_OPTIONS', '')}:verify_asan_link_order=0"
         self.started.start([str(self.package.launcher), f"--vnc={port}"], wait=False,
-                           XDG_DATA_HOME=str(self.work.parent), ASAN_OPTIONS=options)
+                           XDG_DATA_HOME=str(self.work.parent), ASAN_OPTIONS=PRELOADED)
 
-        def answer(address):
+        def answer(address, port):
             try:
                 with socket.create_connection((address, port), quarn.DEADLINE) as client:
                     return client.recv(4)
             except ConnectionRefusedError:
                 return b""
 
-        quarn.wait_until(lambda: answer("127.0.0.1") == b"RFB ", "the server")
+        quarn.wait_until(lambda: answer("127.0.0.1", port) == b"RFB ", "the server")
+        return port, answer
+
+    def test_over_vnc_only_this_machine_reaches_it(self):
+        port, answer = self.start_over_vnc()
         # All of 127.0.0.0/8 is this machine; a server that listens everywhere is there on each of them.
-        self.assertEqual(answer("127.0.0.2"), b"")
+        self.assertEqual(answer("127.0.0.2", port), b"")
+
+    def test_over_vnc_a_port_that_is_taken_is_told(self):
+        with socket.create_server(("127.0.0.1", 0)) as taken:
+            program = self.started.spawn([str(self.package.launcher), f"--vnc={taken.getsockname()[1]}"],
+                                         XDG_DATA_HOME=str(self.work.parent), ASAN_OPTIONS=PRELOADED)
+            _, said = program.communicate(timeout=quarn.DEADLINE)
+        line = said.decode().splitlines()[-1]
+        self.assertEqual(program.returncode, 1)
+        self.assertIn("quarn: no display: QVncServer could not connect", line)
+
+    def test_over_vnc_a_plugin_has_a_port_of_its_own_and_the_screen_says_which(self):
+        (self.started.home / "song.mp3").unlink()
+        (self.started.home / "text.txt").write_text("A text.\n")
+        port, answer = self.start_over_vnc()
+        client = rfbclient.Client("127.0.0.1", port)
+        self.addCleanup(client.close)
+
+        def box_stands():
+            """A message; one that moves while something is done is another picture each time."""
+            before = client.picture()
+            time.sleep(MOVES)  # waits: what moves does so within this time
+            now = client.picture()
+            return (before.tobytes() == now.tobytes() and wayland.screen_in(now) is not None
+                    and wayland.shows_box(now) and now)
+
+        def is_listed():
+            picture = client.picture()
+            return (len(self.started.listings()) >= 2 and wayland.screen_in(picture) is not None
+                    and not wayland.shows_box(picture))
+
+        quarn.wait_until(is_listed, "the end of the start")
+        client.press(DOWN, RETURN)
+        own = quarn.wait_until(lambda: [number for number in range(port + 1, port + 101)
+                                        if answer("127.0.0.1", number) == b"RFB "], "the plugin's server")
+        self.assertEqual(answer("127.0.0.2", own[0]), b"")
+        viewer = rfbclient.Client("127.0.0.1", own[0])
+        self.addCleanup(viewer.close)
+        quarn.wait_until(lambda: viewer.picture().getbbox() is not None, "the plugin's window")
+        message = quarn.wait_until(box_stands, "the message")
+        if PICTURES:
+            message.save(f"{PICTURES}/vnc-port.png")
+            viewer.picture().save(f"{PICTURES}/vnc-plugin.png")
+        client.press(ord("5"))
+        quarn.wait_until(is_listed, "the message to go")
+        for pid in self.started.relatives():
+            os.kill(pid, signal.SIGTERM)
 
     def test_without_a_display_it_says_one_line(self):
         for number, (environment, words) in enumerate((

@@ -6,6 +6,7 @@ import concurrent.futures
 import errno
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -187,6 +188,28 @@ class OverVnc(LauncherTest):
         self.guard.unlink()
         status, line = self.refused("--vnc")
         self.assertEqual((status, "vncloopback.so is missing" in line), (1, True), line)
+
+    def test_without_the_toolkits_plugin_the_package_is_named(self):
+        found = re.search("\ntoolkit='(.*)'\n", self.package.launcher.read_text())[1]
+        self.assertTrue(os.path.exists(f"{found}/platforms/libqxcb.so"), found)
+        toolkit = self.base / "plugins"
+        (toolkit / "platforms").mkdir(parents=True)
+        self.package.change_launcher(f"\ntoolkit='{found}'", f"\ntoolkit='{toolkit}'")
+        status, line = self.refused("--vnc")
+        self.assertEqual((status, "qt6-qpa-plugins" in line), (1, True), line)
+        (toolkit / "platforms" / "libqvnc.so").touch()
+        self.assertEqual(self.told("--vnc")[1], "vnc:size=480x640:port=5900")
+
+    def test_plugin_of_the_toolkit_may_be_elsewhere(self):
+        found = re.search("\ntoolkit='(.*)'\n", self.package.launcher.read_text())[1]
+        elsewhere = self.base / "elsewhere" / "platforms"
+        elsewhere.mkdir(parents=True)
+        (elsewhere / "libqvnc.so").touch()
+        self.package.change_launcher(f"\ntoolkit='{found}'", f"\ntoolkit='{self.base}'")
+        (self.base / "platforms").mkdir()
+        self.refused("--vnc")
+        self.told("--vnc", QT_PLUGIN_PATH=elsewhere.parent)
+        self.told("--vnc", QT_QPA_PLATFORM_PLUGIN_PATH=elsewhere)
 
     def test_folder_whose_name_cannot_be_loaded_from_is_refused(self):
         self.package = Package(original, self.base / "a b")
