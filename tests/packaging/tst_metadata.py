@@ -97,6 +97,73 @@ class Manuals(unittest.TestCase):
             self.assertIn(name, text)
 
 
+class Pages(unittest.TestCase):
+    folder = "share/doc/quarn"
+
+    def test_each_link_leads_to_what_is_installed(self):
+        followed = set()
+        for page in (prefix / self.folder).rglob("*.md"):
+            for link in re.findall(r"\]\(([^)#]+)", page.read_text()):
+                if "://" not in link:
+                    target = (page.parent / link).resolve()
+                    self.assertTrue(target.is_file(), f"{page.name}: {link}")
+                    self.assertTrue(target.is_relative_to((prefix / self.folder).resolve()), link)
+                    followed.add(target.suffix)
+        self.assertGreaterEqual(followed, {".md", ".png", ".cpp"})
+
+    def test_all_are_there(self):
+        root = pathlib.Path(__file__).resolve().parent.parent.parent
+        for page in (*root.glob("*.md"), *root.glob("docs/*.md"), root / "LICENSE"):
+            installed_page = prefix / self.folder / page.relative_to(root)
+            self.assertEqual(installed_page.read_bytes(), page.read_bytes())
+
+    def test_examples_that_the_pages_name_are_beside_them(self):
+        for example in ("profile.sh", "quarn-console.service", "quarn-vnc.service", "keymaps/handheld.cfg",
+                        "plugins/keep/CMakeLists.txt"):
+            self.assertTrue((prefix / self.folder / "examples" / example).is_file(), example)
+
+
+class StartingWithTheDevice(unittest.TestCase):
+    examples = "share/doc/quarn/examples"
+
+    def units(self):
+        units = sorted((prefix / self.examples).glob("*.service"))
+        self.assertEqual(len(units), 2)
+        return units
+
+    def test_units_are_valid(self):
+        folder = pathlib.Path(tempfile.mkdtemp(prefix="units", dir=scratch))
+        for unit in self.units():
+            copy = folder / unit.name
+            # Here nothing is installed.
+            copy.write_text(unit.read_text().replace("=/usr/bin/quarn", "=/bin/true"))
+            self.assertEqual(run("systemd-analyze", "verify", "--man=no", "--recursive-errors=no", copy), (0, ""))
+
+    def test_console_gets_a_login_when_the_program_does_not_start(self):
+        text = (prefix / self.examples / "quarn-console.service").read_text()
+        unit = text.partition("[Unit]")[2].partition("[Service]")[0]
+        self.assertIn("\nOnFailure=getty@tty1.service\n", unit)
+        interval, burst = (int(re.search(f"\nStartLimit{key}=(\\d+)\n", unit)[1])
+                           for key in ("IntervalSec", "Burst"))
+        pause = int(re.search("\nRestartSec=(\\d+)\n", text)[1])
+        # Starts that last some seconds are counted together, and one that cannot succeed is no more tried.
+        self.assertGreater(interval, burst * (pause + 10))
+        self.assertIn("\nRestartPreventExitStatus=1\n", text)
+
+    def test_profile_starts_it_on_the_first_console_alone(self):
+        profile = prefix / self.examples / "profile.sh"
+        self.assertEqual(run("sh", "-n", profile), (0, ""))
+        self.assertEqual(run("shellcheck", "--shell=sh", profile), (0, ""))
+        tools = pathlib.Path(tempfile.mkdtemp(prefix="tools", dir=scratch))
+        for name, script in (("tty", "echo $TTY"), ("quarn", "echo started $QT_QPA_PLATFORM")):
+            (tools / name).write_text(f"#!/bin/sh\n{script}\n")
+            (tools / name).chmod(0o755)
+        for environment, said in (({"TTY": "/dev/tty1"}, "started linuxfb\n"), ({"TTY": "/dev/pts/0"}, ""),
+                                  ({"TTY": "/dev/tty1", "DISPLAY": ":0"}, ""),
+                                  ({"TTY": "/dev/tty1", "WAYLAND_DISPLAY": "wayland-0"}, "")):
+            self.assertEqual(run("/bin/sh", profile, env={"PATH": str(tools), **environment}), (0, said))
+
+
 class Completion(unittest.TestCase):
     def complete(self, *words):
         """What bash offers for the last of these words."""
