@@ -105,14 +105,34 @@ class FirstStart(LauncherTest):
     def test_arguments_reach_the_program(self):
         self.start("-platform", "linuxfb:fb=/dev/fb1", "a b")
 
-    def test_tools_get_the_work_folder(self):
+    def tool(self):
+        """Makes another tool, which the launcher starts; gives its name in bin/."""
         tool = self.package.programs / "bin" / "quarn-trial"
         tool.parent.mkdir(exist_ok=True)
         replace(tool, STAND_IN, 0o755)
         self.package.change_launcher('linked_programs="', 'linked_programs="bin/quarn-trial ')
         link = self.package.launcher.with_name("quarn-trial")
         link.symlink_to("quarn")
-        self.assertEqual(self.start("--help", launcher=link)[0], f"{self.user.work}/bin/quarn-trial")
+        return link
+
+    def test_tools_get_the_work_folder(self):
+        self.assertEqual(self.start("--all", launcher=self.tool())[0], f"{self.user.work}/bin/quarn-trial")
+
+    def test_tools_tell_their_usage_without_a_home(self):
+        link = self.tool()
+        for option in ("-h", "--help"):
+            status, output, said = self.user.start(link, option, HOME=None, XDG_RUNTIME_DIR=None, DISPLAY=None)
+            self.assertEqual((status, output, said), (0, [f"{self.package.programs}/bin/quarn-trial", option], []))
+
+    def test_link_to_a_tool_starts_the_tool(self):
+        self.tool()
+        links = self.base / "links"
+        links.mkdir()
+        (links / "keys").symlink_to("../usr/bin/quarn-trial")
+        (links / "more").symlink_to(links / "keys")
+        (links / "quarn-mine").symlink_to("more")
+        for link in links.iterdir():
+            self.assertEqual(self.start(launcher=link)[0], f"{self.user.work}/bin/quarn-trial")
 
     def test_data_folder_of_the_environment_counts(self):
         data = self.base / "data"
@@ -349,6 +369,60 @@ class LaterStarts(LauncherTest):
         self.start(user=moved)
         self.assertEqual(self.setting("Work_folder", moved), f"{moved.work}/")
         self.assertEqual(self.setting("Language", moved), "german")
+
+    def moved(self):
+        """The user with another home, which has what was in the old one."""
+        moved = User(self.base, "moved")
+        shutil.copytree(self.user.home, moved.home, symlinks=True, dirs_exist_ok=True)
+        return moved
+
+    def test_first_tab_follows_a_home_that_was_moved(self):
+        self.start()
+        self.edit("fm.cfg", "Language = english", "Language = german")
+        moved = self.moved()
+        self.start(user=moved)
+        self.assertEqual(self.setting("Start_path_tab1", moved), f"{moved.home}/")
+        self.assertEqual(self.start(user=moved)[1], [])
+
+    def test_first_tab_follows_a_home_whose_settings_lie_elsewhere(self):
+        data = self.base / "data"
+        self.start(XDG_DATA_HOME=data)
+        settings = data / "quarn" / "fm.cfg"
+        settings.write_text(settings.read_text().replace("Language = english", "Language = german"))
+        other = User(self.base, "other")
+        self.start(user=other, XDG_DATA_HOME=data)
+        self.assertIn(f"\nStart_path_tab1 = {other.home}/\n", settings.read_text())
+
+    def test_first_tab_follows_a_home_after_a_version_that_did_not_note_it(self):
+        self.start()
+        self.edit("fm.cfg", "Language = english", "Language = german")
+        (self.user.work / ".package" / "home").unlink()
+        moved = self.moved()
+        self.start(user=moved)
+        self.assertEqual(self.setting("Start_path_tab1", moved), f"{moved.home}/")
+
+    def test_first_tab_that_the_user_chose_stays(self):
+        self.start()
+        self.edit("fm.cfg", f"Start_path_tab1 = {self.user.home}/", "Start_path_tab1 = /srv/")
+        moved = self.moved()
+        self.start(user=moved)
+        self.assertEqual(self.setting("Start_path_tab1", moved), "/srv/")
+
+    def test_settings_in_another_form_follow_a_home_that_was_moved(self):
+        self.start()
+        settings = self.user.work / "fm.cfg"
+        before = settings.read_text()
+        for old, new in ((" = ", "="), (" = ", "\t =  "), ("\n", "\r\n")):
+            settings.write_bytes(before.replace(old, new).encode())
+            moved = User(self.base, f"moved{ord(new[0])}{len(new)}")
+            shutil.copytree(self.user.home, moved.home, symlinks=True, dirs_exist_ok=True)
+            self.start(user=moved)
+            text = (moved.work / "fm.cfg").read_bytes().decode()
+            self.assertNotIn(f"{self.user.home}/", text)
+            end = "\r\n" if "\r" in new else "\n"
+            for line in (f"Work_folder = {moved.work}/", f"Start_path_tab1 = {moved.home}/"):
+                self.assertIn(f"{end}{line}{end}", text)
+            self.assertEqual(text.count("\r"), text.count("\n") if "\r" in new else 0)
 
     def test_work_folder_that_the_user_chose_stays(self):
         self.start()
@@ -591,6 +665,36 @@ class BadPlaces(LauncherTest):
         self.assertEqual((self.user.work / "mime_types.cfg").read_text(), before)
         self.start()
         self.assertEqual((self.user.work / "mime_types.cfg").read_text(), "001 02 TXT\n")
+
+    def bookmarks(self):
+        return (self.user.work / "bookmark.cfg").read_text()
+
+    def test_bookmarks_made_while_home_was_full_are_kept_when_there_is_room(self):
+        self.lasts_for_the_session(**self.faults())
+        session = self.user.runtime / "quarn"
+        (session / "bookmark.cfg").write_text("\na b\n/a b\nc\n/c")
+        _, said = self.start()
+        self.assertIn("quarn: added the bookmarks of this session to yours", said)
+        self.assertEqual(self.bookmarks(), "\na b\n/a b\nc\n/c")
+        self.assertFalse((session / "bookmark.cfg").exists())
+        self.assertEqual(self.start()[1], [])
+        # With those that are there already, each once.
+        (session / "bookmark.cfg").write_text("c\n/c\n\nd\n/d\n")
+        (self.user.work / "bookmark.cfg").write_text("x\n/x\nc\n/c\n")
+        self.start()
+        self.assertEqual(self.bookmarks(), "x\n/x\nc\n/c\nd\n/d")
+
+    def test_bookmarks_of_a_session_stay_there_while_home_is_full(self):
+        self.start()
+        (self.user.work / "bookmark.cfg").write_text("x\n/x")
+        session = self.user.runtime / "quarn"
+        session.mkdir()
+        (session / "bookmark.cfg").write_text("\nd\n/d")
+        _, said = self.start(**self.faults())
+        self.assertEqual(len(said), 1, said)
+        self.assertIn("stay in", said[0])
+        self.assertEqual((self.bookmarks(), (session / "bookmark.cfg").read_text()), ("x\n/x", "\nd\n/d"))
+        self.assertFalse((self.user.work / "bookmark.cfg.new").exists())
 
     def test_home_on_another_file_system(self):
         with tempfile.TemporaryDirectory(dir="/dev/shm") as folder:
