@@ -37,6 +37,10 @@ make_system()
 {
     local release=$1 root=$2 log=$3 settings sources
     shift 3
+    command -v apt-config >/dev/null || {
+        install_missing chroot
+        die "apt is missing, which a bare system is made with"
+    }
     ((EUID == 0)) || die "only root can make a bare system"
     install_missing chroot
     command -v mmdebstrap >/dev/null || die "mmdebstrap is missing"

@@ -55,6 +55,7 @@ class Desktop(unittest.TestCase):
         self.assertIn('<display_length compare="ge">240</display_length>', text)
         for control in ("keyboard", "touch"):
             self.assertIn(f"<control>{control}</control>", text)
+        self.assertIn("<keyword>keypad</keyword>", text)
         version = run(prefix / "bin/quarn", "--version")[1].split()[1]
         self.assertIn(f'<release version="{version}"', text)
 
@@ -63,7 +64,9 @@ class Desktop(unittest.TestCase):
         text = next((prefix / "share/metainfo").iterdir()).read_text()
         launched = re.search('<launchable type="desktop-id">(.*)</launchable>', text)[1]
         self.assertTrue((prefix / "share/applications" / launched).exists())
-        for program in re.findall("<binary>(.*)</binary>", text):
+        provided = re.findall("<binary>(.*)</binary>", text)
+        self.assertEqual(sorted(provided), sorted(path.name for path in (prefix / "bin").iterdir()))
+        for program in provided:
             self.assertTrue(os.access(prefix / "bin" / program, os.X_OK), program)
 
     def test_icons_have_the_sizes_of_the_theme(self):
@@ -90,6 +93,12 @@ class Manuals(unittest.TestCase):
             self.assertEqual(status, 0)
             self.assertNotIn("warning", text)
             self.assertIn(f"{program} — ", re.sub(".\b", "", text))
+
+    def test_each_is_named_by_another(self):
+        pages = {page.stem: page.read_text() for page in (prefix / "share/man/man1").iterdir()}
+        for program in pages:
+            self.assertTrue([name for name, text in pages.items()
+                             if name != program and f".Xr {program} 1" in text.partition(".Sh SEE ALSO")[2]], program)
 
     def test_they_name_the_files_of_a_work_folder(self):
         text = (prefix / "share/man/man1/quarn.1").read_text()

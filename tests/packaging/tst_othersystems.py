@@ -75,6 +75,63 @@ class OtherSystem(unittest.TestCase):
         self.assertEqual((status, calls), (1, []))
         self.assertIn("only Debian's own tools can build its packages", output.splitlines()[-1])
 
+    def expect_named(self, output, *sections):
+        self.assertIn("This is no Debian system", output)
+        lines = output.splitlines()
+        for section in sections:
+            self.assertEqual([name for name in self.packages(section) if name not in lines], [], section)
+
+    def stand_in(self, name, script=NOTES):
+        tool = self.tools / name
+        tool.unlink(missing_ok=True)
+        tool.write_text(script)
+        tool.chmod(0o755)
+
+    def test_running_names_what_is_needed_and_goes_on(self):
+        program = self.root / "build" / "stage" / "quarn"
+        program.parent.mkdir(parents=True)
+        program.write_text("#!/bin/sh\necho fb::set path / >&2\necho fb::set path / >&2\nexit 3\n")
+        program.chmod(0o755)
+        _, output, calls = self.run_script("run", "--once")
+        self.expect_named(output, "build", "run", "screen")
+        self.assertTrue(any(call.startswith("ninja") for call in calls), calls)
+        self.assertIn("fb::set path /", output.splitlines())
+
+    def test_testing_names_what_is_needed_and_goes_on(self):
+        self.stand_in("ctest")
+        status, output, calls = self.run_script("test", "--quick")
+        self.expect_named(output, "build", "run", "screen", "test")
+        self.assertTrue(any(call.startswith("ctest --preset release") for call in calls), calls)
+        self.assertEqual(status, 0, output)
+
+    def test_making_pictures_names_what_is_needed_and_goes_on(self):
+        _, output, calls = self.run_script("pictures")
+        self.expect_named(output, "build", "run", "screen", "test", "pictures")
+        self.assertIn("--target faultinjector", calls[-1])
+
+    def test_trying_displays_names_what_is_needed_and_goes_on(self):
+        _, output, calls = self.run_script("try-displays")
+        self.expect_named(output, "build", "run", "test", "displays")
+        self.assertTrue(any(call.startswith("ninja") for call in calls), calls)
+        self.assertIn("Pictures: ", output)
+
+    def test_trying_a_device_names_what_is_needed_and_looks_for_a_kernel_here(self):
+        # Of a machine that has one it is as far as this.
+        self.stand_in("qtpaths6", "#!/bin/sh\necho qtpaths6 >>\"$NOTES\"\nexit 1\n")
+        self.stand_in("qmake6", "#!/bin/sh\nexit 1\n")
+        (self.tools / "uname").unlink()
+        self.stand_in("uname", "#!/bin/sh\necho x86_64\n")
+        _, output, calls = self.run_script("try-device")
+        self.expect_named(output, "build", "run", "screen", "device")
+        self.assertTrue("this machine has none that can be read" in output or "qtpaths6" in calls, output)
+
+    def test_what_needs_debians_tools_says_so(self):
+        for script, release in (("try-debian", "trixie"), ("package", "trixie"), ("cross", "arm64")):
+            status, output, calls = self.run_script(script, release)
+            self.assertEqual((status, calls), (1, []), (script, output))
+            self.expect_named(output, "chroot")
+            self.assertIn("apt is missing, which a bare system is made with", output)
+
     def test_no_section_is_needed_that_the_list_does_not_have(self):
         for script in (self.root / "scripts").iterdir():
             for line in script.read_text().splitlines():
