@@ -32,8 +32,8 @@ bool isAboutFonts(const QString& message)
     return message.startsWith(QLatin1String("  OpenType support missing for "));
 }
 
-/// The toolkit's server for VNC looks for its port when the event loop begins, and the program would go
-/// on where nobody sees it.
+/// The toolkit's server for VNC looks for its port when the event loop begins, and the program
+/// would go on where nobody sees it.
 bool isWithoutServer(const QString& message)
 {
     return message.startsWith(QLatin1String("QVncServer could not connect"));
