@@ -12,18 +12,18 @@
 namespace
 {
 
-constexpr char Channel[] = "QuarnDisplay";
+constexpr char HostChannel[] = "QuarnDisplay";
 constexpr char PlatformVariable[] = "QT_QPA_PLATFORM";
-const QByteArray Shown = QByteArrayLiteral("shown ");
-const QByteArray Port = QByteArrayLiteral(":port=");
-constexpr int UsualPort = 5900;
+const QByteArray ShownOn = QByteArrayLiteral("shown ");
+const QByteArray PortKey = QByteArrayLiteral(":port=");
+constexpr int UsualVncPort = 5900;
 constexpr int LastPort = 65535;
 constexpr int PortsTried = 100;
 
-bool isWanted = false;
+bool vncIsWanted = false;
 
 /// What the toolkit was told of the display, with its size; that of the command line is not known.
-QByteArray ownPlatform()
+QByteArray ownVncPlatform()
 {
     const QByteArray platform = qgetenv(PlatformVariable);
     return platform == "vnc" || platform.startsWith("vnc:") ? platform
@@ -31,33 +31,33 @@ QByteArray ownPlatform()
 }
 
 /// Where the number of the port begins and how long it is; -1 if none is told.
-qsizetype portPlace(const QByteArray& platform, qsizetype& length)
+qsizetype placeOfPort(const QByteArray& platform, qsizetype& length)
 {
-    const qsizetype place = platform.indexOf(Port);
+    const qsizetype place = platform.indexOf(PortKey);
     if (place < 0)
         return -1;
-    const qsizetype begin = place + Port.size();
+    const qsizetype begin = place + PortKey.size();
     const qsizetype end = platform.indexOf(':', begin);
     length = (end < 0 ? platform.size() : end) - begin;
     return begin;
 }
 
-int portOf(const QByteArray& platform)
+int portOfPlatform(const QByteArray& platform)
 {
     qsizetype length = 0;
-    const qsizetype begin = portPlace(platform, length);
-    return begin < 0 ? UsualPort : platform.mid(begin, length).toInt();
+    const qsizetype begin = placeOfPort(platform, length);
+    return begin < 0 ? UsualVncPort : platform.mid(begin, length).toInt();
 }
 
-QByteArray withPort(QByteArray platform, int port)
+QByteArray platformWithPort(QByteArray platform, int port)
 {
     qsizetype length = 0;
-    const qsizetype begin = portPlace(platform, length);
+    const qsizetype begin = placeOfPort(platform, length);
     const QByteArray number = QByteArray::number(port);
-    return begin < 0 ? platform + Port + number : platform.replace(begin, length, number);
+    return begin < 0 ? platform + PortKey + number : platform.replace(begin, length, number);
 }
 
-bool isFree(int port)
+bool portIsFree(int port)
 {
     const int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (probe < 0)
@@ -84,21 +84,21 @@ VncDisplay::~VncDisplay() = default;
 
 bool VncDisplay::isUsed()
 {
-    return isWanted || QGuiApplication::platformName() == QLatin1String("vnc");
+    return vncIsWanted || QGuiApplication::platformName() == QLatin1String("vnc");
 }
 
 void VncDisplay::setUsed(bool used)
 {
-    isWanted = used;
+    vncIsWanted = used;
 }
 
 QByteArray VncDisplay::platformForGuest()
 {
-    const QByteArray own = ownPlatform();
-    const int first = portOf(own) + 1;
+    const QByteArray own = ownVncPlatform();
+    const int first = portOfPlatform(own) + 1;
     for (int port = first; port < first + PortsTried && port <= LastPort; ++port) {
-        if (isFree(port))
-            return withPort(own, port);
+        if (portIsFree(port))
+            return platformWithPort(own, port);
     }
     return {};
 }
@@ -107,19 +107,19 @@ void VncDisplay::show()
 {
     if (channel_)
         return;
-    const QByteArray message = Shown + QByteArray::number(portOf(ownPlatform()));
-    if (QCopChannel::isRegistered(Channel) && QCopChannel::send(Channel, message))
+    const QByteArray message = ShownOn + QByteArray::number(portOfPlatform(ownVncPlatform()));
+    if (QCopChannel::isRegistered(HostChannel) && QCopChannel::send(HostChannel, message))
         return;
-    channel_ = std::make_unique<QCopChannel>(Channel);
+    channel_ = std::make_unique<QCopChannel>(HostChannel);
     connect(channel_.get(), &QCopChannel::received, this, &VncDisplay::take);
 }
 
 void VncDisplay::take(const QByteArray& message)
 {
-    if (!message.startsWith(Shown))
+    if (!message.startsWith(ShownOn))
         return;
     bool isNumber = false;
-    const int port = message.mid(Shown.size()).toInt(&isNumber);
+    const int port = message.mid(ShownOn.size()).toInt(&isNumber);
     if (isNumber && port > 0 && port <= LastPort)
         emit guestShown(port);
 }
