@@ -76,6 +76,7 @@ void ZOptionsMenu::insertItem(const QString& text, ZOptionsMenu* submenu, const 
 {
     const qsizetype end = items_.size();
     const qsizetype position = index < 0 || index > end ? end : index;
+    noteTabs(text);
     items_.insert(position, {text, submenu, icon, enabled, id, {}});
     update();
 }
@@ -85,6 +86,7 @@ bool ZOptionsMenu::changeItem(int id, const QString& text, const ZPicture& icon)
     Item* item = itemOf(id);
     if (item == nullptr)
         return false;
+    noteTabs(text);
     item->text = text;
     item->icon = icon;
     restartGlide();

@@ -44,7 +44,8 @@ public:
     ~ZOptionsMenu() override;
 
     /// Inserts an item at position `index` (one past the end, or negative, appends). Tabs at the
-    /// beginning of the text indent it past the icon. The icon is copied, and decoded when
+    /// beginning of a text indent it past the icon, and all others with it: the texts of a menu
+    /// begin below each other. The icon is copied, and decoded when
     /// the item is first painted; the submenu is not owned.
     void insertItem(const QString& text, ZOptionsMenu* submenu, const ZPicture& icon, bool enabled,
                     int id, int index);
@@ -126,6 +127,8 @@ private:
     QRect rowRect(int position) const;
     QRect textRect(int position) const;
     QString shownText(int position) const;
+    int indent() const;
+    void noteTabs(const QString& text);
     int positionAt(QPoint point) const;
     void moveTo(int position);
     void scrollTo(int first);
@@ -151,4 +154,5 @@ private:
     QRect place_;                       ///< when it has risen
     QVariantAnimation* rise_ = nullptr; ///< made when it is first needed
     ZGlide* glide_ = nullptr;           ///< likewise
+    qsizetype tabs_ = 0;                ///< the most that a text has had at its beginning
 };

@@ -92,13 +92,10 @@ int ZOptionsMenu::roomAtRight() const
 QSize ZOptionsMenu::contentSize() const
 {
     const QFontMetrics metrics(font());
-    const int beside = TextLeft + roomAtRight() + RoundingSlack;
+    const int beside = TextLeft + indent() + roomAtRight() + RoundingSlack;
     int widest = SmallestWidth;
-    for (const Item& item : items_) {
-        const int tabs = leadingTabs(item.text);
-        widest = std::max(widest, beside + tabs * ZSkinService::MenuTabWidth +
-                                      metrics.horizontalAdvance(withMarks(item.text.mid(tabs))));
-    }
+    for (int position = 0; position < count(); ++position)
+        widest = std::max(widest, beside + metrics.horizontalAdvance(shownText(position)));
     return {std::min({widest + 2 * Border, LargestWidth, room().width()}),
             visibleRows() * RowHeight + 2 * Border};
 }
@@ -146,8 +143,17 @@ int ZOptionsMenu::positionAt(QPoint point) const
 
 QRect ZOptionsMenu::textRect(int position) const
 {
-    const int indent = leadingTabs(items_.at(position).text) * ZSkinService::MenuTabWidth;
-    return rowRect(position).adjusted(TextLeft + indent, 0, -roomAtRight(), 0);
+    return rowRect(position).adjusted(TextLeft + indent(), 0, -roomAtRight(), 0);
+}
+
+int ZOptionsMenu::indent() const
+{
+    return int(tabs_) * ZSkinService::MenuTabWidth;
+}
+
+void ZOptionsMenu::noteTabs(const QString& text)
+{
+    tabs_ = std::max<qsizetype>(tabs_, leadingTabs(text));
 }
 
 QString ZOptionsMenu::shownText(int position) const
