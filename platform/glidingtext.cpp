@@ -5,10 +5,6 @@
 
 #include <algorithm>
 
-namespace
-{
-
-/// Lets a text that is cut at the left or the right of its line end in the ground there.
 void fadeEdges(QPainter& painter, const QRect& line, const QColor& ground, bool left, bool right)
 {
     constexpr int Width = 8;
@@ -25,8 +21,6 @@ void fadeEdges(QPainter& painter, const QRect& line, const QColor& ground, bool 
     if (right)
         fade(line.right() + 1, line.right() + 1 - Width);
 }
-
-} // namespace
 
 void paintGlidingText(QPainter& painter, const QRect& place, int baseline, const QString& text,
                       qreal glide, const QColor& ground)
