@@ -155,15 +155,33 @@ NameFinder::Found NameFinder::find(int rows, int current, const NameOf& nameOf)
         return {};
     glances_.fill(0);
     noWordAt_.clear();
+    Found found = findName(rows, std::max(current, 0), keys_.size(), nameOf);
+    if (found.row >= 0)
+        return found;
     const qsizetype keys = isSameAgain() ? firstPress_ : keys_.size();
     const int first = isSameAgain() ? current + 1 : std::max(current, 0);
-    for (const bool byWords : {false, true}) {
-        for (int i = 0; i < rows; ++i) {
-            const int row = (first + i) % rows;
-            const QByteArrayView name = nameOf(row);
-            Found found = byWords ? matchOfWord(name, keys) : Found{0, 0, matchAtStart(name, keys)};
-            if (found.length <= 0)
-                continue;
+    if (isSameAgain())
+        found = findName(rows, first, keys, nameOf);
+    return found.row >= 0 ? found : findWord(rows, first, keys, nameOf);
+}
+
+NameFinder::Found NameFinder::findName(int rows, int first, qsizetype keys, const NameOf& nameOf)
+{
+    for (int i = 0; i < rows; ++i) {
+        const int row = (first + i) % rows;
+        const qsizetype length = matchAtStart(nameOf(row), keys);
+        if (length > 0)
+            return {row, 0, length};
+    }
+    return {};
+}
+
+NameFinder::Found NameFinder::findWord(int rows, int first, qsizetype keys, const NameOf& nameOf)
+{
+    for (int i = 0; i < rows; ++i) {
+        const int row = (first + i) % rows;
+        Found found = matchOfWord(nameOf(row), keys);
+        if (found.length > 0) {
             found.row = row;
             return found;
         }

@@ -35,17 +35,20 @@ public:
     /// Adds the character of a key, which may be a digit from 1 to 9. What has no letter of its own
     /// (an accent) adds nothing.
     void press(const QString& character);
-    /// What is looked for, as it was pressed. The same key again and again is one press of it, as
-    /// long as no other key follows.
+    /// What is looked for, as it was pressed. The same key again and again, with which no name
+    /// begins, is one press of it as long as no other key follows.
     QString asked() const;
 
     /// The first row, from `current` on and around, whose name begins with what was pressed; if
-    /// there is none, the first in whose name a later word does. `current` itself is the first,
-    /// but the last when the same key was pressed again. It may be -1 for none.
+    /// there is none, the first in whose name a later word does. `current` itself is the first; it
+    /// may be -1 for none. When the same key was pressed again and no name begins with it as often,
+    /// the next row of that key is found: `current` is the last.
     Found find(int rows, int current, const NameOf& nameOf);
 
 private:
     bool isSameAgain() const;
+    Found findName(int rows, int first, qsizetype keys, const NameOf& nameOf);
+    Found findWord(int rows, int first, qsizetype keys, const NameOf& nameOf);
     quint8 glanceAt(char32_t character);
     quint8 learnGlance(char32_t character);
     qsizetype matchAtStart(QByteArrayView text, qsizetype keys);

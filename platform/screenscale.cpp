@@ -1,6 +1,7 @@
 #include "platform/screenscale.h"
 
 #include "platform/screensize.h"
+#include "platform/x11display.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -61,24 +62,45 @@ bool isWayland(const QString& platform)
            (platform.isEmpty() && qEnvironmentVariableIsSet("WAYLAND_DISPLAY"));
 }
 
-/// Only the toolkit knows the size of a display, so it is started and ended once.
-double fittingDisplay(int& argc, char** argv)
+bool isX11(const QString& platform)
+{
+    return platform == QLatin1String("xcb") ||
+           (platform.isEmpty() && qEnvironmentVariableIsSet("DISPLAY") && !isWayland(platform));
+}
+
+/// Most displays are known to the toolkit alone, so it is started and ended once.
+QSize toolkitsDisplay(int& argc, char** argv)
 {
     int count = argc;
     QGuiApplication probe(count, argv);
     const QScreen* display = QGuiApplication::primaryScreen();
-    return display == nullptr ? LargestSet : ScreenScale::fitting(display->geometry().size());
+    return display == nullptr ? QSize() : display->geometry().size();
+}
+
+/// The size of the display, as far as it bounds the scale; empty otherwise.
+QSize boundingDisplay(const QString& platform, bool isSet, int& argc, char** argv)
+{
+    if (isBare(platform) || (isSet && isWayland(platform)))
+        return toolkitsDisplay(argc, argv);
+    return isSet && isX11(platform) ? x11DisplaySize() : QSize();
+}
+
+bool fits(double scale, QSize display)
+{
+    return ScreenSize::Width * scale <= display.width() &&
+           ScreenSize::Height * scale <= display.height();
 }
 
 /// The scale to settle; 0 for none.
 double settledScale(int& argc, char** argv, const QString& platform)
 {
     const double wanted = fromVariable();
-    if (!isBare(platform) && (wanted == 0 || !isWayland(platform)))
+    const QSize display = boundingDisplay(platform, wanted > 0, argc, argv);
+    if (display.isEmpty() || (wanted > 0 && fits(wanted, display)))
         return wanted;
-    const double most = fittingDisplay(argc, argv);
-    if (wanted <= most)
-        return wanted > 0 ? wanted : most;
+    const double most = ScreenScale::fitting(display);
+    if (wanted == 0)
+        return most;
     qWarning("%s: the display has no room for %g, but for %g", variable, wanted, most);
     return most;
 }

@@ -15,9 +15,8 @@ void setVariable(const char* name);
 
 /// Settles the scale for the application about to be made: the variable's value (a number from 0.25
 /// to 16; anything else is named on stderr and ignored), or on a bare display (no windows) what
-/// fits on it. Where neither is, it may follow the window. On a bare display and on Wayland, which
-/// have no place for what is larger than the display, a value with no room is named on stderr, and
-/// what fits is taken.
+/// fits on it. Where neither is, it may follow the window. A value for which a bare display, one of
+/// X or one of Wayland has no room is named on stderr, and what fits is taken.
 void prepare(int& argc, char** argv);
 
 /// The scale that is settled, but not the toolkit's; 0 if there is none.

@@ -1,5 +1,6 @@
 #include "platform/zbubble.h"
 
+#include "platform/warningsign.h"
 #include "platform/zaccessiblewidget.h"
 #include "platform/zlistrowpainter.h"
 #include "platform/zmotion.h"
@@ -16,7 +17,6 @@ namespace
 constexpr int NoteFontSize = 15;
 constexpr int LetterFontSize = 30;
 constexpr int Padding = 9;
-constexpr int SignSize = 14;
 constexpr int SignGap = 6;
 constexpr int Corner = 2;
 /// What a text may be wider than its advance in whole pixels.
@@ -49,7 +49,7 @@ void ZBubble::showNote(const QString& text, bool isWarning, const QRect& spared)
     const QRect over = parentWidget()->rect().adjusted(Margin, Margin, -Margin, -Margin);
     const int wanted = QFontMetrics(fontOf(*this, NoteFontSize))
                            .horizontalAdvance(ZListRowPainter::visibleText(text)) +
-                       Rounding + 2 * Padding + (isWarning ? SignSize + SignGap : 0);
+                       Rounding + 2 * Padding + (isWarning ? WarningSignSize + SignGap : 0);
     const int width = std::clamp(wanted, int(NoteHeight), over.width());
     QRect place(over.left() + (over.width() - width) / 2, over.bottom() + 1 - NoteHeight, width,
                 NoteHeight);
@@ -143,26 +143,12 @@ void ZBubble::paintEvent(QPaintEvent* /*event*/)
     painter.setFont(fontOf(*this, isLetter_ ? LetterFontSize : NoteFontSize));
     QRect room = isLetter_ ? rect() : rect().adjusted(Padding, 0, -Padding, 0);
     if (isWarning_) {
-        paintSign(painter, QRect(room.left(), (height() - SignSize) / 2, SignSize, SignSize));
-        room.setLeft(room.left() + SignSize + SignGap);
+        paintWarningSign(painter, {room.left(), (height() - WarningSignSize) / 2}, theme.barWarning,
+                         theme.bar);
+        room.setLeft(room.left() + WarningSignSize + SignGap);
     }
     painter.setPen(isWarning_ ? theme.barWarning : theme.barText);
     const QString shown = painter.fontMetrics().elidedText(ZListRowPainter::visibleText(text()),
                                                            Qt::ElideLeft, room.width());
     painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine, shown);
-}
-
-/// A triangle with a mark of exclamation.
-void ZBubble::paintSign(QPainter& painter, const QRect& area) const
-{
-    const QPointF corners[] = {{area.left() + area.width() / 2.0, area.top() + 0.5},
-                               {area.right() + 0.5, area.bottom() + 0.5},
-                               {area.left() + 0.5, area.bottom() + 0.5}};
-    const ZTheme& theme = ZTheme::current();
-    painter.setPen(QPen(theme.barWarning, 1, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
-    painter.setBrush(theme.barWarning);
-    painter.drawPolygon(corners, 3);
-    const int middle = area.left() + area.width() / 2 - 1;
-    painter.fillRect(middle, area.top() + 4, 2, 5, theme.bar);
-    painter.fillRect(middle, area.top() + 10, 2, 2, theme.bar);
 }

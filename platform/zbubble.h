@@ -47,7 +47,6 @@ protected:
 
 private:
     void showAt(const QRect& place, const QString& text);
-    void paintSign(QPainter& painter, const QRect& area) const;
     void fadeTo(double opacity);
     void settle();
 

@@ -28,6 +28,17 @@ QByteArray ZConfig::readBytes(const QString& group, const QString& key) const
     return d_->ini.GetValue(group.toUtf8().constData(), key.toUtf8().constData(), nullptr);
 }
 
+QStringList ZConfig::keysOf(const QString& group) const
+{
+    CSimpleIniCaseA::TNamesDepend names;
+    d_->ini.GetAllKeys(group.toUtf8().constData(), names);
+    names.sort(CSimpleIniCaseA::Entry::LoadOrder());
+    QStringList keys;
+    for (const CSimpleIniCaseA::Entry& name : names)
+        keys.append(QString::fromUtf8(name.pItem));
+    return keys;
+}
+
 QString ZConfig::readEntry(const QString& group, const QString& key, const QString& fallback) const
 {
     const QByteArray value = readBytes(group, key);

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -29,6 +30,8 @@ public:
     QString readEntry(const QString& group, const QString& key, const QString& fallback) const;
     /// The bytes of a value as they stand in the file; null if the key is absent.
     QByteArray readBytes(const QString& group, const QString& key) const;
+    /// The keys of a group, each once, in the order of the file; with U+FFFD for what is not UTF-8.
+    QStringList keysOf(const QString& group) const;
 
 private:
     struct Private;

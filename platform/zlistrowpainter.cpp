@@ -1,11 +1,11 @@
 #include "platform/zlistrowpainter.h"
 
+#include "platform/glidingtext.h"
 #include "platform/shownname.h"
 #include "platform/zlistboxitem.h"
 #include "platform/zpixmap.h"
 
 #include <QFontInfo>
-#include <QLinearGradient>
 #include <QPainter>
 
 #include <algorithm>
@@ -36,24 +36,6 @@ bool isLaterLineBreak(QChar character)
 int pixelSize(const QFont& font)
 {
     return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
-}
-
-/// Lets a text that is cut at the left or the right of its line end in the ground there.
-void fadeEdges(QPainter& painter, const QRect& line, const QColor& ground, bool left, bool right)
-{
-    constexpr int Width = 8;
-    QColor clear = ground;
-    clear.setAlpha(0);
-    const auto fade = [&](int from, int to) {
-        QLinearGradient gradient(from, 0, to, 0);
-        gradient.setColorAt(0, ground);
-        gradient.setColorAt(1, clear);
-        painter.fillRect(std::min(from, to), line.top(), Width, line.height(), gradient);
-    };
-    if (left)
-        fade(line.left(), line.left() + Width);
-    if (right)
-        fade(line.right() + 1, line.right() + 1 - Width);
 }
 
 /// The base lines of a row's texts, which stand as one block in its middle: capitals decide, what
@@ -175,16 +157,7 @@ void ZListRowPainter::paintTexts(QPainter& painter, const QRect& area, const ZLi
             area.left(), lines.first,
             metrics.elidedText(name, Qt::ElideMiddle, area.width(), Qt::TextSingleLine));
     } else {
-        // What is written from the right begins there.
-        const qreal wider = metrics.horizontalAdvance(name) - area.width();
-        const qreal shift = name.isRightToLeft() ? wider - state.glide : state.glide;
-        painter.save();
-        painter.setClipRect(area, Qt::IntersectClip);
-        painter.drawText(QPointF(area.left() - shift, lines.first), name);
-        painter.restore();
-        const QRect line(area.left(), lines.first - metrics.ascent(), area.width(),
-                         metrics.height());
-        fadeEdges(painter, line, look.highlight, shift > 0, shift < wider);
+        paintGlidingText(painter, area, lines.first, name, state.glide, look.highlight);
     }
     if (!detailed)
         return;

@@ -61,21 +61,40 @@ QString withoutStandIns(QString text)
     return text;
 }
 
-/// Where the extension of a name begins, with its dot; the name's end if it has none. What follows
-/// a dot in a sentence or a number of a version is rarely short and without blanks.
+/// Whether a text without the dot before it may be an extension: what sentences have behind a dot
+/// begins with a blank or has other signs.
+bool looksLikeExtension(const QString& text)
+{
+    constexpr qsizetype Longest = 16;
+    const QLatin1String signs("-_+~$#");
+    return !text.isEmpty() && text.size() <= Longest &&
+           std::all_of(text.begin(), text.end(), [signs](QChar character) {
+               return character.isLetterOrNumber() || character.isMark() ||
+                      signs.contains(character);
+           });
+}
+
+/// Whether a number behind the dot goes on with what is before it: a version, a date, "No.5".
+bool goesOnWithNumber(const QString& name, const QString& number)
+{
+    const bool isNumber = std::all_of(number.begin(), number.end(),
+                                      [](QChar character) { return character.isDigit(); });
+    return isNumber && (name.back().isDigit() || name.contains(QLatin1Char(' ')));
+}
+
+/// Where the extension of a name begins, with its dot; the name's end if it has none.
 qsizetype extensionStart(const QString& name)
 {
-    constexpr qsizetype LongestExtension = 8;
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
     const QString extension = name.mid(dot + 1);
-    const bool isOne = dot > 0 && !extension.isEmpty() && extension.size() <= LongestExtension &&
-                       std::none_of(extension.begin(), extension.end(), [](QChar character) {
-                           return character.isSpace() || character == QLatin1Char('/');
-                       });
+    const bool isOne =
+        dot > 0 && looksLikeExtension(extension) && !goesOnWithNumber(name.left(dot), extension);
     if (!isOne)
         return name.size();
     const QLatin1String archive(".tar");
-    return name.left(dot).endsWith(archive) && dot > archive.size() ? dot - archive.size() : dot;
+    return name.left(dot).endsWith(archive, Qt::CaseInsensitive) && dot > archive.size()
+               ? dot - archive.size()
+               : dot;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "platform/zoptionsmenu.h"
 
 #include "platform/keymap.h"
+#include "platform/zglide.h"
 #include "platform/zlift.h"
 #include "platform/zmotion.h"
 #include "platform/zscreen.h"
@@ -75,6 +76,7 @@ void ZOptionsMenu::insertItem(const QString& text, ZOptionsMenu* submenu, const 
 {
     const qsizetype end = items_.size();
     const qsizetype position = index < 0 || index > end ? end : index;
+    noteTabs(text);
     items_.insert(position, {text, submenu, icon, enabled, id, {}});
     update();
 }
@@ -84,8 +86,10 @@ bool ZOptionsMenu::changeItem(int id, const QString& text, const ZPicture& icon)
     Item* item = itemOf(id);
     if (item == nullptr)
         return false;
+    noteTabs(text);
     item->text = text;
     item->icon = icon;
+    restartGlide();
     update();
     return true;
 }
@@ -221,7 +225,15 @@ void ZOptionsMenu::showEvent(QShowEvent* /*event*/)
 void ZOptionsMenu::focusInEvent(QFocusEvent* event)
 {
     QWidget::focusInEvent(event);
+    restartGlide();
     ZAccessible::tellFocusSoon(this);
+}
+
+void ZOptionsMenu::focusOutEvent(QFocusEvent* event)
+{
+    QWidget::focusOutEvent(event);
+    if (glide_ != nullptr)
+        glide_->stop();
 }
 
 /// Its top goes up; what is not up yet is cut off at its bottom.
@@ -243,6 +255,18 @@ void ZOptionsMenu::rise()
     rise_->start();
 }
 
+void ZOptionsMenu::restartGlide()
+{
+    if (!ZMotion::isEnabled() || !hasFocus() || current_ < 0)
+        return;
+    if (glide_ == nullptr) {
+        glide_ = new ZGlide(this);
+        connect(glide_, &ZGlide::moved, this, [this] { update(rowRect(current_)); });
+    }
+    glide_->start(fontMetrics().horizontalAdvance(shownText(current_)) -
+                  textRect(current_).width());
+}
+
 void ZOptionsMenu::hideEvent(QHideEvent* /*event*/)
 {
     if (rise_ != nullptr)
@@ -261,6 +285,7 @@ void ZOptionsMenu::moveTo(int position)
         scrollTo(current_);
     else if (current_ >= first_ + visibleRows())
         scrollTo(current_ - visibleRows() + 1);
+    restartGlide();
     tellSoftKeys();
     ZAccessible::tellFocus(this, current_);
     update();

@@ -11,6 +11,7 @@
 #include <array>
 
 class QVariantAnimation;
+class ZGlide;
 
 /// A menu of items with texts, icons and submenus, opened by show() as a box of the screen.
 ///
@@ -20,7 +21,8 @@ class QVariantAnimation;
 /// beside the menu closes it and its openers. Choosing closes all of them, then runs the slots
 /// that the item is connected to; these may change, disconnect and delete any menu.
 ///
-/// With motion (ZMotion) a menu rises into its place; it answers to keys meanwhile.
+/// With motion (ZMotion) a menu rises into its place; it answers to keys meanwhile. The text of the
+/// highlighted item glides if it is too long for the menu.
 ///
 /// A submenu leaves the icons of the menu that opened it in view and hides the rest beside it.
 ///
@@ -42,7 +44,8 @@ public:
     ~ZOptionsMenu() override;
 
     /// Inserts an item at position `index` (one past the end, or negative, appends). Tabs at the
-    /// beginning of the text indent it past the icon. The icon is copied, and decoded when
+    /// beginning of a text indent it past the icon, and all others with it: the texts of a menu
+    /// begin below each other. The icon is copied, and decoded when
     /// the item is first painted; the submenu is not owned.
     void insertItem(const QString& text, ZOptionsMenu* submenu, const ZPicture& icon, bool enabled,
                     int id, int index);
@@ -81,6 +84,7 @@ protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -121,6 +125,10 @@ private:
     bool canChoose(int position) const;
     int visibleRows() const;
     QRect rowRect(int position) const;
+    QRect textRect(int position) const;
+    QString shownText(int position) const;
+    int indent() const;
+    void noteTabs(const QString& text);
     int positionAt(QPoint point) const;
     void moveTo(int position);
     void scrollTo(int first);
@@ -129,7 +137,9 @@ private:
     void openSubmenu(ZOptionsMenu* submenu);
     void tellSoftKeys();
     void rise();
+    void restartGlide();
     void paintRow(QPainter& painter, int position) const;
+    void paintText(QPainter& painter, int position) const;
     void paintRowEnd(QPainter& painter, int position) const;
     void paintScrollMarks(QPainter& painter) const;
 
@@ -143,4 +153,6 @@ private:
     ZTapOrDrag finger_;
     QRect place_;                       ///< when it has risen
     QVariantAnimation* rise_ = nullptr; ///< made when it is first needed
+    ZGlide* glide_ = nullptr;           ///< likewise
+    qsizetype tabs_ = 0;                ///< the most that a text has had at its beginning
 };

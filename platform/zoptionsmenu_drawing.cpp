@@ -2,12 +2,15 @@
 
 #include "platform/zoptionsmenu.h"
 
+#include "platform/glidingtext.h"
 #include "platform/scrollthumb.h"
 #include "platform/shownname.h"
+#include "platform/zglide.h"
 #include "platform/zpixmap.h"
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -89,13 +92,10 @@ int ZOptionsMenu::roomAtRight() const
 QSize ZOptionsMenu::contentSize() const
 {
     const QFontMetrics metrics(font());
-    const int beside = TextLeft + roomAtRight() + RoundingSlack;
+    const int beside = TextLeft + indent() + roomAtRight() + RoundingSlack;
     int widest = SmallestWidth;
-    for (const Item& item : items_) {
-        const int tabs = leadingTabs(item.text);
-        widest = std::max(widest, beside + tabs * ZSkinService::MenuTabWidth +
-                                      metrics.horizontalAdvance(withMarks(item.text.mid(tabs))));
-    }
+    for (int position = 0; position < count(); ++position)
+        widest = std::max(widest, beside + metrics.horizontalAdvance(shownText(position)));
     return {std::min({widest + 2 * Border, LargestWidth, room().width()}),
             visibleRows() * RowHeight + 2 * Border};
 }
@@ -141,15 +141,38 @@ int ZOptionsMenu::positionAt(QPoint point) const
     return position < std::min(count(), first_ + visibleRows()) ? position : -1;
 }
 
-void ZOptionsMenu::paintEvent(QPaintEvent* /*event*/)
+QRect ZOptionsMenu::textRect(int position) const
+{
+    return rowRect(position).adjusted(TextLeft + indent(), 0, -roomAtRight(), 0);
+}
+
+int ZOptionsMenu::indent() const
+{
+    return int(tabs_) * ZSkinService::MenuTabWidth;
+}
+
+void ZOptionsMenu::noteTabs(const QString& text)
+{
+    tabs_ = std::max<qsizetype>(tabs_, leadingTabs(text));
+}
+
+QString ZOptionsMenu::shownText(int position) const
+{
+    const QString& text = items_.at(position).text;
+    return withMarks(text.mid(leadingTabs(text)));
+}
+
+void ZOptionsMenu::paintEvent(QPaintEvent* event)
 {
     const auto& look = ZSkinService::look(widgetClass_);
     QPainter painter(this);
     painter.fillRect(rect(), look.border);
     painter.fillRect(rect().adjusted(Border, Border, -Border, -Border), look.background);
     const int end = std::min(count(), first_ + visibleRows());
-    for (int position = first_; position < end; ++position)
-        paintRow(painter, position);
+    for (int position = first_; position < end; ++position) {
+        if (event->rect().intersects(rowRect(position)))
+            paintRow(painter, position);
+    }
     paintScrollMarks(painter);
 }
 
@@ -172,15 +195,25 @@ void ZOptionsMenu::paintRow(QPainter& painter, int position) const
                 icon);
     painter.setOpacity(1);
     painter.setPen(!item.enabled ? look.disabledText : current ? look.highlightText : look.text);
-    const int tabs = leadingTabs(item.text);
-    const QRect textArea =
-        area.adjusted(TextLeft + tabs * ZSkinService::MenuTabWidth, 0, -roomAtRight(), 0);
-    painter.drawText(textArea, Qt::AlignVCenter | Qt::TextSingleLine,
-                     painter.fontMetrics().elidedText(withMarks(item.text.mid(tabs)),
-                                                      Qt::ElideRight, textArea.width()));
+    paintText(painter, position);
     // Of a menu that gets no keys they would be no use.
     if (!isSubmenuOpen())
         paintRowEnd(painter, position);
+}
+
+void ZOptionsMenu::paintText(QPainter& painter, int position) const
+{
+    const QRect area = textRect(position);
+    const QString text = shownText(position);
+    const QFontMetrics metrics = painter.fontMetrics();
+    if (position != current_ || glide_ == nullptr || glide_->offset() < 0) {
+        painter.drawText(area, Qt::AlignVCenter | Qt::TextSingleLine,
+                         metrics.elidedText(text, Qt::ElideRight, area.width()));
+        return;
+    }
+    const int top = area.top() + (area.height() - metrics.height()) / 2;
+    paintGlidingText(painter, area, top + metrics.ascent(), text, glide_->offset(),
+                     ZSkinService::look(widgetClass_).highlight);
 }
 
 /// The digit that chooses the item, and the arrow of a submenu.

@@ -34,6 +34,23 @@ int extraOf(const ZConfig& config, const char* key)
     return 0;
 }
 
+/// One that is misspelt would be off without a word.
+void nameUnknownExtras(const ZConfig& config)
+{
+    constexpr int MostNamed = 10;
+    static const QStringList known{QStringLiteral("Find"),  QStringLiteral("Status"),
+                                   QStringLiteral("Theme"), QStringLiteral("Motion"),
+                                   QStringLiteral("Safe"),  QStringLiteral("Trash")};
+    int named = 0;
+    for (const QString& key : config.keysOf(QStringLiteral("Extras"))) {
+        if (known.contains(key))
+            continue;
+        qWarning("fm.cfg: %s: no key of [Extras]", qUtf8Printable(key.left(80)));
+        if (++named == MostNamed)
+            return;
+    }
+}
+
 } // namespace
 
 void readConfig(const QString& programDir)
@@ -70,4 +87,5 @@ void readConfig(const QString& programDir)
     extras.motion = extraOf(config, "Motion") != 0;
     extras.safe = extraOf(config, "Safe") != 0;
     extras.trash = extraOf(config, "Trash") != 0;
+    nameUnknownExtras(config);
 }

@@ -33,5 +33,5 @@ extern Extras extras;
 /// Fills all of the above from "fm.cfg" in `programDir` (which ends with "/", or is empty for the
 /// current folder). A key that is missing, or the whole file, leaves its setting empty, 0 or false.
 /// A work folder given as an empty text counts as not given. An extra whose value is no number of
-/// its range is 0 and named on stderr.
+/// its range is 0 and named on stderr; so are keys of its group that nobody knows.
 void readConfig(const QString& programDir);

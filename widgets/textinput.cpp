@@ -239,12 +239,13 @@ void TextInput::layOut(const QString& page)
     menu->setLimitRect(QRect(QPoint(Left, top), QSize()));
 }
 
-/// The soft-key bar below says what the page's own says, unless the page reaches into it.
+/// The soft-key bar below says what the page's own says. Where the page reaches into it that is one
+/// black with it, and words on it would be cut in halves, below the same ones.
 void TextInput::tellSoftKeys(int height)
 {
-    barAnswers_ = (ZScreen::Height - height) / 2 >= ZSkinService::SoftKeyHeight;
+    const bool isWhole = (ZScreen::Height - height) / 2 >= ZSkinService::SoftKeyHeight;
     ZScreen::instance()->setSoftKeys(
-        this, {barAnswers_ ? std::array{yesText, noText} : std::array<QString, 2>(), {}});
+        this, {isWhole ? std::array{yesText, noText} : std::array<QString, 2>(), {}});
 }
 
 void TextInput::finish(bool confirmed)
@@ -295,8 +296,7 @@ void TextInput::mouseReleaseEvent(QMouseEvent* event)
     const QPoint point = event->position().toPoint() - view_->pos();
     const bool onPage =
         view_->rect().contains(point) && point.y() >= view_->height() - AnswerHeight;
-    const bool onBar =
-        barAnswers_ && event->position().y() >= ZScreen::Height - ZSkinService::SoftKeyHeight;
+    const bool onBar = event->position().y() >= ZScreen::Height - ZSkinService::SoftKeyHeight;
     if (onPage || onBar)
         finish(event->position().x() < ZScreen::Width / 2.0);
 }

@@ -65,6 +65,5 @@ private:
     QString progDir;
     bool running = false;
     bool accepted = false;
-    bool barAnswers_ = false; ///< the soft-key bar below is in view
-    bool pressed_ = false;    ///< a finger is down that was put down here
+    bool pressed_ = false; ///< a finger is down that was put down here
 };

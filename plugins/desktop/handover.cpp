@@ -84,10 +84,26 @@ QByteArray answerOf(const QList<QByteArray>& words)
     return answer.split('\n').front().trimmed();
 }
 
-bool hasProgram(const QByteArray& path, const DesktopTools& tools)
+QByteArray typeOf(const QByteArray& path, const DesktopTools& tools)
 {
-    const QByteArray type = answerOf({tools.types, "query", "filetype", path});
+    return answerOf({tools.types, "query", "filetype", path});
+}
+
+bool hasProgramFor(const QByteArray& type, const DesktopTools& tools)
+{
     return !type.isEmpty() && !answerOf({tools.types, "query", "default", type}).isEmpty();
+}
+
+/// Whether somebody can have opened a file that was handed over with success: of what has no
+/// program openers give a browser the file. A desktop may also have asked the user.
+bool canHaveOpened(const QByteArray& path, const DesktopTools& tools)
+{
+    if (!qEnvironmentVariableIsEmpty("BROWSER") ||
+        !qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP"))
+        return true;
+    const QByteArray type = typeOf(path, tools);
+    return type.isEmpty() || hasProgramFor(type, tools) ||
+           hasProgramFor("x-scheme-handler/http", tools);
 }
 
 } // namespace
@@ -105,7 +121,12 @@ Handover handOver(const QString& file, const DesktopTools& tools)
     const int code = run({tools.opener, path});
     if (code == NotStarted)
         return Handover::NoOpener;
-    if (code == 0 || time.elapsed() > tools.longestFailure)
+    if (code == 0) {
+        return time.elapsed() > tools.longestNothing || canHaveOpened(path, tools)
+                   ? Handover::Done
+                   : Handover::NoProgram;
+    }
+    if (time.elapsed() > tools.longestFailure)
         return Handover::Done;
-    return hasProgram(path, tools) ? Handover::Failed : Handover::NoProgram;
+    return hasProgramFor(typeOf(path, tools), tools) ? Handover::Failed : Handover::NoProgram;
 }

@@ -19,6 +19,9 @@ struct DesktopTools {
     /// What fails later than this has opened the file, milliseconds: some openers wait for the
     /// program that they start, and give its status for their own.
     int longestFailure = 10000;
+    /// What succeeds later than this has shown something, milliseconds. Some openers also succeed,
+    /// at once, when nothing has opened the file.
+    int longestNothing = 2000;
 };
 
 /// Hands a file to the desktop, and waits until its opener has ended. Needs no application object.

@@ -1,6 +1,8 @@
 #include "plugins/lyraplayer/messagebar.h"
 
+#include "platform/warningsign.h"
 #include "platform/zskinservice.h"
+#include "platform/ztheme.h"
 #include "plugins/support/brokenlines.h"
 
 #include <QPainter>
@@ -9,6 +11,8 @@ namespace
 {
 
 constexpr int BarMargin = 6;
+/// Where the words begin, behind the sign.
+constexpr int WordsLeft = BarMargin + WarningSignSize + BarMargin;
 
 QFont textFont(const QWidget& bar)
 {
@@ -35,7 +39,7 @@ void MessageBar::setText(const QString& text)
 void MessageBar::breakLines()
 {
     const QFont font = textFont(*this);
-    lines_ = brokenLines(text_, font, width() - 2 * BarMargin, MaxLines);
+    lines_ = brokenLines(text_, font, width() - WordsLeft - BarMargin, MaxLines);
     setFixedHeight(int(lines_.size()) * QFontMetrics(font).height() + BarMargin);
     update();
 }
@@ -45,9 +49,11 @@ void MessageBar::paintEvent(QPaintEvent* /*event*/)
     const auto& look = ZSkinService::look(ZSkinService::clsDarkListBox);
     QPainter painter(this);
     painter.fillRect(rect(), look.highlight);
+    paintWarningSign(painter, {BarMargin, (height() - WarningSignSize) / 2},
+                     ZTheme::current().barWarning, look.highlight);
     painter.setFont(textFont(*this));
     painter.setPen(look.highlightText);
-    paintLines(painter, rect().adjusted(BarMargin, BarMargin / 2, -BarMargin, 0), lines_);
+    paintLines(painter, rect().adjusted(WordsLeft, BarMargin / 2, -BarMargin, 0), lines_);
 }
 
 void MessageBar::resizeEvent(QResizeEvent* /*event*/)

@@ -3,8 +3,8 @@
 #include <QStringList>
 #include <QWidget>
 
-/// A line or a few that say something to the user; away while there is nothing to say. What does
-/// not fit on MaxLines lines is cut off.
+/// A line or a few, with a sign beside them, that say what has gone wrong; away while there is
+/// nothing to say. What does not fit on MaxLines lines is cut off.
 class MessageBar : public QWidget
 {
     Q_OBJECT

@@ -98,7 +98,7 @@ QString Player::nameOf(int track) const
 
 QString Player::title() const
 {
-    return songName(info_.title, trackAt(current_), current_ + 1);
+    return songName(info_.title, tracks_, current_);
 }
 
 void Player::open(int track)

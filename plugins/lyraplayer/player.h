@@ -41,6 +41,7 @@ public:
     /// The track that is played or would be; -1 if the list is empty.
     int current() const { return current_; }
     QString nameOf(int track) const;
+    const Tracks& tracks() const { return tracks_; }
     /// A track of the list as it was given; empty if there is none.
     QByteArray trackAt(int track) const { return tracks_.value(track); }
     /// What songName() makes of the track that is played or would be.

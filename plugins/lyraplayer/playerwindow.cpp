@@ -102,9 +102,8 @@ ZListBoxItem* PlayerWindow::rowOf(int track)
 {
     auto* row = new ZListBoxItem(list_, QStringLiteral("%I%M"));
     row->setPixmap(0, track == player_.current() ? mark_ : noMark_);
-    const QByteArray file = player_.trackAt(track);
-    row->appendSubItem(1, trackRow(QString(), file, track + 1), false);
-    reader_->askTitle(track, file);
+    row->appendSubItem(1, trackRow(QString(), player_.tracks(), track), false);
+    reader_->askTitle(track, player_.trackAt(track));
     return row;
 }
 
@@ -119,7 +118,7 @@ void PlayerWindow::drawMarks()
 void PlayerWindow::titleRead(int track, const QString& title)
 {
     if (ZListBoxItem* row = list_->item(track))
-        row->setSubItemText(1, 0, trackRow(title, player_.trackAt(track), track + 1));
+        row->setSubItemText(1, 0, trackRow(title, player_.tracks(), track));
 }
 
 void PlayerWindow::follow(int track, int before)

@@ -45,7 +45,7 @@ void PluginWindow::showTitle(const QString& name, const QString& detail)
     const QFontMetrics metrics(titleFont(font()));
     const int width = ZScreen::Width - Margins;
     const QString shown = metrics.elidedText(detail, Qt::ElideRight, width * 2 / 3);
-    const QString end = shown.isEmpty() ? QString() : QStringLiteral("  ") + shown;
+    const QString end = shown.isEmpty() ? QString() : QStringLiteral(" \u00b7 ") + shown;
     const int room = width - metrics.horizontalAdvance(end);
     setMainWidgetTitle(metrics.elidedText(ZListRowPainter::visibleText(name), Qt::ElideMiddle, room,
                                           Qt::TextSingleLine) +

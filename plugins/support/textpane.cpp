@@ -1,5 +1,6 @@
 #include "plugins/support/textpane.h"
 
+#include "platform/glidingtext.h"
 #include "platform/keymap.h"
 #include "platform/scrollthumb.h"
 #include "platform/zskinservice.h"
@@ -134,12 +135,12 @@ bool TextPane::isAtEnd() const
 
 int TextPane::percent() const
 {
-    const qint64 whole = source_.end() - source_.begin();
-    if (whole <= 0 || isAtEnd())
+    if (isAtEnd())
         return 100;
+    const qint64 above = rows_.front().start - source_.begin();
+    const qint64 below = source_.end() - rows_.back().end;
     // In floating point: the product may be larger than a number holds.
-    return std::clamp(int(100.0 * double(rows_.back().end - source_.begin()) / double(whole)), 0,
-                      99);
+    return std::clamp(int(100.0 * double(above) / double(above + below)), 0, 99);
 }
 
 int TextPane::rowHeight() const
@@ -281,6 +282,17 @@ void TextPane::paintRow(QPainter& painter, const TextRow& row, int y) const
             break;
     }
     flush();
+    paintCuts(painter, row, x, y);
+}
+
+/// Where letters are cut in halves they fade; `width` is how much of the row has been drawn.
+void TextPane::paintCuts(QPainter& painter, const TextRow& row, int width, int y) const
+{
+    const bool begins = passed_ > 0 && width > passed_;
+    const bool goesOn = !wrapping_ && width - passed_ > textWidth();
+    fadeEdges(painter, QRect(SideMargin, y - fontMetrics().ascent(), textWidth(), rowHeight()),
+              ZSkinService::look(ZSkinService::clsListBox).background,
+              row.rightToLeft ? goesOn : begins, row.rightToLeft ? begins : goesOn);
 }
 
 /// Draws what stands between tabs, so many pixels from where rows begin.

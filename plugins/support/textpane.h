@@ -35,7 +35,7 @@ public:
     void toStart();
     void toEnd();
     bool isAtEnd() const;
-    /// How much of the text lies before the bottom of the pane.
+    /// How far one is: 0 at the start, 100 as soon as the end is in view.
     int percent() const;
     /// The rows in view.
     const QList<TextRow>& rows() const { return rows_; }
@@ -61,6 +61,7 @@ private:
     int widthOf(const TextRow& row) const;
     void showFrom(qint64 offset);
     void paintRow(QPainter& painter, const TextRow& row, int y) const;
+    void paintCuts(QPainter& painter, const TextRow& row, int width, int y) const;
     void paintRun(QPainter& painter, const QString& run, bool rightToLeft, int distance,
                   int y) const;
     void paintBar(QPainter& painter) const;

@@ -3,18 +3,21 @@
 
 Draws a sheet for each language, FOLDER/LANGUAGE.png, with what the program and its plugins show in it
 side by side: to be looked at whenever texts, fonts or drawing change. QUARN_STAGE names the staged work
-folder, QUARN_SHEET_SCALE how many pixels of the sheet are one of the screen (1),
+folder, QUARN_FAULT_LIBRARY build/release/tests/e2e/libfaultinjector.so, QUARN_SHEET_SCALE how many pixels of the sheet are one of the screen (1),
 QUARN_SHEET_THEME the theme (0)."""
 
 import contextlib
 import os
 import pathlib
+import subprocess
 import sys
 
 from PIL import Image
 
 import quarn
+import safescenes
 import tst_bluetooth
+import tst_keys
 import tst_plugins
 
 COLUMNS = 6
@@ -62,8 +65,9 @@ def screens(seen, steps):
     return pictures
 
 
-def program_in(display, language, **options):
-    return quarn.Program(display, settings={"Language": language}, extras=EXTRAS, **options)
+def program_in(display, language, extras=(), **options):
+    return quarn.Program(display, settings={"Language": language}, extras={**EXTRAS, **dict(extras)},
+                         **options)
 
 
 def main_window(display, language):
@@ -73,6 +77,66 @@ def main_window(display, language):
         program.start()
         return screens(program, STEPS)
     finally:
+        program.stop()
+
+
+def typing(display, language):
+    """What is found, what no name has, the sheet of symbols."""
+    program = program_in(display, language, {"Find": 1})
+    try:
+        make_files(program.home)
+        program.start(QUARN_KEYPAD="1")
+        before = program.wait_stable()
+        pictures = []
+        for keys in (("3", "6"), ("9", "9", "1", "7")):
+            program.key(*keys)
+            pictures.append(program.wait_change(before))
+            program.wait_idle(calm=2)
+            before = program.wait_stable()
+        return pictures + screens(program, ["-down softleft 4", "star"])
+    finally:
+        program.stop()
+
+
+def safe(display, language):
+    """The pages of safe operations and of the trash."""
+    program = program_in(display, language, safescenes.EXTRAS)
+    pictures = []
+    try:
+        left, right = (quarn.make_folder(program.base / side) for side in ("left", "right"))
+        program.settings.update({"Start_path_tab1": left, "Start_path_tab2": right})
+        program.write_settings()
+        scenes = safescenes.Scenes(program, left, right)
+        program.start()
+
+        def seen(hole):
+            if hole != safescenes.MOVING:
+                program.wait_idle()
+            pictures.append(program.screenshot())
+
+        for name in ("question", "failures", "progress", "trash"):
+            getattr(scenes, f"show_{name}")(seen)
+        return pictures
+    finally:
+        program.stop()
+
+
+def device_keys(display, language):
+    """The program that asks for the keys of a device, and what it has been told."""
+    program = program_in(display, language)
+    tool = subprocess.Popen([*quarn.ENDS_WITH_US, str(program.stage / "bin" / "quarn-keys")],
+                            env=program.environment, stdin=subprocess.DEVNULL)
+    try:
+        window = tst_plugins.Plugin(program, "quarn-keys")
+        quarn.wait_until(window.has_keyboard, "the keyboard")
+        question = shown = window.wait_stable()
+        for name in tst_keys.GIVEN:
+            display.client.press(name)
+            shown = window.wait_change(shown)
+        return [question, shown]
+    finally:
+        tool.kill()
+        tool.wait()
         program.stop()
 
 
@@ -137,8 +201,8 @@ def main(folder, languages):
     display = quarn.Display(window_manager=True)
     try:
         for language in languages or known:
-            pictures = main_window(display, language) + sharing(display, language) + \
-                plugins(display, language)
+            pictures = [picture for part in (main_window, typing, safe, sharing, plugins, device_keys)
+                        for picture in part(display, language)]
             sheet_of(pictures).save(folder / f"{language}.png")
             print(folder / f"{language}.png", flush=True)
     finally:

@@ -7,6 +7,7 @@ import itertools
 import struct
 import sys
 
+import album
 import operations
 import quarn
 import safescenes
@@ -27,14 +28,14 @@ LIGHT_GROUND, DARK_GROUND = (255, 255, 255), (16, 17, 20)
 class Case(quarn.Case):
     display_options = {"width": quarn.WIDTH * 3 + 60, "height": quarn.HEIGHT * 3 + 80}
 
-    def begin(self, tree, extras=None, scale=1, make_tree=tst_scripts.make_tree):
+    def begin(self, tree, extras=None, scale=1, make_tree=tst_scripts.make_tree, **environment):
         """Starts a program whose panels show a folder in its own base; gives both."""
         program = self.program(extras=extras)
         folder = program.base / tree
         make_tree(folder)
         program.settings.update({"Start_path_tab1": folder, "Start_path_tab2": folder})
         program.write_settings()
-        program.start(QUARN_SCALE=str(scale))
+        program.start(QUARN_SCALE=str(scale), **environment)
         return program, folder
 
 
@@ -55,6 +56,34 @@ def add_pictures(theme, scale):
 
 for each in itertools.product(THEMES, SCALES):
     add_pictures(*each)
+
+
+class TestStagedPictures(Case):
+    """What the staged settings switch on, and the sheet of symbols of a keypad."""
+
+
+def add_staged_pictures(theme, scale):
+    def test(self):
+        extras = {"Find": 1, "Status": 1, "Theme": THEMES.index(theme)}
+        program, _ = self.begin("tree", extras, scale, QUARN_KEYPAD="1")
+
+        def check(name, seen, *holes):
+            scaled = [tuple(scale * length for length in hole) for hole in holes]
+            operations.View(seen, *scaled).check(f"look_{name}_{theme}_{scale}", RENEW)
+
+        program.key("down", "down")
+        check("staged", program)
+        # It is the current row that is found.
+        check("bubble", album.Fleeting(program, lambda: program.key("3", "6")))
+        program.wait_idle(calm=2)
+        program.key("softleft", "4", "star")
+        check("sheet", program, CURSOR)
+
+    setattr(TestStagedPictures, f"test_{theme}AtScale{scale}", test)
+
+
+for each in (("light", 1), ("dark", 1), ("dark", 2), ("dark", 3)):
+    add_staged_pictures(*each)
 
 
 class TestSafePictures(Case):

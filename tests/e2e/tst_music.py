@@ -15,7 +15,7 @@ import sys
 import tempfile
 import time
 
-from PIL import Image
+from PIL import Image, ImageDraw
 
 import keyscript
 import quarn
@@ -41,10 +41,26 @@ def make_songs(folder):
                         folder / f"{name}.mp3"], check=True)
 
 
+def sunrise():
+    """The picture of an album: the sun behind hills, above the sea."""
+    picture = Image.new("RGB", (400, 400))
+    draw = ImageDraw.Draw(picture)
+    for y in range(400):
+        draw.line((0, y, 400, y), (250 - y // 4, 205 - y // 3, 120 + y // 5))
+    draw.ellipse((135, 120, 285, 270), (255, 238, 170))
+    draw.polygon(((0, 230), (110, 165), (215, 250), (310, 190), (400, 240), (400, 300), (0, 300)),
+                 (86, 60, 92))
+    draw.rectangle((0, 280, 400, 400), (36, 52, 96))
+    for number, width in enumerate((150, 112, 80, 54, 34)):
+        draw.rectangle((210 - width // 2, 296 + 20 * number, 210 + width // 2, 302 + 20 * number),
+                       (252, 206, 150))
+    return picture
+
+
 def make_covered_song(folder):
     """A song with a cover, and with names that are longer than a line."""
     cover = folder / "cover.png"
-    Image.linear_gradient("L").resize((400, 400)).convert("RGB").save(cover)
+    sunrise().save(cover)
     subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-i", folder / "tone.mp3", "-i", cover,
                     "-map", "0", "-map", "1", "-c", "copy", "-disposition:v", "attached_pic",
                     "-metadata", "title=Morning", "-metadata",

@@ -298,6 +298,15 @@ class TestScale(quarn.Case):
                 self.assertTrue(named[0].endswith(scale))
                 program.stop()
 
+    def test_aScaleWithNoRoomGivesTheNextOneDown(self):
+        for scale, size in (("4", (720, 960)), ("3.2", (720, 960)), ("3.1", (744, 992))):
+            with self.subTest(scale):
+                program, picture = self.picture(scale)
+                self.assertEqual(picture.size, size)
+                named = [line for line in program.lines if line.startswith("QUARN_SCALE")]
+                self.assertEqual(len(named), int(size == (720, 960)), program.lines)
+                program.stop()
+
     def test_withoutAScaleTheDisplayIsFilled(self):
         program = self.program()
         program.start(QUARN_SCALE=None)

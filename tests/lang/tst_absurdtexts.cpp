@@ -133,7 +133,7 @@ private slots:
         const QList<DrawnText> drawn = textsDrawnBy(window);
         QCOMPARE(misplaced(drawn, window.rect()), QString());
         const QString title = window.mainWidgetTitle();
-        QVERIFY(title.startsWith("a.txt  " + pluginTexts().running.left(1)));
+        QVERIFY(title.startsWith("a.txt · " + pluginTexts().running.left(1)));
         QVERIFY(title.endsWith(QChar(0x2026)));
         QCOMPARE(drawn.size(), 3);
     }

@@ -73,7 +73,7 @@ private slots:
         window.showTitle(texts.keysTitle, "27/27");
         for (const QString& left : {texts.save, texts.again}) {
             window.setSoftKeyTexts(left, texts.exit);
-            expectDrawn(window, {left, texts.exit, texts.keysTitle + "  27/27"});
+            expectDrawn(window, {left, texts.exit, texts.keysTitle + " · 27/27"});
         }
     }
 

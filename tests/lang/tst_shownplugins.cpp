@@ -48,7 +48,7 @@ private slots:
         for (const QString& state : {texts.running, texts.stopping, texts.exitCode.arg(127),
                                      texts.endedBySignal.arg(15), texts.programStopped}) {
             window.showTitle("backup.sh", state);
-            expectDrawn(window, {"backup.sh  " + state});
+            expectDrawn(window, {"backup.sh · " + state});
         }
     }
 

@@ -300,6 +300,18 @@ void tst_NameFinder::nextRowIsFound_data()
     QTest::newRow("same letter a third time") << list << "aaa" << 4 << 3;
     QTest::newRow("same letter, no other") << list << "zz" << 6 << 6;
     QTest::newRow("same digit goes on") << list << "66" << 1 << 2;
+    QTest::newRow("same digit twice begins a name")
+        << QStringList{"Mail", "Music", "Notes"} << "66" << 0 << 2;
+    QTest::newRow("same letter twice begins a name")
+        << QStringList{"Aa", "Ab", "Ac"} << "aa" << 1 << 0;
+    QTest::newRow("same letter twice begins the current name")
+        << QStringList{"Aachen", "Aalen", "Ab"} << "aa" << 1 << 1;
+    QTest::newRow("once more than any name has it")
+        << QStringList{"Aachen", "Aalen", "Ab"} << "aaa" << 0 << 1;
+    QTest::newRow("same letter twice begins a word alone")
+        << QStringList{"Ab", "Ac", "x aa"} << "aa" << 0 << 1;
+    QTest::newRow("letter of two twice begins a name")
+        << QStringList{"ssa", "ssb", "ssss"} << text("ßß") << 0 << 2;
     QTest::newRow("same digits before another")
         << QStringList{"Movies", "Music", "Notes", "x"} << "668" << 1 << 2;
     QTest::newRow("same letters before another")

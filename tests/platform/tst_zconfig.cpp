@@ -125,6 +125,16 @@ private slots:
         QVERIFY(!folder.exists("missing"));
     }
 
+    void keysOfAGroupAreThoseThatStandInIt()
+    {
+        folder_.write("keys", "a=1\n[Setting]\nz=1\n;c=1\nb=\n[Other]\nd=1\n[Setting]\nz=2\n"
+                              "no equals sign\nA\xff=1\n");
+        const ZConfig config(folder_.path("keys"), false);
+        QCOMPARE(config.keysOf("Setting"), QStringList({"z", "b", QString("A") + QChar(0xfffd)}));
+        QCOMPARE(config.keysOf("Missing"), QStringList());
+        QCOMPARE(ZConfig(folder_.path("missing"), false).keysOf("Setting"), QStringList());
+    }
+
     void fileIsReadOnce()
     {
         folder_.write("once", "[Setting]\nKey=before\n");

@@ -99,7 +99,18 @@ private slots:
         row("folder", 6);
         row(".hidden", 7);
         row("ends.", 5);
-        row("long.extension", 14);
+        row("gradle.properties", 6);
+        row("my project.code-workspace", 10);
+        row("ARCHIVE.TAR.GZ", 7);
+        row("page.1", 4);
+        row("video.mkv.001", 9);
+        row("film 2.3gp", 6);
+        row("Report v2.5", 11);
+        row("2024.11.22", 10);
+        row("Chapter No.5", 12);
+        row("Song (feat.X)", 13);
+        row("wait.seventeen-letters", 22);
+        row("why.sixteen-lettered", 3);
         row("one/two.d/name", 14);
         row("..", 2);
     }

@@ -3,6 +3,7 @@
 #include "platform/ztheme.h"
 #include "tests/platform/listfixture.h"
 #include "tests/support/contrast.h"
+#include "tests/support/pictures.h"
 #include "tests/support/testmain.h"
 
 namespace
@@ -100,8 +101,9 @@ private slots:
                      qPrintable(text.name() + " on " + ground.name()));
         }
         ZTheme::choose(ZTheme::Kind(kind));
-        for (const unsigned cls : {ZSkinService::clsListBox, ZSkinService::clsMainWidget,
-                                   ZSkinService::clsNavTab, ZSkinService::clsOptionsMenu}) {
+        for (const unsigned cls :
+             {ZSkinService::clsListBox, ZSkinService::clsDarkListBox, ZSkinService::clsMainWidget,
+              ZSkinService::clsNavTab, ZSkinService::clsOptionsMenu}) {
             const auto& look = ZSkinService::look(cls);
             QVERIFY(contrast(look.text, look.background) >= ContrastOfTexts);
             QVERIFY(contrast(look.secondaryText, look.background) >= ContrastOfTexts);
@@ -126,8 +128,18 @@ private slots:
             QVERIFY2(contrast(state, neighbour) >= ContrastOfStates,
                      qPrintable(state.name() + " beside " + neighbour.name()));
         }
-        // A tab's mark is a part of it and beside the next one.
         ZTheme::choose(ZTheme::Kind(kind));
+        for (const unsigned cls : {ZSkinService::clsListBox, ZSkinService::clsDarkListBox}) {
+            const auto& look = ZSkinService::look(cls);
+            for (const QColor& ground : {look.background, look.highlight}) {
+                QVERIFY(contrast(look.mark, ground) >= ContrastOfStates);
+                QVERIFY(contrast(look.thumb, ground) >= ContrastOfStates);
+            }
+            // The sign of a warning, whose bar has this ground, and the mark on it.
+            QVERIFY(cls == ZSkinService::clsListBox ||
+                    contrast(theme.barWarning, look.highlight) >= ContrastOfStates);
+        }
+        // A tab's mark is a part of it and beside the next one.
         const auto& tab = ZSkinService::look(ZSkinService::clsNavTab);
         QVERIFY(contrast(tab.mark, tab.highlight) >= ContrastOfStates);
         QVERIFY(contrast(tab.mark, tab.background) >= ContrastOfStates);
@@ -192,6 +204,30 @@ private slots:
         const QPoint inside(box.left() + 3, height + height / 2 + 4);
         QVERIFY(contrast(checked.pixelColor(inside), shown.picture.pixelColor(inside)) >=
                 ContrastOfStates);
+    }
+
+    void iconOfADisabledRowIsFaint_data() { addThemes(); }
+
+    void iconOfADisabledRowIsFaint()
+    {
+        QFETCH(int, kind);
+        ZTheme::choose(ZTheme::Kind(kind));
+        ListFixture list;
+        for (int row = 0; row < 3; ++row) {
+            list.add("name", -1);
+            list.box->item(row)->setPixmap(0, coloured(Qt::blue));
+        }
+        list.box->item(2)->setEnabled(false);
+        list.box->setCurrentItem(0);
+        const QImage picture = list.box->grab().toImage();
+        const int height = list.box->rowHeight();
+        const QPoint middle(ZSkinService::MarkWidth + 1 + 8, height / 2);
+        QCOMPARE(picture.pixelColor(middle + QPoint(0, height)), QColor(Qt::blue));
+        const QColor faint = picture.pixelColor(middle + QPoint(0, 2 * height));
+        const QColor ground = ZTheme::current().ground;
+        // Four tenths of it.
+        QVERIFY(qAbs(faint.blue() - (255 * 4 + ground.blue() * 6) / 10) <= 2);
+        QVERIFY(qAbs(faint.red() - ground.red() * 6 / 10) <= 2);
     }
 
     void rowsArePartedByAHairline_data() { addThemes(); }

@@ -19,6 +19,8 @@ private slots:
     void openerGetsTheFile();
     void failureIsTold_data();
     void failureIsTold();
+    void successThatNobodyCanHaveHadIsTold_data();
+    void successThatNobodyCanHaveHadIsTold();
     void programThatFailsAfterAWhileHasOpenedTheFile();
     void missingFileIsNotHandedOver();
     void windowSaysWhatTheMatterIs_data();
@@ -42,6 +44,7 @@ DesktopTools toolsIn(const ScratchFolder& folder, const QByteArray& opener,
     tools.types = QFile::encodeName(folder.path("types"));
     // However slow the machine is.
     tools.longestFailure = std::numeric_limits<int>::max();
+    tools.longestNothing = std::numeric_limits<int>::max();
     return tools;
 }
 
@@ -95,6 +98,43 @@ void tst_Desktop::failureIsTold()
     DesktopTools missing = toolsIn(folder, "exit 0");
     missing.opener = QFile::encodeName(folder.path("no such program"));
     QCOMPARE(handOver(folder.path("a.pdf"), missing), Handover::NoOpener);
+}
+
+void tst_Desktop::successThatNobodyCanHaveHadIsTold_data()
+{
+    QTest::addColumn<QByteArray>("defaults"); // kinds that have a program
+    QTest::addColumn<QByteArray>("variable");
+    QTest::addColumn<Handover>("outcome");
+    QTest::newRow("nobody") << QByteArray("none") << QByteArray() << Handover::NoProgram;
+    QTest::newRow("a program") << QByteArray("a/b") << QByteArray() << Handover::Done;
+    QTest::newRow("a browser") << QByteArray("x-scheme-handler/http") << QByteArray()
+                               << Handover::Done;
+    QTest::newRow("a browser of the user")
+        << QByteArray("none") << QByteArray("BROWSER") << Handover::Done;
+    QTest::newRow("a desktop that may have asked")
+        << QByteArray("none") << QByteArray("XDG_CURRENT_DESKTOP") << Handover::Done;
+}
+
+void tst_Desktop::successThatNobodyCanHaveHadIsTold()
+{
+    QFETCH(QByteArray, defaults);
+    QFETCH(QByteArray, variable);
+    const ScratchFolder folder;
+    folder.write("a.pdf", "content");
+    const QByteArray types = "test $2 = filetype && echo a/b && exit\n"
+                             "test \"$3\" = '" +
+                             defaults + "' && echo viewer.desktop";
+    DesktopTools tools = toolsIn(folder, "exit 0", types);
+    for (const char* each : {"BROWSER", "XDG_CURRENT_DESKTOP"}) {
+        qunsetenv(each);
+        if (variable == each)
+            qputenv(each, "something");
+    }
+    QTEST(handOver(folder.path("a.pdf"), tools), "outcome");
+    tools.longestNothing = -1;
+    QCOMPARE(handOver(folder.path("a.pdf"), tools), Handover::Done);
+    qunsetenv("BROWSER");
+    qunsetenv("XDG_CURRENT_DESKTOP");
 }
 
 void tst_Desktop::programThatFailsAfterAWhileHasOpenedTheFile()

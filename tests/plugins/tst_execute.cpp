@@ -68,7 +68,7 @@ public:
         return texts;
     }
     /// What the title says behind the name.
-    QString state() const { return window.mainWidgetTitle().section("  ", 1); }
+    QString state() const { return window.mainWidgetTitle().section(" · ", 1); }
 
     ExecuteWindow window;
 };
@@ -105,7 +105,7 @@ void tst_Execute::outputAndStatusAreShown()
     const ScratchFolder folder;
     folder.write("a.sh", "echo out\necho err >&2\nexit 3\n");
     const Runner runner(folder.path("a.sh"));
-    QTRY_COMPARE(runner.window.mainWidgetTitle(), QString("a.sh  Exit code 3"));
+    QTRY_COMPARE(runner.window.mainWidgetTitle(), QString("a.sh · Exit code 3"));
     QCOMPARE(runner.rows(), (QStringList{"out", "err"}));
 }
 

@@ -72,22 +72,23 @@ void tst_PicView::pictureIsShownInTheMiddle()
     const QImage picture = viewer.picture();
     QCOMPARE(boundsOf(picture, Qt::red),
              QRect((picture.width() - 40) / 2, (picture.height() - 20) / 2, 40, 20));
-    QCOMPARE(viewer.title(), QString("a.png  1/1"));
+    QCOMPARE(viewer.title(), QString("a.png · 1/1"));
 }
 
 void tst_PicView::keysGoToTheNeighbours_data()
 {
     QTest::addColumn<QList<int>>("keys");
     QTest::addColumn<QString>("title");
-    QTest::newRow("Right") << QList<int>{PhoneKey::Right} << "c.png  3/3";
-    QTest::newRow("Left") << QList<int>{PhoneKey::Left} << "a.png  1/3";
-    QTest::newRow("PageDown") << QList<int>{PhoneKey::PageDown} << "c.png  3/3";
-    QTest::newRow("PageUp") << QList<int>{PhoneKey::PageUp} << "a.png  1/3";
-    QTest::newRow("4") << QList<int>{'4'} << "a.png  1/3";
-    QTest::newRow("6") << QList<int>{'6'} << "c.png  3/3";
-    QTest::newRow("past the end") << QList<int>{'6', '6'} << "a.png  1/3";
-    QTest::newRow("Up and Down do not") << QList<int>{PhoneKey::Up, PhoneKey::Down} << "b.png  2/3";
-    QTest::newRow("from an enlarged one") << QList<int>{'3', '6'} << "c.png  3/3";
+    QTest::newRow("Right") << QList<int>{PhoneKey::Right} << "c.png · 3/3";
+    QTest::newRow("Left") << QList<int>{PhoneKey::Left} << "a.png · 1/3";
+    QTest::newRow("PageDown") << QList<int>{PhoneKey::PageDown} << "c.png · 3/3";
+    QTest::newRow("PageUp") << QList<int>{PhoneKey::PageUp} << "a.png · 1/3";
+    QTest::newRow("4") << QList<int>{'4'} << "a.png · 1/3";
+    QTest::newRow("6") << QList<int>{'6'} << "c.png · 3/3";
+    QTest::newRow("past the end") << QList<int>{'6', '6'} << "a.png · 1/3";
+    QTest::newRow("Up and Down do not")
+        << QList<int>{PhoneKey::Up, PhoneKey::Down} << "b.png · 2/3";
+    QTest::newRow("from an enlarged one") << QList<int>{'3', '6'} << "c.png · 3/3";
 }
 
 void tst_PicView::keysGoToTheNeighbours()
@@ -154,7 +155,7 @@ void tst_PicView::arrowsMoveAnEnlargedPicture()
     QVERIFY(viewer.place().target().top() < before.y());
     viewer.press(PhoneKey::Up);
     QCOMPARE(viewer.place().target().topLeft(), before);
-    QCOMPARE(viewer.title(), QString("a.png  1/2"));
+    QCOMPARE(viewer.title(), QString("a.png · 1/2"));
 }
 
 void tst_PicView::zoomingBringsDetail()
@@ -179,7 +180,7 @@ void tst_PicView::brokenPictureIsToldAndLeft()
     folder.write("c.png", pictureFile({20, 20}, "png", Qt::red));
     Viewer viewer(folder.path("a.png"));
     QVERIFY(!viewer.window.area()->problem().isEmpty());
-    QCOMPARE(viewer.title(), QString("a.png  1/3"));
+    QCOMPARE(viewer.title(), QString("a.png · 1/3"));
     QVERIFY(!inkBounds(viewer.picture(), viewer.picture().rect(), Qt::black).isEmpty());
     for (const int key : {int('3'), int('5'), int('1'), int(PhoneKey::Down)})
         viewer.press(key);
@@ -269,9 +270,9 @@ void tst_PicView::arrowsMoveAFillingPictureAndGoOn()
     for (int i = 0; i < 4; ++i)
         viewer.press(PhoneKey::Right);
     QVERIFY(isPlain(viewer.screen(), WholeScreen, Qt::blue));
-    QCOMPARE(viewer.title(), QString("a.png  1/2"));
+    QCOMPARE(viewer.title(), QString("a.png · 1/2"));
     viewer.press(PhoneKey::Right);
-    QCOMPARE(viewer.title(), QString("b.png  2/2"));
+    QCOMPARE(viewer.title(), QString("b.png · 2/2"));
 }
 
 void tst_PicView::digitsTurnThePicture()
@@ -374,9 +375,9 @@ void tst_PicView::tapsOnTheSidesTurn()
     Viewer viewer(folder.path("a.png"));
     auto* area = viewer.window.area();
     QTest::mouseClick(area, Qt::LeftButton, {}, QPoint(area->width() - 10, 100));
-    QCOMPARE(viewer.title(), QString("b.png  2/2"));
+    QCOMPARE(viewer.title(), QString("b.png · 2/2"));
     QTest::mouseClick(area, Qt::LeftButton, {}, QPoint(10, 100));
-    QCOMPARE(viewer.title(), QString("a.png  1/2"));
+    QCOMPARE(viewer.title(), QString("a.png · 1/2"));
 }
 
 QUARN_TEST_MAIN(tst_PicView)

@@ -61,8 +61,8 @@ void tst_PluginWindow::titleKeepsItsDetail()
     Window window;
     window.showTitle(name, "12/34");
     const QString title = window.mainWidgetTitle();
-    QVERIFY(title.endsWith("  12/34"));
-    QCOMPARE(title == name + "  12/34", isWhole);
+    QVERIFY(title.endsWith(" · 12/34"));
+    QCOMPARE(title == name + " · 12/34", isWhole);
     QVERIFY(!title.contains('\n'));
     QVERIFY(title.size() < 60);
     window.showTitle("a", QString());

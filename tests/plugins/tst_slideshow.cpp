@@ -47,12 +47,12 @@ void tst_SlideShow::anyKeyEndsTheSlideShow_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<QString>("title");
-    QTest::newRow("#") << int('#') << "a.png  1/3";
-    QTest::newRow("left soft key") << int(PhoneKey::SoftLeft) << "a.png  1/3";
-    QTest::newRow("right soft key") << int(PhoneKey::SoftRight) << "a.png  1/3";
-    QTest::newRow("unknown") << int(PhoneKey::Hide) << "a.png  1/3";
-    QTest::newRow("next") << int('6') << "b.png  2/3";
-    QTest::newRow("Left") << int(PhoneKey::Left) << "c.png  3/3";
+    QTest::newRow("#") << int('#') << "a.png · 1/3";
+    QTest::newRow("left soft key") << int(PhoneKey::SoftLeft) << "a.png · 1/3";
+    QTest::newRow("right soft key") << int(PhoneKey::SoftRight) << "a.png · 1/3";
+    QTest::newRow("unknown") << int(PhoneKey::Hide) << "a.png · 1/3";
+    QTest::newRow("next") << int('6') << "b.png · 2/3";
+    QTest::newRow("Left") << int(PhoneKey::Left) << "c.png · 3/3";
 }
 
 void tst_SlideShow::anyKeyEndsTheSlideShow()
@@ -87,7 +87,7 @@ void tst_SlideShow::slideShowPassesOverWhatIsBroken()
     connect(show, &SlideShow::nextWanted, this, [show] { show->setInterval(Endless); });
     show->setInterval(Short);
     pressKey('#');
-    QTRY_COMPARE(viewer.title(), QString("c.png  3/3"));
+    QTRY_COMPARE(viewer.title(), QString("c.png · 3/3"));
     QTRY_COMPARE(boundsOf(viewer.picture(), Qt::green).size(), QSize(40, 20));
     QVERIFY(show->isRunning());
 }

@@ -1,4 +1,5 @@
 #include "platform/keymap.h"
+#include "platform/zskinservice.h"
 #include "plugins/support/textpane.h"
 #include "plugins/textview/textwindow.h"
 #include "tests/support/keys.h"
@@ -24,6 +25,7 @@ private slots:
     void longLinesAreSwitched_data();
     void longLinesAreSwitched();
     void longLinesAreMovedSideways();
+    void lettersThatAreCutFadeAway();
     void linesThatAreWrittenFromTheRightBeginThere();
     void longLinesFromTheRightAreMovedTheOtherWay();
     void unusableFilesGiveAMessage_data();
@@ -134,13 +136,19 @@ void tst_TextView::titleTellsHowFarOneIs()
     folder.write("notes.txt", QByteArray("line\n").repeated(1000));
     folder.write("short.txt", "line\n");
     const Viewer viewer(folder.path("notes.txt"));
-    QCOMPARE(viewer.window.mainWidgetTitle(), QString("notes.txt  %1%").arg(viewer.rows() / 10));
+    QCOMPARE(viewer.window.mainWidgetTitle(), QString("notes.txt · 0%"));
+    constexpr int Pages = 20;
+    for (int page = 0; page < Pages; ++page)
+        pressKey(PhoneKey::PageDown);
+    // The rows in view are neither above nor below.
+    const int percent = 100 * Pages * (viewer.rows() - 1) / (1000 - viewer.rows());
+    QCOMPARE(viewer.window.mainWidgetTitle(), QString("notes.txt · %1%").arg(percent));
     pressKey(EndCode);
-    QCOMPARE(viewer.window.mainWidgetTitle(), QString("notes.txt  100%"));
+    QCOMPARE(viewer.window.mainWidgetTitle(), QString("notes.txt · 100%"));
     pressKey(PhoneKey::Up);
-    QCOMPARE(viewer.window.mainWidgetTitle(), QString("notes.txt  99%"));
+    QCOMPARE(viewer.window.mainWidgetTitle(), QString("notes.txt · 99%"));
     const Viewer other(folder.path("short.txt"));
-    QCOMPARE(other.window.mainWidgetTitle(), QString("short.txt  100%"));
+    QCOMPARE(other.window.mainWidgetTitle(), QString("short.txt · 100%"));
 }
 
 void tst_TextView::pagesOverlapByARow()
@@ -201,6 +209,36 @@ void tst_TextView::longLinesAreMovedSideways()
     QVERIFY(!isPlain(end.convertToFormat(QImage::Format_RGB32), QRect(1, 1, 220, 30), Qt::white));
     pressKey('1');
     QCOMPARE(viewer.window.grab().toImage(), start);
+}
+
+void tst_TextView::lettersThatAreCutFadeAway()
+{
+    const ScratchFolder folder;
+    folder.write("long.txt", QByteArray("H").repeated(200) + '\n');
+    folder.write("right.txt", QByteArray("\u05e9").repeated(200) + '\n');
+    for (const bool fromTheRight : {false, true}) {
+        const Viewer viewer(folder.path(fromTheRight ? "right.txt" : "long.txt"));
+        const int width = viewer.window.pane()->width();
+        // Of the letters in three columns, whether there is no more than a trace.
+        const auto isCutAt = [&viewer](int first) {
+            const auto* pane = viewer.window.pane();
+            const QImage shown = viewer.window.pane()->grab().toImage();
+            int darkest = 255;
+            for (int y = 2; y < 2 + pane->fontMetrics().height(); ++y) {
+                for (int x = first; x < first + 3; ++x)
+                    darkest = std::min(darkest, qGray(shown.pixel(x, y)));
+            }
+            return darkest > 120;
+        };
+        const int left = 3;
+        const int right = width - ZSkinService::ScrollBarWidth - left - 3;
+        pressKey('0');
+        QCOMPARE(isCutAt(right), !fromTheRight);
+        QCOMPARE(isCutAt(left), fromTheRight);
+        pressKey(fromTheRight ? PhoneKey::Left : PhoneKey::Right);
+        QVERIFY(isCutAt(right));
+        QVERIFY(isCutAt(left));
+    }
 }
 
 void tst_TextView::linesThatAreWrittenFromTheRightBeginThere()

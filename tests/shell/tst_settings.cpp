@@ -35,6 +35,7 @@ private slots:
     void everyExtraIsSwitchedByItself();
     void extraThatIsNonsenseIsOffAndNamed_data();
     void extraThatIsNonsenseIsOffAndNamed();
+    void unknownExtraIsNamed();
     void extrasOfOtherGroupsDoNotCount();
     void installedFileListsAllExtras();
     void keysOfOtherGroupsDoNotCount();
@@ -324,6 +325,20 @@ void tst_Settings::extraThatIsNonsenseIsOffAndNamed()
         QVERIFY(extras == Extras());
         QCOMPARE(said.all(), QStringList("fm.cfg: " + key + ": neither 0 nor 1: " + value));
     }
+}
+
+void tst_Settings::unknownExtraIsNamed()
+{
+    const DebugLines said;
+    read("[Extras]\nFindd = 1\nStatus = 1\nfind = 1\nfind = 0\n[Setting]\nOther = 1\n");
+    QVERIFY(extras == (Extras{.status = true}));
+    QCOMPARE(said.all(), QStringList({"fm.cfg: Findd: no key of [Extras]",
+                                      "fm.cfg: find: no key of [Extras]"}));
+    QByteArray many("[Extras]\n");
+    for (int i = 0; i < 1000; ++i)
+        many += "key" + QByteArray::number(i) + "=1\n";
+    read(many);
+    QCOMPARE(said.all().size(), 12);
 }
 
 void tst_Settings::extrasOfOtherGroupsDoNotCount()

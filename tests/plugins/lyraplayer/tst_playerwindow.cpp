@@ -3,6 +3,7 @@
 #include "platform/zscreen.h"
 #include "platform/zskinservice.h"
 #include "platform/zsoftkey.h"
+#include "platform/ztheme.h"
 #include "plugins/lyraplayer/messagebar.h"
 #include "plugins/lyraplayer/nowplaying.h"
 #include "plugins/lyraplayer/player.h"
@@ -278,6 +279,10 @@ void tst_PlayerWindow::messagesAreShownAndGoWithTheNextKey()
     QTRY_VERIFY_WITH_TIMEOUT(f.plays(1), Patience);
     QVERIFY(f.message().isVisible());
     QVERIFY(f.message().text().contains("such.mp3"));
+    const QImage bar = f.picture().copy(QRect(f.message().pos(), f.message().size()));
+    QVERIFY(!boundsOf(bar.copy(0, 0, 24, bar.height()), ZTheme::current().barWarning).isEmpty());
+    QVERIFY(boundsOf(bar.copy(24, 0, bar.width() - 24, bar.height()), ZTheme::current().barWarning)
+                .isEmpty());
     pressKey(PhoneKey::Right);
     QVERIFY(!f.message().isVisible());
 }
