@@ -227,6 +227,8 @@ FileCopy::Step FileCopy::end()
         error = setModeAndTimes(to_.get(), info_);
     if (error != 0)
         return failed(Trouble::CannotKeep, error);
+    if (fstat(to_.get(), &made_) != 0)
+        return failed(Trouble::CannotWrite, errno);
     return Step::Done;
 }
 

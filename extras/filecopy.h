@@ -35,7 +35,7 @@ public:
     int error() const { return error_; }
     bool hasMade() const { return to_.isOpen(); }
     /// What the system said about the source when it was opened, and about the new file when it was
-    /// made.
+    /// made; after Done when it was whole.
     const struct stat& source() const { return info_; }
     const struct stat& made() const { return made_; }
 

@@ -8,7 +8,7 @@
 namespace
 {
 
-constexpr char Start[] = "quarn journal 1\n";
+constexpr char Start[] = "quarn journal 2\n";
 constexpr qint64 StartBytes = sizeof Start - 1;
 /// Before each record its size, behind it a sum over both.
 constexpr qint64 SizeBytes = 4;

@@ -62,6 +62,7 @@ private:
         quint64 serial = 0;
         qint64 size = 0;
         qint64 modified = 0;
+        EntryMark made;
     };
     enum class Verdict { Free, Joins, Out, Ask, Later };
 

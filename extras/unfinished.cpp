@@ -36,9 +36,9 @@ QList<ChoiceRow> choicesFor(const InterruptedOperation& found)
              {texts.takeBack,
               found.request.kind == OperationKind::Move ? texts.takeBackMove : texts.takeBackCopy,
               {}}});
-    if (found.isDamaged || !found.canTakeBack)
-        choices.append({Choice::Forget, {texts.forget, texts.forgetting, {}}});
     choices.append({Choice::Later, {texts.later, texts.laterAsks, {}}});
+    // The last: a drive that is away may come back.
+    choices.append({Choice::Forget, {texts.forget, texts.forgetting, {}}});
     return choices;
 }
 
