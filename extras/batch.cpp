@@ -242,10 +242,15 @@ void Batch::finishFolder(const BatchItem& item)
     }
     const int folder = target_.folder(item.to);
     const int error = folder < 0 ? errno : setModeAndTimes(folder, item.facts);
-    if (error != 0)
+    if (error != 0) {
         work_.fail(item.source, work_.fullTarget(item.to), Trouble::CannotKeep, error);
-    else if (item.dropsSource)
-        drops_.push_back(item);
+        return;
+    }
+    if (!item.dropsSource)
+        return;
+    // What it has got now is flushed with it, too, before its source goes.
+    noteName(item.to);
+    drops_.push_back(item);
 }
 
 void Batch::dropAll()

@@ -195,7 +195,7 @@ void Transfer::stepFile()
     case FileCopy::Step::Done:
         copied_->facts = copy_->source();
         copied_->mark = EntryMark::of(copy_->made());
-        copied_->bytes = copy_->source().st_size;
+        copied_->bytes = copy_->copied();
         copied_->flushed = copy_->flushed();
         copy_.reset();
         keep(*copied_);
