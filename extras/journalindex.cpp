@@ -31,6 +31,9 @@ JournalIndex::JournalIndex(int file) : reader_(file)
         case JournalRecord::Type::Source:
             marks_.insert(record.source, record.mark());
             break;
+        case JournalRecord::Type::Damage:
+            isDamaged_ = true;
+            break;
         case JournalRecord::Type::Place:
             folders_.append(record);
             break;

@@ -22,6 +22,8 @@ public:
     const Decisions& decisions() const { return decisions_; }
     /// What the sources were at the beginning, as far as that matters.
     const QHash<int, EntryMark>& marks() const { return marks_; }
+    /// Whether a part of it could not be read.
+    bool isDamaged() const { return isDamaged_; }
     /// The folders that entries come from and go into.
     const QList<JournalRecord>& folders() const { return folders_; }
     /// The last record about a source's entry, if it was made, moved or joined.
@@ -41,6 +43,7 @@ private:
     Decisions decisions_;
     QHash<int, EntryMark> marks_;
     QList<JournalRecord> folders_;
+    bool isDamaged_ = false;
     std::vector<qint64> places_;
     std::vector<std::pair<size_t, qint64>> byEntry_; ///< hash of the entry and the record's place
     std::vector<JournalRecord> asides_;

@@ -99,6 +99,8 @@ QByteArray JournalRecord::toBytes() const
     case Type::Aside:
         stream << to << temporary;
         break;
+    case Type::Damage:
+        break;
     case Type::Source:
     case Type::Place:
         stream << source << identity.device << identity.inode << mode << size << modified << born
@@ -136,6 +138,8 @@ bool JournalRecord::fromBytes(const QByteArray& bytes)
         break;
     case Type::Aside:
         stream >> to >> temporary;
+        break;
+    case Type::Damage:
         break;
     case Type::Source:
     case Type::Place:

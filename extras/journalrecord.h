@@ -21,7 +21,8 @@ struct JournalRecord {
         Aside,          ///< what is in the way at `to` waits under `temporary`, in the same folder
         /// A folder that entries come from or go into, also written with the request: the one that
         /// `source` lies in, or the target, which has no number.
-        Place
+        Place,
+        Damage ///< what stood here, and behind it, could not be read
     };
 
     Type type = Type::Made;

@@ -125,6 +125,11 @@ bool Operation::Private::resume(const QByteArray& path)
     work.decisions = earlier->decisions();
     work.marks = earlier->marks();
     work.temporaryPrefix = work.journal->temporaryPrefix();
+    // What it told there may have been done or not.
+    if (earlier->isDamaged())
+        work.failures.add({work.request.kind == OperationKind::Delete ? work.request.sources.first()
+                                                                      : work.request.target,
+                           Trouble::NotesDamaged, 0});
     return true;
 }
 
