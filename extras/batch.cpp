@@ -241,7 +241,9 @@ void Batch::finishFolder(const BatchItem& item)
         return;
     }
     const int folder = target_.folder(item.to);
-    const int error = folder < 0 ? errno : setModeAndTimes(folder, item.facts);
+    int error = folder < 0 ? errno : setAccessList(folder, item.accessList);
+    if (error == 0)
+        error = setModeAndTimes(folder, item.facts);
     if (error != 0) {
         work_.fail(item.source, work_.fullTarget(item.to), Trouble::CannotKeep, error);
         return;

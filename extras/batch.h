@@ -37,6 +37,7 @@ struct BatchItem {
     struct stat facts = {}; ///< of the source
     EntryMark mark;         ///< of the entry that gets the name
     std::optional<InTheWay> replaced;
+    QByteArray accessList;    ///< of a folder that is finished
     bool dropsSource = false; ///< when `to` is there for sure, the source goes
     bool isAgain = false;     ///< something took its name once before
     qint64 bytes = 0; ///< of its content, and how many of them have been written out already

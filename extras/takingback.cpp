@@ -221,8 +221,10 @@ void TakingBack::undoFolder(const JournalRecord& record)
             openat(parent, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         const bool hasTarget = target_.cursor().go(record.to);
         const struct stat facts = record.facts();
-        if (isNew && source.isOpen() && hasTarget)
+        if (isNew && source.isOpen() && hasTarget) {
             copyOwnerAndAttributes(target_.cursor().folder(), source.get(), facts);
+            setAccessList(source.get(), accessListOf(target_.cursor().folder()));
+        }
         if (source.isOpen())
             setModeAndTimes(source.get(), facts);
     }

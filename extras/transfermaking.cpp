@@ -62,9 +62,11 @@ void Transfer::makeFolder(BatchItem item, int folder)
     level.facts = item.facts;
     // What cannot be opened the walk will tell.
     FolderCursor& sources = sources_.of(item.source);
-    const int error = sources.go(item.from)
-                          ? copyOwnerAndAttributes(sources.folder(), opened.get(), item.facts)
-                          : 0;
+    int error = 0;
+    if (sources.go(item.from)) {
+        level.accessList = accessListOf(sources.folder());
+        error = copyOwnerAndAttributes(sources.folder(), opened.get(), item.facts);
+    }
     if (error != 0) {
         work_.fail(item.source, work_.progress.current, Trouble::CannotKeep, error);
         level.keepsSource = true;

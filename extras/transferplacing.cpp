@@ -1,6 +1,7 @@
 #include "extras/transfer.h"
 
 #include "extras/entryfacts.h"
+#include "extras/metadata.h"
 
 #include <cerrno>
 
@@ -99,6 +100,9 @@ bool Transfer::isDoneAlready()
         level.to = level.work = record->to;
         level.isNew = level.isKnown = true;
         level.facts = record->facts();
+        FolderCursor& sources = sources_.of(job_->source);
+        if (sources.go(walk_->path()))
+            level.accessList = accessListOf(sources.folder());
         levels_.push_back(level);
         return true;
     }
