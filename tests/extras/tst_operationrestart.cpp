@@ -75,9 +75,14 @@ void cutBeforeSourcesGo(const OperationRequest& request, const QByteArray& waite
     runToEnd(operation);
 }
 
+/// The one that there is. Whoever flushed it may still be about to let it go.
 QByteArray onlyJournal()
 {
-    const QList<InterruptedOperation> found = findJournals();
+    QList<InterruptedOperation> found;
+    static_cast<void>(QTest::qWaitFor([&found] {
+        found = findJournals();
+        return !found.isEmpty();
+    }));
     return found.size() == 1 ? found.first().journal : QByteArray();
 }
 
