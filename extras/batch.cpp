@@ -11,15 +11,16 @@ namespace
 {
 
 /// Whether an entry is what it was when it was copied.
-bool isUntouched(const struct stat& copied, const struct stat& now)
+bool isUntouched(const struct stat& copied, const struct stat& now, int folder)
 {
     const bool isSame = now.st_size == copied.st_size &&
                         (now.st_mode & S_IFMT) == (copied.st_mode & S_IFMT) &&
-                        EntryIdentity::of(now) == EntryIdentity::of(copied) &&
+                        now.st_dev == copied.st_dev &&
+                        (now.st_ino == copied.st_ino || !hasLastingNumbers(folder)) &&
                         nanoseconds(now.st_mtim) == nanoseconds(copied.st_mtim);
-    // Each other name of it that went has changed this time, and a journal does not know it.
-    const bool knowsChange = copied.st_nlink == 1 && nanoseconds(copied.st_ctim) != 0;
-    return isSame && (!knowsChange || nanoseconds(now.st_ctim) == nanoseconds(copied.st_ctim));
+    // Each other name of it that went has changed this time.
+    return isSame &&
+           (copied.st_nlink > 1 || nanoseconds(now.st_ctim) == nanoseconds(copied.st_ctim));
 }
 
 } // namespace
@@ -61,9 +62,9 @@ void Batch::record(const BatchItem& item)
     record.source = item.source;
     record.from = item.from;
     record.to = item.to;
-    record.identity = item.identity;
     record.replaces = item.replaced.has_value();
     record.setFacts(item.facts);
+    record.setMade(item.mark);
     work_.journal->add(record);
 }
 
@@ -167,7 +168,7 @@ void Batch::moveIn(const BatchItem& item)
     const QByteArray name = nameOf(item.from);
     struct stat now = {};
     const bool isThere = sources.go(parentOf(item.from)) && lookAt(sources.folder(), name, now);
-    if (isThere && EntryIdentity::of(now) != item.identity) {
+    if (isThere && !isStill(item.mark, sources.folder(), name, now)) {
         work_.fail(item.source, work_.fullSource(item.source, item.from), Trouble::SourceChanged,
                    0);
         return;
@@ -193,7 +194,7 @@ bool Batch::give(const BatchItem& item, int fromFolder, const QByteArray& name, 
     if (!item.replaced || !lookAt(folder, to, now))
         return renameToFree(fromFolder, name, folder, to);
     // Something else than what was asked about has taken its place.
-    if (EntryIdentity::of(now) != item.replaced->identity) {
+    if (!isStill(item.replaced->mark, folder, to, now)) {
         errno = EEXIST;
         return false;
     }
@@ -240,11 +241,18 @@ void Batch::finishFolder(const BatchItem& item)
         return;
     }
     const int folder = target_.folder(item.to);
-    const int error = folder < 0 ? errno : setModeAndTimes(folder, item.facts);
-    if (error != 0)
+    int error = folder < 0 ? errno : setAccessList(folder, item.accessList);
+    if (error == 0)
+        error = setModeAndTimes(folder, item.facts);
+    if (error != 0) {
         work_.fail(item.source, work_.fullTarget(item.to), Trouble::CannotKeep, error);
-    else if (item.dropsSource)
-        drops_.push_back(item);
+        return;
+    }
+    if (!item.dropsSource)
+        return;
+    // What it has got now is flushed with it, too, before its source goes.
+    noteName(item.to);
+    drops_.push_back(item);
 }
 
 void Batch::dropAll()
@@ -276,7 +284,7 @@ void Batch::drop(const BatchItem& item)
             work_.fail(item.source, path, Trouble::CannotRemove, errno);
         return;
     }
-    if (!isUntouched(item.facts, now))
+    if (!isUntouched(item.facts, now, sources.folder()))
         work_.fail(item.source, path, Trouble::SourceChanged, 0);
     else if (unlinkat(sources.folder(), name.constData(), 0) != 0 && errno != ENOENT)
         work_.fail(item.source, path, Trouble::CannotRemove, errno);

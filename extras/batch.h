@@ -15,7 +15,7 @@
 
 /// What is in the way of an entry and shall give way to it.
 struct InTheWay {
-    EntryIdentity identity;
+    EntryMark mark;
     bool isFolder = false;
 };
 
@@ -35,8 +35,9 @@ struct BatchItem {
     QByteArray workFolder;
     QByteArray temporary;
     struct stat facts = {}; ///< of the source
-    EntryIdentity identity; ///< of the entry that gets the name
+    EntryMark mark;         ///< of the entry that gets the name
     std::optional<InTheWay> replaced;
+    QByteArray accessList;    ///< of a folder that is finished
     bool dropsSource = false; ///< when `to` is there for sure, the source goes
     bool isAgain = false;     ///< something took its name once before
     qint64 bytes = 0; ///< of its content, and how many of them have been written out already

@@ -173,12 +173,17 @@ void Batch::flushNames()
 /// The folders with names that were given before.
 void Batch::addNames()
 {
-    if (hasManyNamed_)
-        flushing_->add(sameFile(target_.cursor().top()), Flushing::What::FileSystem);
+    bool needsAll = hasManyNamed_;
     for (const QByteArray& path : std::as_const(named_)) {
         const int folder = target_.folder(path);
-        flushing_->add(folder < 0 ? FileHandle() : sameFile(folder), Flushing::What::File);
+        // One that has got the permissions of its source may not be read any more.
+        if (folder < 0 && errno == EACCES)
+            needsAll = true;
+        else
+            flushing_->add(folder < 0 ? FileHandle() : sameFile(folder), Flushing::What::File);
     }
+    if (needsAll)
+        flushing_->add(sameFile(target_.cursor().top()), Flushing::What::FileSystem);
 }
 
 int Batch::errorOfNames() const

@@ -67,7 +67,7 @@ bool Deletion::nextSource()
     struct stat info = {};
     if (sources_.of(source_).go({}) &&
         lookAt(sources_.of(source_).folder(), sources_.name(source_), info) &&
-        !work_.isStill(source_, info)) {
+        !work_.isStillMeant(source_, sources_.of(source_).folder(), info)) {
         work_.fail(source_, work_.request.sources[source_], Trouble::SourceChanged, 0);
         return nextSource();
     }

@@ -1,5 +1,7 @@
 #include "extras/entrychanges.h"
 
+#include "files/filehandle.h"
+
 #include <QHashFunctions>
 
 #include <cerrno>
@@ -12,6 +14,16 @@ namespace
 
 constexpr qint64 Billion = 1000000000;
 
+/// Takes the name with an empty file or folder, so that nothing but that can be replaced then.
+bool takeName(int folder, const QByteArray& name, bool byFolder)
+{
+    if (byFolder)
+        return mkdirat(folder, name.constData(), 0700) == 0;
+    return FileHandle(openat(folder, name.constData(),
+                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600))
+        .isOpen();
+}
+
 } // namespace
 
 bool renameToFree(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to)
@@ -21,11 +33,14 @@ bool renameToFree(int fromFolder, const QByteArray& from, int toFolder, const QB
     if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP)
         return false;
     struct stat info = {};
-    if (lookAt(toFolder, to, info)) {
-        errno = EEXIST;
+    if (!lookAt(fromFolder, from, info) || !takeName(toFolder, to, S_ISDIR(info.st_mode)))
         return false;
-    }
-    return renameat(fromFolder, from.constData(), toFolder, to.constData()) == 0;
+    if (renameat(fromFolder, from.constData(), toFolder, to.constData()) == 0)
+        return true;
+    const int error = errno;
+    unlinkat(toFolder, to.constData(), S_ISDIR(info.st_mode) ? AT_REMOVEDIR : 0);
+    errno = error;
+    return false;
 }
 
 bool lookAt(int folder, const QByteArray& name, struct stat& info)

@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 
 /// Renames an entry to a name that nothing has; EEXIST if something has it. On file systems that
-/// cannot tell in one step it is looked for before. False, with errno set, if it fails.
+/// cannot tell in one step the name is taken before. False, with errno set, if it fails.
 bool renameToFree(int fromFolder, const QByteArray& from, int toFolder, const QByteArray& to);
 /// Whether a name is in use in a folder, be it by a link that leads nowhere, and by what.
 bool lookAt(int folder, const QByteArray& name, struct stat& info);

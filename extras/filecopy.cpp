@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <limits>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -16,7 +17,6 @@ namespace
 /// What is larger is written out while it is copied, what is smaller with others.
 constexpr qint64 LargeFile = 4 * 1024 * 1024;
 constexpr qint64 WorthTelling = 64 * 1024;
-constexpr qint64 MostUntold = 64 * 1024 * 1024;
 constexpr qint64 BlockBytes = 256 * 1024;
 
 bool isSame(const struct stat& one, const struct stat& other)
@@ -135,17 +135,17 @@ FileCopy::Step FileCopy::copyPiece()
         }
         at_ += copied;
     }
-    if (info_.st_size >= LargeFile && !writeOut(at_ - before))
+    if (std::max<qint64>(info_.st_size, at_) >= LargeFile && !writeOut(at_ - before))
         return failed(Trouble::CannotWrite, errno);
     pace_.notePiece(at_ - before, microsecondsNow() - started);
     return state_ == State::Ending ? this->end() : Step::More;
 }
 
-/// What grows while it is read could be followed for ever.
+/// What grows while it is read is followed no further than it was. Files that are made up while
+/// they are read do not know their size, and are read to their end, if they have one.
 qint64 FileCopy::expectedBytes() const
 {
-    // Files that the system makes up do not know their size.
-    return info_.st_size > 0 ? info_.st_size : MostUntold;
+    return info_.st_size > 0 ? info_.st_size : std::numeric_limits<qint64>::max();
 }
 
 /// Copies some bytes from here on. 0 at the end of the file, -1 with the trouble set if it fails.
@@ -227,6 +227,8 @@ FileCopy::Step FileCopy::end()
         error = setModeAndTimes(to_.get(), info_);
     if (error != 0)
         return failed(Trouble::CannotKeep, error);
+    if (fstat(to_.get(), &made_) != 0)
+        return failed(Trouble::CannotWrite, errno);
     return Step::Done;
 }
 

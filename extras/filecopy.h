@@ -30,12 +30,14 @@ public:
     qint64 flushed() const { return flushed_; }
     /// Bytes that wait in memory for sure.
     qint64 waiting() const { return at_ - flushed_; }
+    /// Bytes that have been copied; of what does not know its size no other number tells.
+    qint64 copied() const { return at_; }
     /// What went wrong, after Failed. The new file, if there is one, is the caller's to remove.
     Trouble trouble() const { return trouble_; }
     int error() const { return error_; }
     bool hasMade() const { return to_.isOpen(); }
     /// What the system said about the source when it was opened, and about the new file when it was
-    /// made.
+    /// made; after Done when it was whole.
     const struct stat& source() const { return info_; }
     const struct stat& made() const { return made_; }
 

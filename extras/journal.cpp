@@ -115,9 +115,18 @@ std::unique_ptr<Journal> Journal::resume(const QByteArray& path)
     }
     while (reader.next(record)) {
     }
+    const bool isDamaged = reader.isDamaged();
     if (ftruncate(file.get(), reader.offset()) != 0)
         return nullptr;
-    return std::unique_ptr<Journal>(new Journal(path, std::move(file)));
+    std::unique_ptr<Journal> journal(new Journal(path, std::move(file)));
+    if (isDamaged) {
+        JournalRecord damage;
+        damage.type = JournalRecord::Type::Damage;
+        journal->add(damage);
+        if (!journal->flush())
+            return nullptr;
+    }
+    return journal;
 }
 
 void Journal::add(const JournalRecord& record)

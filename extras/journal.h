@@ -19,7 +19,7 @@ public:
     static std::unique_ptr<Journal> begin(const OperationRequest& request,
                                           const QList<JournalRecord>& decisions);
     /// Goes on with one. Null, with errno set, if it is gone or another instance's (EWOULDBLOCK).
-    /// What cannot be read at its end is cut off.
+    /// What cannot be read at its end is cut off; a damage leaves a record of itself.
     static std::unique_ptr<Journal> resume(const QByteArray& path);
 
     /// Full path.

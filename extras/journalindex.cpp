@@ -29,14 +29,20 @@ JournalIndex::JournalIndex(int file) : reader_(file)
             decisions_.forAll = record.answer;
             break;
         case JournalRecord::Type::Source:
-            identities_.insert(record.source, record.identity);
+            marks_.insert(record.source, record.mark());
+            break;
+        case JournalRecord::Type::Damage:
+            isDamaged_ = true;
+            break;
+        case JournalRecord::Type::Place:
+            folders_.append(record);
             break;
         case JournalRecord::Type::Aside:
             asides_.push_back(record);
             break;
         case JournalRecord::Type::Made:
             if (record.links > 1 && S_ISREG(record.mode))
-                linked_[record.origin].append(place);
+                linked_[record.origin.inode].append(place);
             [[fallthrough]];
         case JournalRecord::Type::Moved:
         case JournalRecord::Type::Joined:

@@ -8,13 +8,17 @@
 namespace
 {
 
-constexpr char Start[] = "quarn journal 1\n";
+constexpr char Start[] = "quarn journal 2\n";
 constexpr qint64 StartBytes = sizeof Start - 1;
 /// Before each record its size, behind it a sum over both.
 constexpr qint64 SizeBytes = 4;
 constexpr qint64 SumBytes = 8;
 /// Two paths and a request of many sources fit.
-constexpr quint32 MostBytes = 256 * 1024 * 1024;
+constexpr qint64 MostBytes = 256 * 1024 * 1024;
+/// Two paths as long as the system takes them, and more.
+constexpr qint64 MostBytesOfEntry = 64 * 1024;
+/// How far behind a damage an intact record is looked for.
+constexpr qint64 MostSearched = 1024 * 1024;
 constexpr qint64 BufferBytes = 64 * 1024;
 
 /// The 64-bit sum of Fowler, Noll and Vo.
@@ -53,24 +57,48 @@ bool JournalReader::next(JournalRecord& record)
 {
     if (!isJournal_)
         return false;
-    const QByteArrayView head = bytesAt(offset_, SizeBytes);
-    if (head.size() < SizeBytes)
-        return false;
-    const auto size = qFromLittleEndian<quint32>(head.data());
-    if (size > MostBytes)
-        return false;
-    const qint64 all = SizeBytes + qint64(size) + SumBytes;
-    const QByteArrayView bytes = bytesAt(offset_, all);
-    if (bytes.size() < all)
-        return false;
-    const auto sum = qFromLittleEndian<quint64>(bytes.data() + SizeBytes + size);
-    if (sum != sumOf(bytes.first(SizeBytes + qint64(size))))
+    const qint64 size = sizeAt(offset_);
+    if (size < 0 || !isIntactAt(offset_))
         return false;
     record = {};
-    if (!record.fromBytes(bytes.sliced(SizeBytes, qint64(size)).toByteArray()))
+    const qint64 all = SizeBytes + size + SumBytes;
+    if (!record.fromBytes(bytesAt(offset_, all).sliced(SizeBytes, size).toByteArray()))
         return false;
     offset_ += all;
     return true;
+}
+
+/// Of the record that begins there; -1 if there is none of that size.
+qint64 JournalReader::sizeAt(qint64 offset)
+{
+    const QByteArrayView head = bytesAt(offset, SizeBytes);
+    const qint64 size = head.size() < SizeBytes ? -1 : qFromLittleEndian<quint32>(head.data());
+    return size > MostBytes ? -1 : size;
+}
+
+bool JournalReader::isIntactAt(qint64 offset)
+{
+    const qint64 size = sizeAt(offset);
+    const qint64 all = SizeBytes + size + SumBytes;
+    const QByteArrayView bytes = size <= 0 ? QByteArrayView() : bytesAt(offset, all);
+    return bytes.size() == all && qFromLittleEndian<quint64>(bytes.data() + SizeBytes + size) ==
+                                      sumOf(bytes.first(SizeBytes + size));
+}
+
+bool JournalReader::isDamaged()
+{
+    const qint64 end = lseek(file_, 0, SEEK_END);
+    const qint64 searched = std::min(end, offset_ + MostSearched);
+    for (qint64 place = offset_ + 1; place < searched; ++place) {
+        if (sizeAt(place) <= MostBytesOfEntry && isIntactAt(place))
+            return true;
+    }
+    const qint64 size = sizeAt(offset_);
+    if (size < 0 || offset_ + SizeBytes + size + SumBytes > end)
+        return false;
+    // A file may have got its length before what is in it.
+    const QByteArrayView last = bytesAt(end - SumBytes, SumBytes);
+    return std::any_of(last.begin(), last.end(), [](char byte) { return byte != 0; });
 }
 
 QByteArrayView JournalReader::bytesAt(qint64 offset, qint64 size)

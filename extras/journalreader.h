@@ -16,6 +16,9 @@ public:
     bool isJournal() const { return isJournal_; }
     /// The record at offset(), which then is behind it. False at the end.
     bool next(JournalRecord& record);
+    /// After next() was false: whether that is because of a damage, and not because the writing of
+    /// the last record was cut short, which loses nothing that has been done.
+    bool isDamaged();
     /// Where the next record begins, bytes; after next() was false: where what can be read ends.
     qint64 offset() const { return offset_; }
     void seek(qint64 offset) { offset_ = offset; }
@@ -27,6 +30,8 @@ public:
 private:
     /// Bytes from a place of the file, fewer at its end; valid until the next call.
     QByteArrayView bytesAt(qint64 offset, qint64 size);
+    qint64 sizeAt(qint64 offset);
+    bool isIntactAt(qint64 offset);
 
     int file_;
     bool isJournal_ = false;

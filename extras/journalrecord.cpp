@@ -50,6 +50,37 @@ struct stat JournalRecord::facts() const
     return info;
 }
 
+void JournalRecord::setMade(const EntryMark& mark)
+{
+    identity = mark.identity;
+    madeSize = mark.size;
+    madeModified = mark.modified;
+}
+
+EntryMark JournalRecord::made() const
+{
+    return {{0, identity.inode}, mode & S_IFMT, madeSize, madeModified, 0};
+}
+
+EntryMark JournalRecord::originMark() const
+{
+    return {{0, origin.inode}, mode & S_IFMT, size, modified, 0};
+}
+
+void JournalRecord::setMark(const EntryMark& mark)
+{
+    identity = mark.identity;
+    mode = mark.kind;
+    size = mark.size;
+    modified = mark.modified;
+    born = mark.born;
+}
+
+EntryMark JournalRecord::mark() const
+{
+    return {{0, identity.inode}, mode & S_IFMT, size, modified, born};
+}
+
 QByteArray JournalRecord::toBytes() const
 {
     QByteArray bytes;
@@ -68,15 +99,19 @@ QByteArray JournalRecord::toBytes() const
     case Type::Aside:
         stream << to << temporary;
         break;
+    case Type::Damage:
+        break;
     case Type::Source:
-        stream << source << identity.device << identity.inode;
+    case Type::Place:
+        stream << source << identity.device << identity.inode << mode << size << modified << born
+               << fileSystem;
         break;
     case Type::Made:
     case Type::Moved:
     case Type::Joined:
         stream << source << from << to << identity.device << identity.inode << origin.device
                << origin.inode << replaces << mode << user << group << links << size << modified
-               << accessed;
+               << accessed << madeSize << madeModified;
         break;
     }
     return bytes;
@@ -104,15 +139,19 @@ bool JournalRecord::fromBytes(const QByteArray& bytes)
     case Type::Aside:
         stream >> to >> temporary;
         break;
+    case Type::Damage:
+        break;
     case Type::Source:
-        stream >> source >> identity.device >> identity.inode;
+    case Type::Place:
+        stream >> source >> identity.device >> identity.inode >> mode >> size >> modified >> born >>
+            fileSystem;
         break;
     case Type::Made:
     case Type::Moved:
     case Type::Joined:
         stream >> source >> from >> to >> identity.device >> identity.inode >> origin.device >>
             origin.inode >> replaces >> mode >> user >> group >> links >> size >> modified >>
-            accessed;
+            accessed >> madeSize >> madeModified;
         break;
     default:
         return false;

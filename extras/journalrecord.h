@@ -1,6 +1,6 @@
 #pragma once
 
-#include "extras/entrychanges.h"
+#include "extras/entrymark.h"
 #include "extras/operationtypes.h"
 
 #include <QByteArray>
@@ -17,8 +17,12 @@ struct JournalRecord {
         Made,           ///< `to` is about to become the entry `identity`, made from `from`
         Moved,          ///< `from`, which is the entry `identity`, is about to become `to`
         Joined,         ///< the contents of the folder `from` go into `to`, which was there before
-        Source,         ///< what a source is, by `identity`; written with the request
-        Aside           ///< what is in the way at `to` waits under `temporary`, in the same folder
+        Source,         ///< what a source is; written with the request
+        Aside,          ///< what is in the way at `to` waits under `temporary`, in the same folder
+        /// A folder that entries come from or go into, also written with the request: the one that
+        /// `source` lies in, or the target, which has no number.
+        Place,
+        Damage ///< what stood here, and behind it, could not be read
     };
 
     Type type = Type::Made;
@@ -37,6 +41,12 @@ struct JournalRecord {
     qint64 size = 0;
     qint64 modified = 0;
     qint64 accessed = 0;
+    /// What the entry in the target is: not all file systems tell a time as another one does, or
+    /// know how large what they make up will be.
+    qint64 madeSize = 0;
+    qint64 madeModified = 0;
+    qint64 born = 0;        ///< of a source or a place
+    quint64 fileSystem = 0; ///< of a place: the kind of its file system, as statfs(2) gives it
 
     Answer answer = Answer::Replace;
     OperationRequest request;
@@ -45,6 +55,16 @@ struct JournalRecord {
     void setFacts(const struct stat& info);
     /// The facts as the system says them; of the other fields of stat none is set.
     struct stat facts() const;
+    /// The entry in the target, and the one that it was made from, which is only told by its size
+    /// and time: it may have been away and have come back.
+    void setMade(const EntryMark& mark);
+    EntryMark made() const;
+    EntryMark originMark() const;
+    /// Of a source or a place.
+    void setMark(const EntryMark& mark);
+    EntryMark mark() const;
+
+    static constexpr qint32 TargetPlace = -1;
 
     QByteArray toBytes() const;
     /// False if they are no record.

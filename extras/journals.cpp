@@ -74,7 +74,9 @@ InterruptedOperation look(const QByteArray& path, int file)
             record.type == JournalRecord::Type::Made || record.type == JournalRecord::Type::Moved;
         found.entriesMade += isEntry ? 1 : 0;
         found.replaced += isEntry && record.replaces ? 1 : 0;
+        found.isDamagedInPart = found.isDamagedInPart || record.type == JournalRecord::Type::Damage;
     }
+    found.isDamagedInPart = found.isDamagedInPart || reader.isDamaged();
     return found;
 }
 

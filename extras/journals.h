@@ -17,6 +17,8 @@ struct InterruptedOperation {
     /// The part that tells what was asked for cannot be read. The rest of this is empty then:
     /// nothing can be finished or taken back, only discardJournal() helps.
     bool isDamaged = false;
+    /// Or a part behind that: what it told there is not known.
+    bool isDamagedInPart = false;
     OperationRequest request;
     qint64 started = 0;     ///< nanoseconds since 1970
     qint64 entriesMade = 0; ///< how many entries it had made, renamed or was about to

@@ -11,6 +11,8 @@
 namespace
 {
 
+constexpr const char* AccessList = "system.posix_acl_access";
+
 /// What a user may not set, or a file system does not have.
 bool isRefusal(int error)
 {
@@ -78,7 +80,7 @@ bool contains(const QByteArray& names, const char* wanted)
     return found;
 }
 
-int copyAttributes(int from, int to)
+int copyAttributes(int from, int to, bool isFolder)
 {
     const QByteArray names = attributeNames(from);
     const QByteArray inherited = attributeNames(to);
@@ -89,6 +91,8 @@ int copyAttributes(int from, int to)
     });
     int error = 0;
     forEachName(names, [&](const char* name) {
+        if (isFolder && std::strcmp(name, AccessList) == 0)
+            return;
         const int failed = copyAttribute(from, to, name);
         error = error != 0 ? error : failed;
     });
@@ -119,7 +123,30 @@ int copyOwnerAndAttributes(int from, int to, const struct stat& info)
             (!isRefusal(errno) || (fchown(to, uid_t(-1), info.st_gid) != 0 && !isRefusal(errno))))
             return errno;
     }
-    return copyAttributes(from, to);
+    return copyAttributes(from, to, S_ISDIR(info.st_mode));
+}
+
+QByteArray accessListOf(int folder)
+{
+    QByteArray list;
+    ssize_t size = fgetxattr(folder, AccessList, nullptr, 0);
+    while (size > 0) {
+        list.resize(qsizetype(size));
+        size = fgetxattr(folder, AccessList, list.data(), size_t(list.size()));
+        if (size >= 0)
+            return list.left(qsizetype(size));
+        // It may have grown between the two questions.
+        size = errno == ERANGE ? fgetxattr(folder, AccessList, nullptr, 0) : 0;
+    }
+    return {};
+}
+
+int setAccessList(int folder, const QByteArray& list)
+{
+    if (list.isEmpty() ||
+        fsetxattr(folder, AccessList, list.constData(), size_t(list.size()), 0) == 0)
+        return 0;
+    return important(errno);
 }
 
 int setModeAndTimes(int to, const struct stat& info)

@@ -7,6 +7,7 @@
 #include "extras/surveyor.h"
 #include "extras/takingback.h"
 #include "extras/transfer.h"
+#include "extras/workplaces.h"
 
 #include <QRandomGenerator>
 
@@ -39,14 +40,14 @@ OperationRequest tidied(OperationRequest request)
 QList<JournalRecord> recordsOf(const Work& work)
 {
     const Decisions& decisions = work.decisions;
-    QList<JournalRecord> records;
+    QList<JournalRecord> records = placesOf(work.request);
     // Another entry that has taken a source's name by the next start must not go in its place.
     if (work.request.kind != OperationKind::Copy) {
-        for (auto one = work.identities.constBegin(); one != work.identities.constEnd(); ++one) {
+        for (auto one = work.marks.constBegin(); one != work.marks.constEnd(); ++one) {
             JournalRecord record;
             record.type = JournalRecord::Type::Source;
             record.source = one.key();
-            record.identity = one.value();
+            record.setMark(one.value());
             records.append(record);
         }
     }
@@ -84,6 +85,7 @@ public:
 
     void begin();
     bool resume(const QByteArray& path);
+    bool isWithoutPlace();
     void startWork(JournalIndex* known);
     bool stepWork();
     void end(State ended);
@@ -121,8 +123,27 @@ bool Operation::Private::resume(const QByteArray& path)
         return false;
     earlier = std::make_unique<JournalIndex>(work.journal->descriptor());
     work.decisions = earlier->decisions();
-    work.identities = earlier->identities();
+    work.marks = earlier->marks();
     work.temporaryPrefix = work.journal->temporaryPrefix();
+    // What it told there may have been done or not.
+    if (earlier->isDamaged())
+        work.failures.add({work.request.kind == OperationKind::Delete ? work.request.sources.first()
+                                                                      : work.request.target,
+                           Trouble::NotesDamaged, 0});
+    return true;
+}
+
+/// Nothing can be done while a drive is away. The journal stays for when it is back.
+bool Operation::Private::isWithoutPlace()
+{
+    const QList<Failure> missing = missingPlaces(*earlier);
+    if (missing.isEmpty())
+        return false;
+    for (const Failure& one : missing)
+        work.failures.add(one);
+    work.outcomes.fill(SourceOutcome::Failed);
+    work.journal.reset();
+    state = State::Finished;
     return true;
 }
 
@@ -220,6 +241,8 @@ std::unique_ptr<Operation> Operation::finish(const QByteArray& journal)
     auto own = std::make_unique<Private>(*request);
     if (!own->resume(journal))
         return nullptr;
+    if (own->isWithoutPlace())
+        return std::unique_ptr<Operation>(new Operation(std::move(own)));
     if (request->kind != OperationKind::Delete) {
         TargetFolder target(request->target, own->work.temporaryPrefix);
         if (target.isOpen())
@@ -240,6 +263,8 @@ std::unique_ptr<Operation> Operation::takeBack(const QByteArray& journal)
     auto own = std::make_unique<Private>(*request);
     if (!own->resume(journal))
         return nullptr;
+    if (own->isWithoutPlace())
+        return std::unique_ptr<Operation>(new Operation(std::move(own)));
     own->takingBack = std::make_unique<TakingBack>(own->work, *own->earlier);
     own->estimate = std::make_unique<Estimate>(own->work.progress.entriesTotal);
     own->state = State::Working;
@@ -273,7 +298,7 @@ Operation::State Operation::step(int milliseconds)
     if (own_->surveyor != nullptr)
         own_->survey = own_->surveyor->result();
     if (own_->surveyor != nullptr && own_->state != State::Surveying) {
-        own_->work.identities = own_->surveyor->identities();
+        own_->work.marks = own_->surveyor->marks();
         own_->surveyor.reset();
     }
     if (own_->state == State::Working) {

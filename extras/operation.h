@@ -32,8 +32,10 @@ public:
 
     /// Goes on with what a journal tells, to the same end as if nothing had happened. What had been
     /// answered is kept. Begins in Working, after a look at what is done already; so survey() is
-    /// empty and totals grow while it works. Null, with errno set, if the journal is damaged at its
-    /// beginning (EBADMSG), is another instance's (EWOULDBLOCK) or cannot be read.
+    /// empty and totals grow while it works. Where a folder that it works in is away, as one on a
+    /// drive may be, it has ended at once, tells that, and the journal stays. Null, with errno set,
+    /// if the journal is damaged at its beginning (EBADMSG), is another instance's (EWOULDBLOCK) or
+    /// cannot be read.
     static std::unique_ptr<Operation> finish(const QByteArray& journal);
     /// Undoes what a journal tells, as far as that can be: removes what was made, moves back what
     /// was moved. What somebody has changed since stays and is among the failures, as is each

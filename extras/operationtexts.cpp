@@ -139,6 +139,8 @@ QString troubleText(Trouble trouble)
         return texts.keepFailed;
     case Trouble::Replaced:
         return texts.replacedOne;
+    case Trouble::NotesDamaged:
+        return texts.damaged;
     case Trouble::SourceChanged:
     case Trouble::ChangedSince:
         break;

@@ -63,8 +63,9 @@ enum class Trouble {
     CannotKeep,    ///< owner, mode, times or extended attributes cannot be written
     SourceChanged, ///< it was written to while it was read, twice, or before it could be removed
     // While something is taken back.
-    Replaced,    ///< it took the place of another one, which cannot come back
-    ChangedSince ///< somebody has written to it since; it stays
+    Replaced,     ///< it took the place of another one, which cannot come back
+    ChangedSince, ///< somebody has written to it since; it stays
+    NotesDamaged  ///< the journal tells no more from some place on; what it told there is not known
 };
 
 /// What cannot or could not be done with one entry.

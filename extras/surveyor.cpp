@@ -88,7 +88,8 @@ void Surveyor::see()
     const bool isFolder = S_ISDIR(walk_->info().st_mode);
     const bool isTop = levels_.size() == 1;
     if (isTop)
-        identities_.insert(source_, EntryIdentity::of(walk_->info()));
+        marks_.insert(source_,
+                      EntryMark::withBirth(walk_->folder(), nameOf(walk_->path()), walk_->info()));
     const QByteArray name =
         isTop && !work_.request.newName.isEmpty() ? work_.request.newName : nameOf(walk_->path());
     if (deletes() || target_ == nullptr || !target_->isOpen()) {

@@ -22,7 +22,7 @@ public:
     bool step();
     const SurveyResult& result() const { return result_; }
     /// What each source was, by its place among them.
-    const QHash<int, EntryIdentity>& identities() const { return identities_; }
+    const QHash<int, EntryMark>& marks() const { return marks_; }
 
 private:
     /// A folder on the way, and the one in the target that its contents would join.
@@ -45,7 +45,7 @@ private:
 
     const Work& work_;
     SurveyResult result_;
-    QHash<int, EntryIdentity> identities_;
+    QHash<int, EntryMark> marks_;
     SourceFolders sources_;
     std::unique_ptr<TargetFolder> target_;
     int source_ = -1;

@@ -4,10 +4,13 @@
 #include "extras/metadata.h"
 #include "extras/treewalk.h"
 
+#include <QSet>
+
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 TakingBack::TakingBack(Work& work, JournalIndex& earlier)
     : work_(work),
@@ -22,8 +25,7 @@ TakingBack::TakingBack(Work& work, JournalIndex& earlier)
 bool TakingBack::step()
 {
     if (isCancelled_) {
-        if (copy_ != nullptr)
-            removeMade({});
+        abandonReturn();
         return false;
     }
     if (!hasBegun_) {
@@ -34,6 +36,10 @@ bool TakingBack::step()
     }
     if (copy_ != nullptr) {
         stepCopy();
+        return true;
+    }
+    if (returning_) {
+        stepReturn();
         return true;
     }
     if (next_ == 0)
@@ -49,10 +55,17 @@ bool TakingBack::isFlushed()
     constexpr int WaitMilliseconds = 10;
     if (!flushing_) {
         flushing_.emplace();
-        for (const int top : {target_.cursor().top(), sources_.of(0).top()}) {
-            if (top >= 0)
-                flushing_->add(sameFile(top), Flushing::What::FileSystem);
-        }
+        QSet<quint64> devices;
+        const auto add = [this, &devices](int top) {
+            struct stat info = {};
+            if (top < 0 || fstat(top, &info) != 0 || devices.contains(info.st_dev))
+                return;
+            devices.insert(info.st_dev);
+            flushing_->add(sameFile(top), Flushing::What::FileSystem);
+        };
+        add(target_.cursor().top());
+        for (int source = 0; source < int(work_.request.sources.size()); ++source)
+            add(work_.isUsable(source) ? sources_.of(source).top() : -1);
         flushing_->start();
     }
     return flushing_->isDone(WaitMilliseconds);
@@ -70,10 +83,14 @@ void TakingBack::undo(const JournalRecord& record)
     noteReturned(record);
     struct stat made = {};
     const int folder = target_.folder(parentOf(record.to));
-    // It never got its name, or has gone since.
-    if (folder < 0 || !lookAt(folder, nameOf(record.to), made) ||
-        EntryIdentity::of(made) != record.identity)
+    if (folder < 0 || !lookAt(folder, nameOf(record.to), made)) {
+        tellGone(record, errno);
         return;
+    }
+    if (!isOurs(record, made, folder)) {
+        tellOther(record);
+        return;
+    }
     if (record.replaces)
         fail(record, Trouble::Replaced, 0);
     if (record.type == JournalRecord::Type::Moved)
@@ -84,13 +101,43 @@ void TakingBack::undo(const JournalRecord& record)
         undoMade(record, made);
 }
 
+bool TakingBack::isOurs(const JournalRecord& record, const struct stat& made, int folder)
+{
+    // What has only been renamed goes back whatever was written to it.
+    if (record.type == JournalRecord::Type::Moved && made.st_ino == record.identity.inode &&
+        hasLastingNumbers(folder))
+        return (made.st_mode & S_IFMT) == (record.mode & S_IFMT);
+    return isThat(record.made(), made, folder);
+}
+
+/// There is nothing to undo: it never got its name, or somebody has taken it away since. Of what
+/// was moved that is told if it is not in its old place, either.
+void TakingBack::tellGone(const JournalRecord& record, int error)
+{
+    const bool isMove = work_.request.kind == OperationKind::Move;
+    if (error != ENOENT && error != ENOTDIR)
+        fail(record, Trouble::CannotRead, error);
+    else if (isMove && originOf(record) == Origin::Nothing)
+        fail(record, Trouble::Missing, ENOENT);
+}
+
+/// What has the name is another one, or has been changed, and stays.
+void TakingBack::tellOther(const JournalRecord& record)
+{
+    const bool isMove = work_.request.kind == OperationKind::Move;
+    // What was to be replaced is still there: nothing has happened.
+    const bool mayBeFromBefore = record.replaces || record.type == JournalRecord::Type::Moved;
+    if (!mayBeFromBefore || (isMove && originOf(record) == Origin::Nothing))
+        fail(record, Trouble::ChangedSince, 0);
+}
+
 /// Of a file with several names that have gone all come back to one file: to the one that still has
 /// a name, or has got it back already.
 void TakingBack::noteReturned(const JournalRecord& record)
 {
     if (work_.request.kind == OperationKind::Move && record.links > 1 && S_ISREG(record.mode) &&
-        hasSource(record))
-        returned_.insert(record.identity, {record.source, record.from});
+        originOf(record) == Origin::Itself)
+        back_.insert(record.identity.inode, {record.source, record.from});
 }
 
 /// A name that one of the names of a file can be linked to when it comes back.
@@ -98,18 +145,17 @@ std::optional<TakingBack::Name> TakingBack::otherName(const JournalRecord& recor
 {
     if (!S_ISREG(record.mode) || record.links < 2)
         return std::nullopt;
-    const auto known = returned_.constFind(record.identity);
-    if (known != returned_.constEnd())
+    const auto known = back_.constFind(record.identity.inode);
+    if (known != back_.constEnd())
         return *known;
     if (!stayed_)
         findStayed();
-    const auto stayed = stayed_->constFind(record.origin);
+    const auto stayed = stayed_->constFind(record.origin.inode);
     struct stat now = {};
     // Another file may have got its number meanwhile.
     if (stayed == stayed_->constEnd() || !sources_.of(stayed->source).go(parentOf(stayed->from)) ||
         !lookAt(sources_.of(stayed->source).folder(), nameOf(stayed->from), now) ||
-        EntryIdentity::of(now) != record.origin || now.st_size != record.size ||
-        nanoseconds(now.st_mtim) != record.modified)
+        !isThat(record.originMark(), now, sources_.of(stayed->source).folder()))
         return std::nullopt;
     return *stayed;
 }
@@ -123,9 +169,9 @@ void TakingBack::findStayed()
             continue;
         TreeWalk walk(sources_.of(source), sources_.name(source));
         for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::Ended; step = walk.next()) {
-            const EntryIdentity identity = EntryIdentity::of(walk.info());
-            if (step == TreeWalk::Step::Entry && earlier_.linked().contains(identity))
-                stayed_->insert(identity, {source, walk.path()});
+            const quint64 number = walk.info().st_ino;
+            if (step == TreeWalk::Step::Entry && earlier_.linked().contains(number))
+                stayed_->insert(number, {source, walk.path()});
         }
     }
 }
@@ -145,19 +191,22 @@ bool TakingBack::linkBack(const JournalRecord& record, int into, const QByteArra
 
 void TakingBack::undoMade(const JournalRecord& record, const struct stat& made)
 {
-    const bool goesBack = work_.request.kind == OperationKind::Move && !hasSource(record);
-    if (goesBack) {
+    const bool isMove = work_.request.kind == OperationKind::Move;
+    const Origin origin = originOf(record);
+    if (isMove && origin == Origin::Nothing)
         copyBack(record, made);
-        return;
-    }
+    // Another one has the name that it would get: it stays where it is.
+    else if (isMove && origin == Origin::Another)
+        fail(record, Trouble::CannotRename, EEXIST);
     // Without it there would be nothing of that name, and the other one does not come back.
-    if (record.replaces)
+    else if (record.replaces)
         return;
-    if (S_ISREG(made.st_mode) &&
-        (made.st_size != record.size || nanoseconds(made.st_mtim) != record.modified))
-        fail(record, Trouble::ChangedSince, 0);
-    else
+    else if (origin == Origin::Itself)
         unmake(record);
+    // It may be the only one there is by now.
+    else
+        work_.fail(record.source, work_.fullSource(record.source, record.from),
+                   origin == Origin::Nothing ? Trouble::Missing : Trouble::SourceChanged, 0);
 }
 
 /// A folder comes after all that was in it.
@@ -172,8 +221,10 @@ void TakingBack::undoFolder(const JournalRecord& record)
             openat(parent, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         const bool hasTarget = target_.cursor().go(record.to);
         const struct stat facts = record.facts();
-        if (isNew && source.isOpen() && hasTarget)
+        if (isNew && source.isOpen() && hasTarget) {
             copyOwnerAndAttributes(target_.cursor().folder(), source.get(), facts);
+            setAccessList(source.get(), accessListOf(target_.cursor().folder()));
+        }
         if (source.isOpen())
             setModeAndTimes(source.get(), facts);
     }
@@ -205,10 +256,12 @@ void TakingBack::copyBack(const JournalRecord& record, const struct stat& made)
         return;
     }
     if (S_ISREG(made.st_mode)) {
-        returning_ = Return{record, temporary};
+        returning_ = Return{record, temporary, false};
         copy_ = std::make_unique<FileCopy>(nameOf(record.to), made, target_.pace());
-        if (copy_->start(folder, back, temporary) == FileCopy::Step::Failed)
-            removeMade(record);
+        if (copy_->start(folder, back, temporary) == FileCopy::Step::Failed) {
+            fail(record, copy_->trouble(), copy_->error());
+            abandonReturn();
+        }
     } else if (remakeSpecial(record, back, temporary)) {
         placeBack(record, temporary);
     }
@@ -241,42 +294,75 @@ void TakingBack::stepCopy()
     case FileCopy::Step::More:
         break;
     case FileCopy::Step::Failed:
-        removeMade(returning_->record);
+        fail(returning_->record, copy_->trouble(), copy_->error());
+        abandonReturn();
         break;
-    case FileCopy::Step::Done: {
+    case FileCopy::Step::Done:
         copy_.reset();
-        const Return done = *returning_;
-        returning_.reset();
-        placeBack(done.record, done.temporary);
+        placeBack(JournalRecord(returning_->record), QByteArray(returning_->temporary));
         break;
-    }
     }
 }
 
-/// What is whole in its old place under a temporary name gets its old name, and its copy goes.
+/// What is whole in its old place under a temporary name gets its old name when it is on the
+/// medium, and its copy goes when that is there, too.
 void TakingBack::placeBack(const JournalRecord& record, const QByteArray& temporary)
 {
+    returning_ = Return{record, temporary, false};
     const int folder = sourceFolder(record);
-    if (folder < 0 || !flushAll(folder) ||
-        !renameToFree(folder, temporary, folder, nameOf(record.from))) {
+    FileHandle file(folder < 0 || !S_ISREG(record.mode)
+                        ? -1
+                        : openat(folder, temporary.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    returned_.emplace();
+    // What cannot be opened is flushed with all others.
+    if (file.isOpen())
+        returned_->add(std::move(file), Flushing::What::File);
+    else
+        returned_->add(folder < 0 ? FileHandle() : sameFile(folder), Flushing::What::FileSystem);
+    returned_->start();
+}
+
+void TakingBack::stepReturn()
+{
+    constexpr int WaitMilliseconds = 10;
+    if (!returned_->isDone(WaitMilliseconds))
+        return;
+    const int error = returned_->error(0);
+    if (error != 0) {
+        fail(returning_->record, Trouble::CannotWrite, error);
+        abandonReturn();
+    } else if (!returning_->hasName) {
+        giveNameBack();
+    } else {
+        const JournalRecord record = returning_->record;
+        returned_.reset();
+        returning_.reset();
+        unmake(record);
+    }
+}
+
+void TakingBack::giveNameBack()
+{
+    const JournalRecord& record = returning_->record;
+    const int folder = sourceFolder(record);
+    if (folder < 0 || !renameToFree(folder, returning_->temporary, folder, nameOf(record.from))) {
         fail(record, Trouble::CannotRename, errno);
-        if (folder >= 0)
-            unlinkat(folder, temporary.constData(), 0);
+        abandonReturn();
         return;
     }
     if (record.links > 1 && S_ISREG(record.mode))
-        returned_.insert(record.identity, {record.source, record.from});
-    // Its name has to be there for sure.
-    if (flushAll(folder))
-        unmake(record);
+        back_.insert(record.identity.inode, {record.source, record.from});
+    returning_->hasName = true;
+    returned_.emplace();
+    returned_->add(sameFile(folder), Flushing::What::File);
+    returned_->start();
 }
 
-/// Removes a half copy on its way back.
-void TakingBack::removeMade(const JournalRecord& record)
+/// What is on its way back stays where it is; what has its old name already keeps that, too.
+void TakingBack::abandonReturn()
 {
-    if (!record.from.isEmpty())
-        fail(record, copy_->trouble(), copy_->error());
-    const bool hasMade = copy_->hasMade();
+    returned_.reset();
+    const bool hasMade = copy_ != nullptr ? copy_->hasMade() : returning_ && !returning_->hasName;
     copy_.reset();
     const int folder = hasMade ? sourceFolder(returning_->record) : -1;
     if (folder >= 0)
@@ -317,11 +403,14 @@ int TakingBack::sourceFolder(const JournalRecord& record)
     return sources.go(parent) ? sources.folder() : -1;
 }
 
-bool TakingBack::hasSource(const JournalRecord& record)
+/// What has come back has another number than it had.
+TakingBack::Origin TakingBack::originOf(const JournalRecord& record)
 {
     FolderCursor& sources = sources_.of(record.source);
     struct stat info = {};
-    return sources.go(parentOf(record.from)) && lookAt(sources.folder(), nameOf(record.from), info);
+    if (!sources.go(parentOf(record.from)) || !lookAt(sources.folder(), nameOf(record.from), info))
+        return errno == ENOENT ? Origin::Nothing : Origin::Another;
+    return isUnchanged(record.originMark(), info) ? Origin::Itself : Origin::Another;
 }
 
 void TakingBack::fail(const JournalRecord& record, Trouble trouble, int error)

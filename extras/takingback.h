@@ -30,7 +30,10 @@ private:
     struct Return {
         JournalRecord record;
         QByteArray temporary;
+        bool hasName = false; ///< that it had; what has been made of it may go soon
     };
+    /// What is where something came from.
+    enum class Origin { Itself, Nothing, Another };
     /// A name in the folder of a source.
     struct Name {
         int source = 0;
@@ -39,6 +42,9 @@ private:
 
     bool isFlushed();
     void undo(const JournalRecord& record);
+    bool isOurs(const JournalRecord& record, const struct stat& made, int folder);
+    void tellGone(const JournalRecord& record, int error);
+    void tellOther(const JournalRecord& record);
     void noteReturned(const JournalRecord& record);
     void undoMade(const JournalRecord& record, const struct stat& made);
     void undoFolder(const JournalRecord& record);
@@ -49,11 +55,13 @@ private:
     void copyBack(const JournalRecord& record, const struct stat& made);
     void stepCopy();
     void placeBack(const JournalRecord& record, const QByteArray& temporary);
+    void stepReturn();
+    void giveNameBack();
+    void abandonReturn();
     bool remakeSpecial(const JournalRecord& record, int folder, const QByteArray& temporary);
-    void removeMade(const JournalRecord& record);
     void unmake(const JournalRecord& record);
     int sourceFolder(const JournalRecord& record);
-    bool hasSource(const JournalRecord& record);
+    Origin originOf(const JournalRecord& record);
     void fail(const JournalRecord& record, Trouble trouble, int error);
 
     Work& work_;
@@ -64,10 +72,11 @@ private:
     std::unique_ptr<FileCopy> copy_;
     std::optional<Flushing> flushing_; ///< at the end
     std::optional<Return> returning_;
+    std::optional<Flushing> returned_; ///< of what is returning
     /// Files with several names: those that are back, by what they were in the target, and those
     /// that have a name in the sources of which no journal tells, by what they are.
-    QHash<EntryIdentity, Name> returned_;
-    std::optional<QHash<EntryIdentity, Name>> stayed_;
+    QHash<quint64, Name> back_;
+    std::optional<QHash<quint64, Name>> stayed_;
     quint64 count_ = 0;
     bool hasBegun_ = false;
     bool isCancelled_ = false;

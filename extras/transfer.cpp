@@ -142,6 +142,7 @@ void Transfer::leave()
     BatchItem item =
         itemFor(level.isNew ? BatchItem::Kind::FinishFolder : BatchItem::Kind::Drop, level.to);
     item.facts = level.facts;
+    item.accessList = level.accessList;
     item.dropsSource = isMove && !level.keepsSource;
     if (level.isNew || isMove)
         batch_.add(item);
@@ -156,6 +157,7 @@ void Transfer::leaveAll()
         if (levels_.back().isNew && !levels_.back().isLost) {
             BatchItem item = itemFor(BatchItem::Kind::FinishFolder, levels_.back().to);
             item.facts = levels_.back().facts;
+            item.accessList = levels_.back().accessList;
             batch_.add(item);
         }
         levels_.pop_back();

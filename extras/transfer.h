@@ -53,6 +53,7 @@ private:
         bool keepsSource = false; ///< not all that the source has could be kept
         bool isLost = false;      ///< it did not get its name; what is in it is passed over
         struct stat facts = {};
+        QByteArray accessList; ///< that it gets at the end
     };
     /// Where a file with several names is.
     struct Linked {
@@ -62,6 +63,7 @@ private:
         quint64 serial = 0;
         qint64 size = 0;
         qint64 modified = 0;
+        EntryMark made;
     };
     enum class Verdict { Free, Joins, Out, Ask, Later };
 

@@ -62,14 +62,16 @@ void Transfer::makeFolder(BatchItem item, int folder)
     level.facts = item.facts;
     // What cannot be opened the walk will tell.
     FolderCursor& sources = sources_.of(item.source);
-    const int error = sources.go(item.from)
-                          ? copyOwnerAndAttributes(sources.folder(), opened.get(), item.facts)
-                          : 0;
+    int error = 0;
+    if (sources.go(item.from)) {
+        level.accessList = accessListOf(sources.folder());
+        error = copyOwnerAndAttributes(sources.folder(), opened.get(), item.facts);
+    }
     if (error != 0) {
         work_.fail(item.source, work_.progress.current, Trouble::CannotKeep, error);
         level.keepsSource = true;
     }
-    item.identity = EntryIdentity::of(made);
+    item.mark = EntryMark::of(made);
     batch_.add(item);
     levels_.push_back(level);
 }
@@ -88,10 +90,14 @@ bool Transfer::makeLink(BatchItem& item)
     struct stat made = {};
     // A file system without such links gets another file.
     if (from < 0 || !into.isOpen() ||
-        linkat(from, name.constData(), into.get(), item.temporary.constData(), 0) != 0 ||
-        !lookAt(into.get(), item.temporary, made))
+        linkat(from, name.constData(), into.get(), item.temporary.constData(), 0) != 0)
         return false;
-    item.identity = EntryIdentity::of(made);
+    // What was made may never have got that name, or have lost it to another one since.
+    if (!lookAt(into.get(), item.temporary, made) || !isThat(linked->made, made, into.get())) {
+        unlinkat(into.get(), item.temporary.constData(), 0);
+        return false;
+    }
+    item.mark = EntryMark::of(made);
     return true;
 }
 
@@ -116,11 +122,13 @@ std::optional<Transfer::Linked> Transfer::linkedFor(const struct stat& info)
 QHash<EntryIdentity, Transfer::Linked>::const_iterator
 Transfer::linkedEarlier(const EntryIdentity& identity)
 {
-    for (const qint64 place : earlier_->linked().value(identity)) {
+    for (const qint64 place : earlier_->linked().value(identity.inode)) {
         const JournalRecord record = earlier_->at(place);
         struct stat made = {};
         if (isAt(record, made))
-            return links_.insert(identity, {record.to, {}, {}, 0, record.size, record.modified});
+            return links_.insert(
+                identity,
+                {record.to, {}, {}, 0, record.size, record.modified, EntryMark::of(made)});
     }
     return links_.constEnd();
 }
@@ -156,7 +164,7 @@ bool Transfer::makeSpecial(BatchItem& item, int folder)
         unlinkat(folder, name, 0);
         return false;
     }
-    item.identity = EntryIdentity::of(made);
+    item.mark = EntryMark::of(made);
     return true;
 }
 
@@ -188,8 +196,8 @@ void Transfer::stepFile()
         break;
     case FileCopy::Step::Done:
         copied_->facts = copy_->source();
-        copied_->identity = EntryIdentity::of(copy_->made());
-        copied_->bytes = copy_->source().st_size;
+        copied_->mark = EntryMark::of(copy_->made());
+        copied_->bytes = copy_->copied();
         copied_->flushed = copy_->flushed();
         copy_.reset();
         keep(*copied_);
@@ -205,6 +213,6 @@ void Transfer::keep(BatchItem item)
     if (S_ISREG(item.facts.st_mode) && item.facts.st_nlink > 1)
         links_.insert(EntryIdentity::of(item.facts),
                       {item.to, item.workFolder, item.temporary, batch_.serial(),
-                       item.facts.st_size, nanoseconds(item.facts.st_mtim)});
+                       item.facts.st_size, nanoseconds(item.facts.st_mtim), item.mark});
     batch_.add(std::move(item));
 }

@@ -1,6 +1,7 @@
 #include "extras/transfer.h"
 
 #include "extras/entryfacts.h"
+#include "extras/metadata.h"
 
 #include <cerrno>
 
@@ -60,7 +61,7 @@ bool Transfer::isRefused(const QByteArray& to)
 {
     const struct stat& info = walk_->info();
     const bool isTop = levels_.size() == 1 && walk_->path() == sources_.name(job_->source);
-    if (isTop && !work_.isStill(job_->source, info))
+    if (isTop && !work_.isStillMeant(job_->source, walk_->folder(), info))
         refuse(Trouble::SourceChanged, 0);
     else if (!target_.limits().takesName(nameOf(to)))
         refuse(Trouble::BadName, 0);
@@ -84,21 +85,30 @@ bool Transfer::isDoneAlready()
     struct stat made = {};
     if (!isAt(*record, made) || (made.st_mode & S_IFMT) != (walk_->info().st_mode & S_IFMT))
         return false;
+    // Where numbers do not last, what was to be replaced cannot be told from a successor that is
+    // like it: it is replaced once more.
+    if (record->replaces && !hasLastingNumbers(target_.cursor().top()))
+        return false;
+    const bool isMove = work_.request.kind == OperationKind::Move;
+    if (isMove && !isUnchanged(record->originMark(), walk_->info())) {
+        refuse(Trouble::SourceChanged, 0);
+        return true;
+    }
     ++work_.progress.entriesDone;
     if (S_ISDIR(made.st_mode)) {
         Level level;
         level.to = level.work = record->to;
         level.isNew = level.isKnown = true;
         level.facts = record->facts();
+        FolderCursor& sources = sources_.of(job_->source);
+        if (sources.go(walk_->path()))
+            level.accessList = accessListOf(sources.folder());
         levels_.push_back(level);
         return true;
     }
     work_.progress.bytesDone += S_ISREG(made.st_mode) ? walk_->info().st_size : 0;
-    if (work_.request.kind == OperationKind::Move) {
-        BatchItem item = itemFor(BatchItem::Kind::Drop, record->to);
-        item.facts = record->facts();
-        batch_.add(item);
-    }
+    if (isMove)
+        batch_.add(itemFor(BatchItem::Kind::Drop, record->to));
     return true;
 }
 
@@ -106,8 +116,13 @@ bool Transfer::isDoneAlready()
 bool Transfer::isAt(const JournalRecord& record, struct stat& made)
 {
     const int folder = target_.folder(parentOf(record.to));
-    return folder >= 0 && lookAt(folder, nameOf(record.to), made) &&
-           EntryIdentity::of(made) == record.identity;
+    if (folder < 0 || !lookAt(folder, nameOf(record.to), made))
+        return false;
+    // What is only renamed may be written to by then.
+    if (record.type == JournalRecord::Type::Moved && made.st_ino == record.identity.inode &&
+        hasLastingNumbers(folder))
+        return (made.st_mode & S_IFMT) == (record.mode & S_IFMT);
+    return isThat(record.made(), made, folder);
 }
 
 /// What is at the place. After Free it may be another one than before, or what is there gives way.
@@ -170,7 +185,7 @@ Transfer::Verdict Transfer::decide(QByteArray& to, int folder, const struct stat
         refuse(Trouble::IntoItself, 0);
         return Verdict::Out;
     }
-    replaced = InTheWay{EntryIdentity::of(there), S_ISDIR(there.st_mode)};
+    replaced = InTheWay{EntryMark::of(there), S_ISDIR(there.st_mode)};
     return Verdict::Free;
 }
 
@@ -216,7 +231,7 @@ BatchItem Transfer::itemFor(BatchItem::Kind kind, const QByteArray& to) const
     item.from = walk_->path();
     item.to = to;
     item.facts = walk_->info();
-    item.identity = EntryIdentity::of(item.facts);
+    item.mark = EntryMark::of(item.facts);
     item.isAgain = job_->isAgain;
     return item;
 }

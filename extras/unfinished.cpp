@@ -36,9 +36,9 @@ QList<ChoiceRow> choicesFor(const InterruptedOperation& found)
              {texts.takeBack,
               found.request.kind == OperationKind::Move ? texts.takeBackMove : texts.takeBackCopy,
               {}}});
-    if (found.isDamaged || !found.canTakeBack)
-        choices.append({Choice::Forget, {texts.forget, texts.forgetting, {}}});
     choices.append({Choice::Later, {texts.later, texts.laterAsks, {}}});
+    // The last: a drive that is away may come back.
+    choices.append({Choice::Forget, {texts.forget, texts.forgetting, {}}});
     return choices;
 }
 
@@ -57,6 +57,8 @@ QStringList linesFor(const InterruptedOperation& found)
                      filledText(texts.entries, QString::number(found.request.sources.size())));
     if (found.request.kind != OperationKind::Delete)
         lines.append(ZListRowPainter::visibleText(decodeName(found.request.target)));
+    if (found.isDamagedInPart)
+        lines.append(texts.damaged);
     if (found.replaced > 0 && found.canTakeBack)
         lines.append(filledText(texts.replacedStay, QString::number(found.replaced)));
     return lines;

@@ -19,10 +19,11 @@ bool Work::isUsable(int source) const
     return path.startsWith('/') && !name.isEmpty() && name != "." && name != "..";
 }
 
-bool Work::isStill(int source, const struct stat& info) const
+bool Work::isStillMeant(int source, int folder, const struct stat& info) const
 {
-    const EntryIdentity now = EntryIdentity::of(info);
-    return identities.value(source, now) == now;
+    const auto mark = marks.constFind(source);
+    return mark == marks.constEnd() ||
+           isStill(*mark, folder, nameOf(request.sources[source]), info);
 }
 
 QByteArray Work::fullSource(int source, const QByteArray& from) const

@@ -28,7 +28,7 @@ struct Work {
 
     OperationRequest request;
     Decisions decisions;
-    QHash<int, EntryIdentity> identities; ///< what the sources were when they were looked at
+    QHash<int, EntryMark> marks; ///< what the sources were when they were looked at
     OperationProgress progress;
     Listed<Failure> failures;
     QList<SourceOutcome> outcomes;
@@ -43,8 +43,9 @@ struct Work {
     /// Whether a source is the path of an entry: absolute, and its last name is one. What is not
     /// has failed from the beginning.
     bool isUsable(int source) const;
-    /// Whether a source is what it was when it was looked at, if it was.
-    bool isStill(int source, const struct stat& info) const;
+    /// Whether a source, which is in that open folder, is what it was when it was looked at, if it
+    /// was.
+    bool isStillMeant(int source, int folder, const struct stat& info) const;
     void fail(int source, const QByteArray& path, Trouble trouble, int error);
     void leaveOut(int source);
     bool hasLost(int source) const;

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <cstdio>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -53,6 +54,9 @@ struct Faults {
     bool knowsNoReplace = true;
     bool separatesFolders = false;
     std::optional<quint64> kind;
+    std::function<void()> beforeReplacing;
+    bool hidesSizes = false;
+    std::optional<quint64> unflushable;
     std::function<void(int)> beforeReading;
     int reads = 0;
     bool isReading = false;
@@ -65,6 +69,13 @@ Result failed(int error)
 {
     errno = error;
     return Result(-1);
+}
+
+bool isUnflushable(int file)
+{
+    struct stat info = {};
+    return current != nullptr && current->unflushable && fstat(file, &info) == 0 &&
+           info.st_ino == *current->unflushable;
 }
 
 int flushed(long number, int file, bool isRefused)
@@ -137,6 +148,22 @@ void CallFaults::forgetNoReplace()
     current->knowsNoReplace = false;
 }
 
+void CallFaults::beforeReplacing(std::function<void()> work)
+{
+    current->beforeReplacing = std::move(work);
+}
+
+void CallFaults::hideSizes()
+{
+    current->hidesSizes = true;
+}
+
+void CallFaults::failFlushingOf(quint64 inode, int error)
+{
+    current->unflushable = inode;
+    current->flushError = error;
+}
+
 void CallFaults::pretendKind(quint64 kind)
 {
     current->kind = kind;
@@ -199,12 +226,14 @@ ssize_t copy_file_range(int from, off64_t* fromAt, int to, off64_t* toAt, size_t
 
 int syncfs(int file)
 {
-    return flushed(SYS_syncfs, file, current != nullptr && current->flushError != 0);
+    return flushed(SYS_syncfs, file,
+                   current != nullptr && current->flushError != 0 && !current->unflushable);
 }
 
 int fsync(int file)
 {
-    return flushed(SYS_fsync, file, current != nullptr && current->failsEachFlush);
+    return flushed(SYS_fsync, file,
+                   current != nullptr && (current->failsEachFlush || isUnflushable(file)));
 }
 
 int fdatasync(int file)
@@ -228,6 +257,8 @@ int renameat2(int from, const char* name, int to, const char* newName, unsigned 
         return failed<int>(EINVAL);
     if (current != nullptr && current->separatesFolders && from != to)
         return failed<int>(EXDEV);
+    if (current != nullptr && flags == 0 && current->beforeReplacing)
+        current->beforeReplacing();
     if (current != nullptr && current->renames == 0)
         return failed<int>(current->renameError);
     if (current != nullptr && current->renames > 0)
@@ -238,6 +269,14 @@ int renameat2(int from, const char* name, int to, const char* newName, unsigned 
 int renameat(int from, const char* name, int to, const char* newName)
 {
     return renameat2(from, name, to, newName, 0);
+}
+
+int fstat(int file, struct stat* info)
+{
+    const int result = fstatat(file, "", info, AT_EMPTY_PATH);
+    if (current != nullptr && current->hidesSizes && S_ISREG(info->st_mode))
+        info->st_size = 0;
+    return result;
 }
 
 int fstatfs(int file, struct statfs* info)

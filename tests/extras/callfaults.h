@@ -31,6 +31,12 @@ public:
     void failRenaming(int after, int error);
     /// Nothing can say that a name must be free.
     void forgetNoReplace();
+    /// Runs before each rename() that may replace what has the name.
+    void beforeReplacing(std::function<void()> work);
+    /// Open files do not know how large they are.
+    void hideSizes();
+    /// Flushing a file or folder with that number fails so.
+    void failFlushingOf(quint64 inode, int error);
     /// Every file system is of that kind.
     void pretendKind(quint64 kind);
     /// Runs before each read of a file, with the number of such calls before it.

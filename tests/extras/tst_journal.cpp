@@ -118,10 +118,11 @@ private slots:
             QCOMPARE(found[0].isDamaged, size < request);
             const qint64 records = size < request ? 0 : (size - request) / record;
             QCOMPARE(found[0].entriesMade, records);
+            QVERIFY(!found[0].isDamagedInPart);
         }
     }
 
-    void nothingBehindADamageIsBelieved()
+    void nothingBehindADamageIsBelievedAndThatIsTold()
     {
         const OperationPlaces places;
         const QByteArray path = abandoned(places);
@@ -135,6 +136,10 @@ private slots:
             const auto found = findJournals();
             QCOMPARE(found[0].isDamaged, at < request);
             QCOMPARE(found[0].entriesMade, at < request ? 0 : (at - request) / record);
+            // A damaged size of the last one may be like a record that was cut short.
+            const bool isSizeOfLast = at >= request + record && at < request + record + 4;
+            if (!isSizeOfLast)
+                QCOMPARE(found[0].isDamagedInPart, at >= request);
             if (!found[0].isDamaged)
                 continue;
             QVERIFY(Operation::finish(path) == nullptr);
@@ -144,6 +149,55 @@ private slots:
         }
         QVERIFY(discardJournal(path));
         QVERIFY(!hasJournals());
+    }
+
+    void aLengthWithoutItsContentIsNoDamage()
+    {
+        const OperationPlaces places;
+        const QByteArray path = abandoned(places);
+        const QByteArray whole = readFile(path);
+        for (qsizetype size = 1; size < 100; ++size) {
+            writeFile(path, whole.chopped(size) + QByteArray(4096, '\0'));
+            QVERIFY(!findJournals().first().isDamagedInPart);
+        }
+    }
+
+    void aDamageIsToldWhenItIsGoneOnWith_data()
+    {
+        QTest::addColumn<bool>("isFinished");
+        QTest::newRow("finish") << true;
+        QTest::newRow("take back") << false;
+    }
+    void aDamageIsToldWhenItIsGoneOnWith()
+    {
+        QFETCH(bool, isFinished);
+        const OperationPlaces places;
+        writeFile(places.source("x"), "x");
+        auto journal = Journal::begin(places.request(OperationKind::Copy, {"x"}), {});
+        const QByteArray path = journal->path();
+        for (const char* name : {"a", "b", "c"})
+            journal->add(made(name));
+        QVERIFY(journal->flush());
+        journal.reset();
+        QByteArray damaged = readFile(path);
+        const qsizetype record = JournalReader::framed(made("a").toBytes()).size();
+        damaged[damaged.size() - 2 * record - 20] ^= 1;
+        writeFile(path, damaged);
+        const auto resume = [&path, isFinished] {
+            return isFinished ? Operation::finish(path) : Operation::takeBack(path);
+        };
+        // That is not forgotten when it is cut short again.
+        auto cut = resume();
+        QVERIFY(cut != nullptr);
+        cut->interrupt();
+        runToEnd(*cut);
+        QVERIFY(findJournals().first().isDamagedInPart);
+        const auto rest = resume();
+        runToEnd(*rest);
+        const Failure told = rest->failures().first.first();
+        QCOMPARE(told.path, places.target());
+        QCOMPARE(told.trouble, Trouble::NotesDamaged);
+        QVERIFY(places.journals().isEmpty());
     }
 
     void anythingMayLieInTheFolder()

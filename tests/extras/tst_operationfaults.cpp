@@ -34,6 +34,17 @@ QByteArrayList told(const Operation& operation)
     return lines;
 }
 
+/// How large what is in a folder has become.
+qint64 readSize(const QByteArray& folder)
+{
+    qint64 size = 0;
+    for (const QByteArray& name : namesIn(folder)) {
+        struct stat info = {};
+        size += lstat((folder + '/' + name).constData(), &info) == 0 ? info.st_size : 0;
+    }
+    return size;
+}
+
 QByteArray line(const char* name, Trouble trouble, int error)
 {
     return QByteArray(name) + ' ' + QByteArray::number(int(trouble)) + ' ' +
@@ -226,6 +237,100 @@ private slots:
         runWell(places.request(OperationKind::Copy, {"tree", "other"}));
         QCOMPARE(wholeText(places.target("tree")), before);
         QCOMPARE(readFile(places.target("other")), QByteArray("other"));
+    }
+
+    void whatTakesTheNameMeanwhileIsNotReplaced()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("file"), "file");
+        bool hasCome = false;
+        CallFaults faults;
+        faults.forgetNoReplace();
+        faults.beforeReplacing([&places, &hasCome] {
+            const int file = open(places.target("file").constData(),
+                                  O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+            hasCome = hasCome || (file >= 0 && write(file, "other", 5) == 5);
+            close(file);
+        });
+        Operation operation(places.request(OperationKind::Copy, {"file"}));
+        runToEnd(operation, Answer::KeepBoth);
+        QCOMPARE(readFile(places.target("file")), QByteArray(hasCome ? "other" : "file"));
+    }
+
+    void whatCannotBeRenamedToAFreeNameLeavesNothingThere()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("file"), "file");
+        CallFaults faults;
+        faults.forgetNoReplace();
+        faults.failRenaming(0, EIO);
+        Operation operation(places.request(OperationKind::Copy, {"file"}));
+        runToEnd(operation);
+        QCOMPARE(told(operation), QByteArrayList{line("file", Trouble::CannotRename, EIO)});
+        QCOMPARE(namesIn(places.target()), QList<QByteArray>());
+    }
+
+    void aFolderIsFlushedBeforeItsSourceGoes()
+    {
+        const OperationPlaces places(OperationPlaces::Apart);
+        making::folder(places.source("tree"));
+        making::folder(places.source("tree/empty"));
+        Operation operation(places.request(OperationKind::Move, {"tree"}));
+        while (operation.step(100) == Operation::State::Surveying) {
+        }
+        operation.begin();
+        CallFaults faults;
+        while (!isThere(places.target("tree/empty")))
+            operation.step(0);
+        struct stat info = {};
+        QCOMPARE(stat(places.target("tree/empty").constData(), &info), 0);
+        faults.failFlushingOf(info.st_ino, EIO);
+        runToEnd(operation);
+        QVERIFY(told(operation).contains(line("empty", Trouble::CannotWrite, EIO)));
+        QVERIFY(isThere(places.source("tree/empty")));
+    }
+
+    void whatDoesNotKnowItsSizeIsReadToItsEnd()
+    {
+        constexpr qint64 Bytes = 70 * 1024 * 1024;
+        const OperationPlaces places;
+        writeFile(places.source("made up"), "begin");
+        QCOMPARE(truncate(places.source("made up").constData(), Bytes - 3), 0);
+        const int file =
+            open(places.source("made up").constData(), O_WRONLY | O_APPEND | O_CLOEXEC);
+        QCOMPARE(write(file, "end", 3), ssize_t(3));
+        close(file);
+        const QByteArray whole = readFile(places.source("made up"));
+        CallFaults faults;
+        faults.hideSizes();
+        runWell(places.request(OperationKind::Copy, {"made up"}));
+        QCOMPARE(whole.size(), qsizetype(Bytes));
+        QVERIFY(readFile(places.target("made up")) == whole);
+    }
+
+    void whatNeverEndsCanBeCancelled()
+    {
+        const OperationPlaces places;
+        writeFile(places.source("endless"), "begin");
+        CallFaults faults;
+        faults.hideSizes();
+        faults.beforeReading([&places](int) {
+            const int file =
+                open(places.source("endless").constData(), O_WRONLY | O_APPEND | O_CLOEXEC);
+            const QByteArray more(4096, 'm');
+            QCOMPARE(write(file, more.constData(), size_t(more.size())), ssize_t(more.size()));
+            close(file);
+        });
+        Operation operation(places.request(OperationKind::Copy, {"endless"}));
+        while (operation.step(100) == Operation::State::Surveying) {
+        }
+        operation.begin();
+        while (readSize(places.target()) < 3 * 1024 * 1024)
+            QCOMPARE(operation.step(0), Operation::State::Working);
+        operation.cancel();
+        runToEnd(operation);
+        QCOMPARE(operation.state(), Operation::State::Cancelled);
+        QCOMPARE(namesIn(places.target()), QList<QByteArray>());
     }
 
     void whatCannotBeRenamedAcrossIsCopied()
