@@ -146,7 +146,7 @@ bool OperationRun::askBefore()
         if (answer.kind != PageAnswer::Left)
             return false;
         page.decide(*operation_);
-        toldFailures_ = survey.troubles.count;
+        told_ = survey.troubles;
         return true;
     }
 }
@@ -178,7 +178,7 @@ void OperationRun::work()
         if (operation_->state() == Operation::State::Asking)
             ask();
     }
-    if (operation_->failures().count > toldFailures_ ||
+    if (!wereTold(operation_->failures(), told_) ||
         (operation_->journalError() != 0 && !toldOfJournal))
         tellFailures();
 }

@@ -48,5 +48,5 @@ private:
     QElapsedTimer begun_;
     QElapsedTimer refreshed_;
     bool cancelling_ = false;
-    qint64 toldFailures_ = 0; ///< by the page before
+    Listed<Failure> told_; ///< by the page before
 };
