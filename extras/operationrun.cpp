@@ -151,16 +151,30 @@ bool OperationRun::askBefore()
     }
 }
 
-bool OperationRun::askToDelete()
+bool OperationRun::askToDelete(const QString& question, const QString& note)
 {
     const SurveyResult& survey = operation_->survey();
+    const OperationRequest& request = operation_->request();
     if (survey.entries == 0) {
         tellFailures();
         return false;
     }
-    return textView->showText(deleteTitle(operation_->request(), survey),
-                              deleteText(operation_->request(), survey), Qt::AlignHCenter,
-                              QStringLiteral("res/img/delete.png"), kWidget::Question) == 1;
+    const QString text =
+        deleteText(request, survey) + (note.isEmpty() ? note : QLatin1Char('\n') + note);
+    return textView->showText(question.isEmpty() ? deleteTitle(request, survey) : question, text,
+                              Qt::AlignHCenter, QStringLiteral("res/img/delete.png"),
+                              kWidget::Question) == 1;
+}
+
+QStringList OperationRun::left(const QStringList& sources) const
+{
+    QStringList result;
+    const QList<SourceOutcome>& ends = operation_->outcomes();
+    for (qsizetype i = 0; i < ends.size(); ++i) {
+        if (ends.at(i) == SourceOutcome::Failed || ends.at(i) == SourceOutcome::NotReached)
+            result.append(sources.at(i));
+    }
+    return result;
 }
 
 void OperationRun::work()

@@ -1,7 +1,8 @@
 #include "extras/throwaway.h"
 
 #include "extras/entrypage.h"
-#include "extras/failurerows.h"
+#include "extras/operation.h"
+#include "extras/operationrun.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
 #include "extras/slices.h"
@@ -15,6 +16,7 @@
 
 #include <QElapsedTimer>
 
+#include <memory>
 #include <optional>
 
 namespace
@@ -97,14 +99,34 @@ void tell(const QList<TrashFailure>& failures)
     }
 }
 
+/// Deletes what has no trash, if the user agrees. What is still there then.
+QStringList deletedForGood(const QList<QByteArray>& paths)
+{
+    QStringList names;
+    for (const QByteArray& path : paths)
+        names.append(decodeName(path));
+    if (paths.isEmpty())
+        return names;
+    OperationRequest request;
+    request.kind = OperationKind::Delete;
+    request.sources = paths;
+    OperationRun run(std::make_unique<Operation>(request), titleOf(request.kind));
+    const SafeTexts& texts = SafeTexts::instance();
+    // It is counted before the question: only what that has named goes.
+    if (!run.survey() || !run.askToDelete(texts.forGood, texts.noTrash))
+        return names;
+    run.work();
+    return run.left(names);
+}
+
 } // namespace
 
-ExtrasModule::Thrown throwAwayEntries(const QList<QByteArray>& paths)
+ExtrasModule::Outcome throwAwayEntries(const QList<QByteArray>& paths)
 {
     const SafeTexts& texts = SafeTexts::instance();
     ThrowingAway work(paths);
     if (!asked(texts.toTrash, namesText(paths)))
-        return {};
+        return {false, {}};
     runInSlices(
         texts.movingToTrash, [&work](int milliseconds) { return work.step(milliseconds); },
         [&work, &texts, &paths] {
@@ -114,12 +136,5 @@ ExtrasModule::Thrown throwAwayEntries(const QList<QByteArray>& paths)
         });
     if (!work.failures().isEmpty())
         tell(work.failures());
-    ExtrasModule::Thrown result{true, work.left(), {}};
-    const QList<QByteArray>& others = work.withoutTrash();
-    const bool forGood =
-        !others.isEmpty() &&
-        asked(texts.forGood, namesText(others) + QStringLiteral("<hr>") + texts.noTrash);
-    for (const QByteArray& path : others)
-        (forGood ? result.forGood : result.left).append(decodeName(path));
-    return result;
+    return {true, work.left() + deletedForGood(work.withoutTrash())};
 }

@@ -187,7 +187,6 @@ private:
     // The same by the module "extras".
     void deleteSafely();
     void deleteToTrash();
-    QStringList deleteForGood(ExtrasModule* module, const QStringList& entries);
     void pasteSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder);
     void runSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder,
                    bool wereMarked);

@@ -276,10 +276,7 @@ private slots:
         extras.safe = safe;
         const ScratchFolder state;
         qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
-        // What is in a trash has none.
-        files().makeFolder("files");
-        files().makeFolder("info");
-        data_->makeLink("Trash", files().path());
+        haveNoTrash();
         fixture_->write(1, {"a", "f/in"});
         fixture_->start();
         fixture_->mark({"f", "a"});
@@ -288,10 +285,60 @@ private slots:
         const QStringList lines = log();
         QCOMPARE(lines.value(0), Log::question("Move to trash?", "f\na", "delete"));
         QCOMPARE(lines.value(1),
-                 Log::question("Delete for good?", "f\na<hr>There is no trash here", "delete"));
+                 Log::question("Delete for good?",
+                               "f\na<hr>Entries: 3, 5 b\nThere is no trash here", "delete"));
         QCOMPARE(QFile::exists(fixture_->left("a")), !agrees);
         QCOMPARE(QFile::exists(fixture_->left("f/in")), !agrees);
         QCOMPARE(fixture_->panel(1)->getChkFileList().size(), agrees ? 0 : 2);
+    }
+
+    void whatHasTakenTheNameIsNotDeletedForGood_data()
+    {
+        QTest::addColumn<bool>("safe");
+        QTest::newRow("alone") << false;
+        QTest::newRow("with safe operations") << true;
+    }
+    void whatHasTakenTheNameIsNotDeletedForGood()
+    {
+        QFETCH(bool, safe);
+        extras.safe = safe;
+        const ScratchFolder state;
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
+        haveNoTrash();
+        fixture_->write(1, {"a", "b", "other"});
+        fixture_->start();
+        fixture_->mark({"a", "b"});
+        fixture_->log().expect(
+            {yes, [this] {
+                 QVERIFY(QFile::remove(fixture_->left("a")));
+                 QVERIFY(QFile::rename(fixture_->left("other"), fixture_->left("a")));
+                 yes();
+             }});
+        follow({{rows(1), [] {
+                     QCOMPARE(rowsWithKeys(), QStringList("a|Was changed meanwhile"));
+                     leave();
+                 }}});
+        CommandFixture::choose(CommandFixture::Delete);
+        QCOMPARE(files().read("left/a"), QByteArray("other"));
+        QVERIFY(!files().exists("left/b"));
+        QCOMPARE(fixture_->panel(1)->getChkFileList(), QStringList(fixture_->left("a")));
+    }
+
+    /// What is deleted for good has a journal, too.
+    void theStartOffersWhatWasCutShort()
+    {
+        const ScratchFolder state;
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
+        state.write("quarn/journals/1.journal", "not a word of it is whole");
+        bool isOffered = false;
+        follow({{[] { return pageWithKeys() != nullptr; },
+                 [&isOffered] {
+                     isOffered = pageLines() == QStringList("The notes on it are damaged");
+                     leave();
+                 }}});
+        fixture_->start();
+        QTRY_VERIFY(isOffered);
+        QTRY_VERIFY(pageWithKeys() == nullptr);
     }
 
     void theTrashIsShown()
@@ -529,6 +576,13 @@ private:
         fixture_->highlight(name);
         fixture_->log().expect({yes});
         CommandFixture::choose(CommandFixture::Delete);
+    }
+    /// What is in a trash has none.
+    void haveNoTrash() const
+    {
+        files().makeFolder("files");
+        files().makeFolder("info");
+        data_->makeLink("Trash", files().path());
     }
     /// The names in the trash.
     QStringList trashed() const
