@@ -5,6 +5,9 @@
 
 #include <QByteArrayList>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 
@@ -12,6 +15,7 @@ namespace
 {
 
 constexpr qsizetype MostMountBytes = 16L * 1024 * 1024;
+constexpr qsizetype MostNoteBytes = 1024L * 1024;
 
 /// The kernel's own, which store nothing, and what may wait for somebody else: a question about a
 /// server or program that is gone does not return.
@@ -57,6 +61,7 @@ QList<Mount> parseMounts(QByteArrayView text)
 {
     // Number, parent, device, root, mount point, options, any number of others, "-", type, source,
     // options of the file system.
+    constexpr qsizetype Device = 2;
     constexpr qsizetype Point = 4;
     constexpr qsizetype Options = 5;
     QList<Mount> result;
@@ -68,6 +73,7 @@ QList<Mount> parseMounts(QByteArrayView text)
         bool isNumber = false;
         Mount mount;
         mount.id = fields.at(0).toULongLong(&isNumber);
+        mount.device = fields.at(Device);
         mount.point = unescaped(fields.at(Point));
         mount.type = fields.at(separator + 1);
         mount.readOnly = isReadOnly(fields.at(Options)) || isReadOnly(fields.at(separator + 3));
@@ -81,6 +87,41 @@ QList<Mount> readMounts(const QByteArray& file)
 {
     const auto text = readRegular(decodeName(file), MostMountBytes);
     return text ? parseMounts(*text) : QList<Mount>();
+}
+
+quint64 mountOf(int folder)
+{
+    struct statx about = {};
+    const bool known = ::statx(folder, "", AT_EMPTY_PATH, STATX_MNT_ID, &about) == 0 &&
+                       (about.stx_mask & STATX_MNT_ID) != 0;
+    return known ? about.stx_mnt_id : 0;
+}
+
+QByteArray fileSystemName(const Mount& mount, const QByteArray& devices)
+{
+    constexpr QByteArrayView Found = "E:ID_FS_TYPE=";
+    if (!mount.type.startsWith("fuse"))
+        return mount.type;
+    if (const qsizetype dot = mount.type.indexOf('.'); dot >= 0)
+        return mount.type.sliced(dot + 1);
+    if (mount.type != "fuseblk")
+        return {};
+    const auto notes = readRegular(decodeName(devices + "/b" + mount.device), MostNoteBytes);
+    for (const QByteArray& line : notes.value_or(QByteArray()).split('\n')) {
+        if (line.startsWith(Found))
+            return line.sliced(Found.size());
+    }
+    return {};
+}
+
+QByteArray fileSystemName(int folder)
+{
+    const quint64 id = mountOf(folder);
+    for (const Mount& mount : readMounts("/proc/self/mountinfo")) {
+        if (mount.id == id)
+            return fileSystemName(mount, "/run/udev/data");
+    }
+    return {};
 }
 
 bool keepsEntries(const Mount& mount)

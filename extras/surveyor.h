@@ -1,6 +1,7 @@
 #pragma once
 
 #include "extras/targetfolder.h"
+#include "extras/targetroom.h"
 #include "extras/treewalk.h"
 #include "extras/work.h"
 
@@ -35,12 +36,14 @@ private:
     bool nextSource();
     void see();
     void count();
+    bool isFirstName();
     bool fits(const QByteArray& name);
     bool isWhole(const QByteArray& name);
     void enter(const std::optional<QByteArray>& joined);
     void walkFailed();
     void trouble(Trouble trouble, int error);
     void end();
+    bool writes() const { return target_ != nullptr && target_->isOpen(); }
     bool deletes() const { return work_.request.kind == OperationKind::Delete; }
 
     const Work& work_;
@@ -48,6 +51,7 @@ private:
     QHash<int, EntryIdentity> identities_;
     SourceFolders sources_;
     std::unique_ptr<TargetFolder> target_;
+    TargetRoom room_;
     int source_ = -1;
     std::unique_ptr<TreeWalk> walk_;
     std::vector<Level> levels_;

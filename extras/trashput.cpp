@@ -79,14 +79,6 @@ bool isBelow(int folder, const TrashedId& sought)
     return false;
 }
 
-quint64 mountOf(int folder)
-{
-    struct statx about = {};
-    const bool known = ::statx(folder, "", AT_EMPTY_PATH, STATX_MNT_ID, &about) == 0 &&
-                       (about.stx_mask & STATX_MNT_ID) != 0;
-    return known ? about.stx_mnt_id : 0;
-}
-
 dev_t deviceOf(int folder)
 {
     struct stat about = {};

@@ -93,6 +93,16 @@ private slots:
         QCOMPARE(failureRows(failures).last().name, QString("And 7 more"));
     }
 
+    void aNameThatIsRefusedIsSaidToBe()
+    {
+        const QString impossible = "The name is not possible there";
+        QCOMPARE(reasonText({"/a:b", Trouble::CannotRename, EINVAL}), impossible);
+        QCOMPARE(reasonText({"/a\xff", Trouble::CannotRename, EILSEQ}), impossible);
+        QVERIFY(reasonText({"/a", Trouble::CannotRead, EINVAL}) != impossible);
+        QCOMPARE(reasonText({"/a", Trouble::CannotWrite, EFBIG}),
+                 QString("Too large for the drive there"));
+    }
+
     void whatWasToldIsTheSameEntryForTheSameReason()
     {
         Listed<Failure> told;
