@@ -7,10 +7,10 @@
 /// A file system that is mounted.
 struct Mount {
     quint64 id = 0;
-    QByteArray device; ///< the numbers of its device: "8:17"
-    QByteArray point;  ///< where: an absolute path
+    QByteArray point; ///< where: an absolute path
     QByteArray type;
     bool readOnly = false;
+    QByteArray device = {}; ///< the numbers of its device: "8:17"
     friend bool operator==(const Mount&, const Mount&) = default;
 };
 
