@@ -52,7 +52,8 @@ public:
         Refused, ///< it is a trash, or a trash lies in it
         Gone,    ///< it is not there, or not the one that was meant
         Taken,   ///< there is something at its place
-        Failed   ///< `error` says why
+        Elsewhere, ///< that is on another file system, at the path of the result
+        Failed     ///< `error` says why
     };
     struct Result {
         Outcome outcome = Outcome::Done;
@@ -72,9 +73,12 @@ public:
     /// All there is in all trashes, in no order. What has no usable info file is there, too.
     QList<TrashEntry> entries() const;
 
-    /// Moves an entry to `path`, which is where it was or another place on its file system. Folders
-    /// that are missing on the way are made.
+    /// Moves an entry to `path`, which is where it was or another place. Folders that are missing
+    /// on the way are made. What would have to be copied is not: the caller does that, and then has
+    /// it forgotten.
     Result restore(const TrashEntry& entry, const QByteArray& path, WhenTaken whenTaken) const;
+    /// Removes what the trash still tells of an entry that has left it.
+    void forget(const TrashEntry& entry) const;
 
     /// Deletes an entry. A folder leaves the list at once and is taken apart by a TrashRemoval.
     Result expunge(const TrashEntry& entry) const;

@@ -75,6 +75,16 @@ QByteArray moveToFree(const TrashFolder& trash, const TrashEntry& entry, int fol
     return {};
 }
 
+/// The first name in a row that is free, for what cannot be renamed there; or nothing.
+QByteArray freeName(int folder, const QByteArray& name, bool anyNumber)
+{
+    struct stat about = {};
+    if (!lookAt(folder, name, about))
+        return name;
+    const auto isPending = [](const QByteArray&) { return false; };
+    return anyNumber ? freeNameIn(folder, name, LongestName, isPending) : QByteArray();
+}
+
 } // namespace
 
 Trash::Result Trash::restore(const TrashEntry& entry, const QByteArray& path,
@@ -88,20 +98,42 @@ Trash::Result Trash::restore(const TrashEntry& entry, const QByteArray& path,
     if (!folder.isOpen())
         return failed();
     const QByteArray name = path.sliced(path.lastIndexOf('/') + 1);
-    QByteArray given =
-        moveToFree(*trash, entry, folder.get(), name, whenTaken == WhenTaken::KeepBoth);
+    const bool anyNumber = whenTaken == WhenTaken::KeepBoth;
+    bool isElsewhere = false;
+    const auto place = [&] {
+        QByteArray given = moveToFree(*trash, entry, folder.get(), name, anyNumber);
+        isElsewhere = given.isEmpty() && errno == EXDEV;
+        if (!isElsewhere)
+            return given;
+        given = freeName(folder.get(), name, anyNumber);
+        errno = EEXIST;
+        return given;
+    };
+    QByteArray given = place();
     if (given.isEmpty() && errno == EEXIST && whenTaken == WhenTaken::Replace) {
         const Trash::Result replaced = put(path);
         if (replaced.outcome != Trash::Outcome::Done && replaced.outcome != Trash::Outcome::Gone)
             return replaced;
-        given = moveToFree(*trash, entry, folder.get(), name, false);
+        given = place();
     }
     if (given.isEmpty())
         return errno == EEXIST ? Result{Trash::Outcome::Taken, 0, path} : failed();
+    const QByteArray where = path.first(path.size() - name.size()) + given;
+    if (isElsewhere)
+        return {Trash::Outcome::Elsewhere, EXDEV, where};
     // Whatever happens now, the entry must not be where nobody knows of it.
     ::fsync(folder.get());
     ::unlinkat(trash->info(), infoNameOf(entry.name).constData(), 0);
-    return {Trash::Outcome::Done, 0, path.first(path.size() - name.size()) + given};
+    return {Trash::Outcome::Done, 0, where};
+}
+
+void Trash::forget(const TrashEntry& entry) const
+{
+    const std::vector<TrashFolder> trashes = existing();
+    const TrashFolder* trash = trashOf(entry, trashes);
+    struct stat about = {};
+    if (trash != nullptr && !lookAt(trash->files(), entry.name, about) && errno == ENOENT)
+        ::unlinkat(trash->info(), infoNameOf(entry.name).constData(), 0);
 }
 
 Trash::Result Trash::expunge(const TrashEntry& entry) const

@@ -1,5 +1,7 @@
 #include "extras/trashscreen.h"
 
+#include "extras/operation.h"
+#include "extras/operationrun.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
 #include "extras/slices.h"
@@ -15,6 +17,7 @@
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
+#include <memory>
 #include <optional>
 
 namespace
@@ -98,10 +101,29 @@ private:
                 return;
             result = trash_.restore(entry, path, *whenTaken);
         }
-        if (result.outcome == Trash::Outcome::Done)
+        if (result.outcome == Trash::Outcome::Elsewhere)
+            bring(entry, result.path);
+        else if (result.outcome == Trash::Outcome::Done)
             changed_ = true;
         else
             tell(entry, result);
+    }
+
+    /// Moves an entry to its place on another file system.
+    void bring(const TrashEntry& entry, const QByteArray& path)
+    {
+        const qsizetype slash = path.lastIndexOf('/');
+        OperationRequest request;
+        request.kind = OperationKind::Move;
+        request.sources = {entry.trash + "/files/" + entry.name};
+        request.target = path.first(slash + 1);
+        request.newName = path.sliced(slash + 1);
+        OperationRun run(std::make_unique<Operation>(request), SafeTexts::instance().restore);
+        if (!run.survey() || !run.askBefore())
+            return;
+        run.work();
+        changed_ = true;
+        trash_.forget(entry);
     }
 
     /// Where an entry is to go: where it was, or, if nobody knows that, where the user agrees to.

@@ -471,6 +471,38 @@ private slots:
         QCOMPARE(files().read("left/a"), QByteArray("a"));
     }
 
+    void whatBelongsToAnotherFileSystemIsCopiedThere_data()
+    {
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("free") << false;
+        QTest::newRow("taken") << true;
+    }
+    void whatBelongsToAnotherFileSystemIsCopiedThere()
+    {
+        QFETCH(bool, isTaken);
+        const ScratchFolder data(ScratchFolder::Memory);
+        const ScratchFolder state;
+        qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
+        data.write("Trash/files/f/in", "content");
+        data.write("Trash/info/f.trashinfo",
+                   "[Trash Info]\nPath=" + QFile::encodeName(fixture_->left("gone/f")) +
+                       "\nDeletionDate=2026-01-01T00:00:00\n");
+        if (isTaken)
+            files().write("left/gone/f", "other");
+        fixture_->start();
+        QList<Step> steps{{rows(1), choosing('1')}, {rows(0), leave}};
+        if (isTaken)
+            steps.insert(1, {rows(3), [] { pressKey('2'); }});
+        follow(steps);
+        CommandFixture::choose(CommandFixture::Trash);
+        QCOMPARE(files().read(isTaken ? "left/gone/f (2)/in" : "left/gone/f/in"),
+                 QByteArray("content"));
+        QVERIFY(!data.exists("Trash/files/f") && !data.exists("Trash/info/f.trashinfo"));
+        if (isTaken)
+            QCOMPARE(files().read("left/gone/f"), QByteArray("other"));
+    }
+
     void whatCannotBeRestoredIsTold()
     {
         fixture_->write(1, {"f/a"});

@@ -156,16 +156,48 @@ private slots:
         QCOMPARE(places_->entry({}).name, QByteArray("a b"));
     }
 
-    void nothingIsCopiedToAnotherFileSystem()
+    void whatIsToGoToAnotherFileSystemIsToldWhere_data()
     {
+        QTest::addColumn<bool>("isTaken");
+        QTest::addColumn<int>("whenTaken");
+        QTest::addColumn<int>("outcome");
+        QTest::addColumn<QByteArray>("name");
+        const auto row = [](const char* name, bool isTaken, Trash::WhenTaken when,
+                            Trash::Outcome outcome, const char* place) {
+            QTest::newRow(name) << isTaken << int(when) << int(outcome) << QByteArray(place);
+        };
+        row("free", false, Trash::WhenTaken::Tell, Trash::Outcome::Elsewhere, "a.b");
+        row("taken", true, Trash::WhenTaken::Tell, Trash::Outcome::Taken, "a.b");
+        row("both", true, Trash::WhenTaken::KeepBoth, Trash::Outcome::Elsewhere, "a (2).b");
+    }
+    void whatIsToGoToAnotherFileSystemIsToldWhere()
+    {
+        QFETCH(bool, isTaken);
+        QFETCH(int, whenTaken);
         put("sub/a b");
         const OwnFolder there(places_->home().chopped(5));
-        const Trash::Result result = trash().restore(places_->entry(top("sub/a b")),
-                                                     there.path("a"), Trash::WhenTaken::Tell);
-        QCOMPARE(result.outcome, Trash::Outcome::Failed);
-        QCOMPARE(result.error, EXDEV);
-        QVERIFY(!isThere(there.path("a")));
+        if (isTaken)
+            making::file(there.path("a.b"), "other");
+        const Trash::Result result = trash().restore(
+            places_->entry(top("sub/a b")), there.path("a.b"), Trash::WhenTaken(whenTaken));
+        QTEST(int(result.outcome), "outcome");
+        QFETCH(QByteArray, name);
+        QCOMPARE(result.path, there.path(name));
+        // Nothing is copied, and it stays listed.
+        QCOMPARE(isThere(there.path("a.b")), isTaken);
         QCOMPARE(trash().entries().size(), 1);
+    }
+
+    void whatHasLeftTheTrashIsForgotten()
+    {
+        put("sub/a b");
+        const TrashEntry entry = places_->entry(top("sub/a b"));
+        trash().forget(entry);
+        // It is still there.
+        QVERIFY(isThere(own("info/a b.trashinfo")));
+        QCOMPARE(rename(own("files/a b").constData(), top("out").constData()), 0);
+        trash().forget(entry);
+        QVERIFY(!isThere(own("info/a b.trashinfo")));
     }
 
     void withoutAHomeThereIsStillTheTrashOfTheFileSystem()
