@@ -109,7 +109,7 @@ public:
         if (working)
             return false;
         const Working now;
-        return showTrashScreen(encodedPath(folder));
+        return showTrashScreen(encodedPath(folder), Trash::placesOfUser());
     }
 
 private:

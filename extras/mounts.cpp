@@ -17,16 +17,29 @@ namespace
 constexpr qsizetype MostMountBytes = 16L * 1024 * 1024;
 constexpr qsizetype MostNoteBytes = 1024L * 1024;
 
-/// The kernel's own, which store nothing, and what may wait for somebody else: a question about a
-/// server or program that is gone does not return.
+/// What stores nothing: the kernel's own, what is only to be read, and what shows what lies
+/// elsewhere.
 constexpr std::array Unsuitable{
-    "9p",       "afs",        "autofs",     "binfmt_misc", "bpf",       "ceph",    "cgroup",
-    "cgroup2",  "cifs",       "coda",       "configfs",    "cramfs",    "debugfs", "devpts",
-    "devtmpfs", "efivarfs",   "fuse",       "fusectl",     "hugetlbfs", "iso9660", "mqueue",
-    "ncpfs",    "nfs",        "nfs4",       "nfsd",        "nsfs",      "proc",    "pstore",
-    "ramfs",    "rpc_pipefs", "securityfs", "selinuxfs",   "smb3",      "smbfs",   "squashfs",
-    "sysfs",    "tracefs",    "virtiofs",
+    "autofs",     "binfmt_misc", "bpf",           "cgroup",
+    "cgroup2",    "configfs",    "cramfs",        "debugfs",
+    "devpts",     "devtmpfs",    "efivarfs",      "fuse.gvfsd-fuse",
+    "fuse.lxcfs", "fuse.portal", "fuse.snapfuse", "fuse.squashfuse",
+    "fusectl",    "hugetlbfs",   "iso9660",       "mqueue",
+    "nfsd",       "nsfs",        "proc",          "pstore",
+    "ramfs",      "rpc_pipefs",  "securityfs",    "selinuxfs",
+    "squashfs",   "sysfs",       "tracefs",
 };
+
+/// What waits for a server, beside all that begins with "fuse".
+constexpr std::array OfServers{
+    "9p", "afs", "ceph", "cifs", "coda", "ncpfs", "nfs", "nfs4", "smb3", "smbfs", "virtiofs",
+};
+
+template<typename Names>
+bool isAmong(const Names& names, const QByteArray& type)
+{
+    return std::find(names.begin(), names.end(), type) != names.end();
+}
 
 bool isOctal(char digit)
 {
@@ -126,7 +139,10 @@ QByteArray fileSystemName(int folder)
 
 bool keepsEntries(const Mount& mount)
 {
-    // "fuseblk" is a disk, all other programs in the user's space may be gone.
-    return !mount.readOnly && !mount.type.startsWith("fuse.") &&
-           std::find(Unsuitable.begin(), Unsuitable.end(), mount.type) == Unsuitable.end();
+    return !mount.readOnly && !isAmong(Unsuitable, mount.type);
+}
+
+bool isFar(const Mount& mount)
+{
+    return mount.type.startsWith("fuse") || isAmong(OfServers, mount.type);
 }

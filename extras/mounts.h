@@ -31,6 +31,8 @@ QByteArray fileSystemName(const Mount& mount, const QByteArray& devices);
 /// Of the file system that an open folder is on.
 QByteArray fileSystemName(int folder);
 
-/// Whether entries may be kept on a file system: it stores what it is given, may be written, and
-/// answers without others that may be gone, as network places do.
+/// Whether entries may be kept on a file system: it stores what it is given, and may be written.
 bool keepsEntries(const Mount& mount);
+/// Whether somebody else answers for it, a server or a program, who may be gone: a question may
+/// never come back.
+bool isFar(const Mount& mount);

@@ -139,6 +139,12 @@ QByteArray trashedName(const QByteArray& name, int number)
     return NameParts::of(name).numbered(number, LongestTrashedName);
 }
 
+/// Whether an error says that a file system has no such renaming, rather than that it failed.
+bool isUnable(int error)
+{
+    return error == EXDEV || error == ENOSYS || error == EOPNOTSUPP;
+}
+
 /// Tries one trash, under the first name that is free there. The info file is on the disk before
 /// the entry moves: nothing is ever in the trash without its origin.
 Trash::Result putInto(const TrashFolder& trash, const Place& place)
@@ -162,9 +168,20 @@ Trash::Result putInto(const TrashFolder& trash, const Place& place)
         const int error = errno;
         ::unlinkat(trash.info(), infoNameOf(name).constData(), 0);
         if (error != EEXIST)
-            return {error == EXDEV ? Trash::Outcome::NoTrash : Trash::Outcome::Failed, error, {}};
+            return {isUnable(error) ? Trash::Outcome::NoTrash : Trash::Outcome::Failed, error, {}};
     }
     return {Trash::Outcome::NoTrash, EEXIST, {}};
+}
+
+/// What a trash has to do with an entry that is to be thrown away, if it lies in one or one in it.
+std::optional<Trash::Result> refusedBy(const TrashFolder& trash, const Place& place,
+                                       const struct stat& entry)
+{
+    if (isBelow(trash.files(), idOf(entry)) || isBelow(trash.info(), idOf(entry)))
+        return Trash::Result{Trash::Outcome::Refused, 0, {}};
+    if (isBelow(place.folder.get(), trash.id()))
+        return Trash::Result{Trash::Outcome::NoTrash, 0, {}};
+    return std::nullopt;
 }
 
 } // namespace
@@ -199,10 +216,8 @@ Trash::Result Trash::put(const QByteArray& path) const
         ::fstatat(place.folder.get(), place.name.constData(), &about, AT_SYMLINK_NOFOLLOW) != 0)
         return {errno == ENOENT ? Trash::Outcome::Gone : Trash::Outcome::Failed, errno, {}};
     for (const TrashFolder& trash : existing()) {
-        if (isBelow(trash.files(), idOf(about)) || isBelow(trash.info(), idOf(about)))
-            return {Trash::Outcome::Refused, 0, {}};
-        if (isBelow(place.folder.get(), trash.id()))
-            return {Trash::Outcome::NoTrash, 0, {}};
+        if (const auto refused = refusedBy(trash, place, about))
+            return *refused;
     }
     Trash::Result result{Trash::Outcome::NoTrash, 0, {}};
     for (const Candidate& candidate : candidates(place.folder.get())) {
@@ -211,9 +226,9 @@ Trash::Result Trash::put(const QByteArray& path) const
             result.error = errno;
             continue;
         }
-        // It may have been made just now.
-        if (isBelow(trash->folder(), idOf(about)))
-            return {Trash::Outcome::Refused, 0, {}};
+        // It may have been made just now, or be far.
+        if (const auto refused = refusedBy(*trash, place, about))
+            return *refused;
         result = putInto(*trash, place);
         if (result.outcome == Trash::Outcome::Done && S_ISDIR(about.st_mode))
             rememberSize(*trash, result.path.sliced(result.path.lastIndexOf('/') + 1));

@@ -10,9 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <vector>
+#include <optional>
 
 namespace
 {
@@ -26,19 +25,11 @@ Trash::Result failed()
     return {Trash::Outcome::Failed, errno, {}};
 }
 
-const TrashFolder* trashOf(const TrashEntry& entry, const std::vector<TrashFolder>& trashes)
-{
-    const auto found =
-        std::find_if(trashes.begin(), trashes.end(),
-                     [&entry](const TrashFolder& trash) { return trash.path() == entry.trash; });
-    return found != trashes.end() ? &*found : nullptr;
-}
-
 /// Whether an entry is still the one that was listed.
-bool isStillThere(const TrashFolder* trash, const TrashEntry& entry)
+bool isStillThere(const std::optional<TrashFolder>& trash, const TrashEntry& entry)
 {
     struct stat about = {};
-    return trash != nullptr &&
+    return trash &&
            ::fstatat(trash->files(), entry.name.constData(), &about, AT_SYMLINK_NOFOLLOW) == 0 &&
            TrashedId{about.st_dev, about.st_ino} == entry.id;
 }
@@ -90,8 +81,7 @@ QByteArray freeName(int folder, const QByteArray& name, bool anyNumber)
 Trash::Result Trash::restore(const TrashEntry& entry, const QByteArray& path,
                              WhenTaken whenTaken) const
 {
-    const std::vector<TrashFolder> trashes = existing();
-    const TrashFolder* trash = trashOf(entry, trashes);
+    const std::optional<TrashFolder> trash = at(entry.trash);
     if (!isStillThere(trash, entry))
         return {Trash::Outcome::Gone, 0, {}};
     const FileHandle folder = folderFor(path);
@@ -127,19 +117,19 @@ Trash::Result Trash::restore(const TrashEntry& entry, const QByteArray& path,
     return {Trash::Outcome::Done, 0, where};
 }
 
-void Trash::forget(const TrashEntry& entry) const
+bool Trash::forget(const TrashEntry& entry) const
 {
-    const std::vector<TrashFolder> trashes = existing();
-    const TrashFolder* trash = trashOf(entry, trashes);
+    const std::optional<TrashFolder> trash = at(entry.trash);
     struct stat about = {};
-    if (trash != nullptr && !lookAt(trash->files(), entry.name, about) && errno == ENOENT)
-        ::unlinkat(trash->info(), infoNameOf(entry.name).constData(), 0);
+    if (!trash || lookAt(trash->files(), entry.name, about) || errno != ENOENT)
+        return false;
+    ::unlinkat(trash->info(), infoNameOf(entry.name).constData(), 0);
+    return true;
 }
 
 Trash::Result Trash::expunge(const TrashEntry& entry) const
 {
-    const std::vector<TrashFolder> trashes = existing();
-    const TrashFolder* trash = trashOf(entry, trashes);
+    const std::optional<TrashFolder> trash = at(entry.trash);
     if (!isStillThere(trash, entry))
         return {Trash::Outcome::Gone, 0, {}};
     if (!S_ISDIR(entry.mode)) {

@@ -103,6 +103,29 @@ private slots:
         QCOMPARE(page.list()->item(1)->getSubItemText(1, 0), "1.txt");
     }
 
+    void highlightStaysOnItsEntryWhenOthersCome()
+    {
+        const auto entry = [](const char* name, qint64 deleted) {
+            TrashEntry result;
+            result.trash = "/trash";
+            result.name = name;
+            result.path = QByteArray("/folder/") + name;
+            result.deleted = deleted;
+            result.mode = S_IFREG | 0644;
+            return result;
+        };
+        TrashPage page;
+        page.setEntries({entry("a", 20), entry("b", 10)});
+        page.show();
+        pressKey(PhoneKey::Down);
+        page.setEntries({entry("a", 20), entry("b", 10), entry("late", 30)});
+        QCOMPARE(page.currentRow(), 2);
+        QCOMPARE(page.current().name, QByteArray("b"));
+        // One that has gone leaves its row.
+        page.setEntries({entry("a", 20), entry("late", 30)});
+        QCOMPARE(page.currentRow(), 1);
+    }
+
     void programsThatReadTheScreenKnowAPage()
     {
         page_->setLines({"Already there: 2"});

@@ -136,12 +136,16 @@ private slots:
     {
         QTest::addColumn<QByteArray>("type");
         QTest::addColumn<bool>("keeps");
-        for (const char* type : {"ext4", "vfat", "exfat", "btrfs", "xfs", "tmpfs", "overlay",
-                                 "fuseblk", "f2fs", "ntfs3"})
-            QTest::newRow(type) << QByteArray(type) << true;
-        for (const char* type : {"proc", "sysfs", "cgroup2", "devtmpfs", "nfs4", "cifs", "9p",
-                                 "fuse.sshfs", "fuse", "autofs", "squashfs"})
-            QTest::newRow(type) << QByteArray(type) << false;
+        QTest::addColumn<bool>("isFar");
+        for (const char* type :
+             {"ext4", "vfat", "exfat", "btrfs", "xfs", "tmpfs", "overlay", "f2fs", "ntfs3"})
+            QTest::newRow(type) << QByteArray(type) << true << false;
+        for (const char* type : {"nfs", "nfs4", "cifs", "smb3", "9p", "fuse.sshfs", "fuse.rclone",
+                                 "fuse", "fuseblk", "fuseblk.exfat"})
+            QTest::newRow(type) << QByteArray(type) << true << true;
+        for (const char* type : {"proc", "sysfs", "cgroup2", "devtmpfs", "autofs", "squashfs",
+                                 "fuse.portal", "fuse.gvfsd-fuse"})
+            QTest::newRow(type) << QByteArray(type) << false << QByteArray(type).startsWith("fuse");
     }
     void aTrashIsSoughtWhereEntriesAreKept()
     {
@@ -149,6 +153,7 @@ private slots:
         QFETCH(bool, keeps);
         QCOMPARE(keepsEntries({1, "/mnt", type, false}), keeps);
         QVERIFY(!keepsEntries({1, "/mnt", type, true}));
+        QTEST(isFar({1, "/mnt", type, false}), "isFar");
     }
 
     void sizesOfFoldersAreRead()

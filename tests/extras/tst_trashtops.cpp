@@ -113,8 +113,8 @@ private slots:
         QTest::addColumn<QByteArray>("type");
         QTest::addColumn<QByteArray>("options");
         QTest::newRow("only to be read") << QByteArray("vfat") << QByteArray("ro,nosuid");
-        QTest::newRow("network") << QByteArray("nfs4") << QByteArray("rw");
-        QTest::newRow("program") << QByteArray("fuse.sshfs") << QByteArray("rw");
+        QTest::newRow("not stored") << QByteArray("autofs") << QByteArray("rw");
+        QTest::newRow("of other places") << QByteArray("fuse.portal") << QByteArray("rw");
     }
     void whereNothingIsKeptIsNoTrash()
     {
@@ -123,6 +123,33 @@ private slots:
         places_->tellMount(type, options);
         QCOMPARE(put("sub/a b").outcome, Trash::Outcome::NoTrash);
         QCOMPARE(namesOf(top()), QByteArrayList({"sub"}));
+    }
+
+    void whatIsFarHasATrashThatIsListedAlone_data()
+    {
+        QTest::addColumn<QByteArray>("type");
+        for (const char* type : {"nfs4", "fuse.sshfs", "fuseblk"})
+            QTest::newRow(type) << QByteArray(type);
+    }
+    void whatIsFarHasATrashThatIsListedAlone()
+    {
+        QFETCH(QByteArray, type);
+        places_->tellMount(type, "rw");
+        QCOMPARE(put("sub/a b").path, own("files/a b"));
+        // Nobody is asked who may not answer.
+        QVERIFY(trash().entries().isEmpty());
+        QVERIFY(trash().existing().empty());
+        QCOMPARE(trash().farTops(), QByteArrayList{top()});
+        const QList<TrashEntry> entries = trash().entriesAt(top());
+        QCOMPARE(entries.size(), 1);
+        // What lies in it cannot be thrown away again, and it not into itself.
+        QCOMPARE(trash().put(own("files/a b")).outcome, Trash::Outcome::NoTrash);
+        QCOMPARE(trash().put(places_->ownTrash()).outcome, Trash::Outcome::Refused);
+        QCOMPARE(
+            trash().restore(entries.first(), entries.first().path, Trash::WhenTaken::Tell).outcome,
+            Trash::Outcome::Done);
+        QCOMPARE(readFile(top("sub/a b")), QByteArray("a"));
+        QVERIFY(trash().entriesAt(top()).isEmpty());
     }
 
     void anUnknownMountHasNoTrash()
@@ -192,11 +219,10 @@ private slots:
     {
         put("sub/a b");
         const TrashEntry entry = places_->entry(top("sub/a b"));
-        trash().forget(entry);
-        // It is still there.
+        QVERIFY(!trash().forget(entry));
         QVERIFY(isThere(own("info/a b.trashinfo")));
         QCOMPARE(rename(own("files/a b").constData(), top("out").constData()), 0);
-        trash().forget(entry);
+        QVERIFY(trash().forget(entry));
         QVERIFY(!isThere(own("info/a b.trashinfo")));
     }
 
