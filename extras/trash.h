@@ -6,6 +6,7 @@
 #include <QByteArrayList>
 #include <QList>
 
+#include <atomic>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -68,8 +69,9 @@ public:
     };
 
     /// Moves an entry into the trash: of the home folder if that is on the same file system, else
-    /// at the top of its own. What lies in a trash already has none.
-    Result put(const QByteArray& path) const;
+    /// at the top of its own. What lies in a trash already has none. Waits for the medium; what is
+    /// stopped before the entry has moved fails with ECANCELED.
+    Result put(const QByteArray& path, const std::atomic<bool>& isStopped = Never) const;
 
     /// All there is in all trashes that are near, in no order. What has no usable info file is
     /// there, too.
@@ -100,6 +102,8 @@ public:
     std::optional<TrashFolder> at(const QByteArray& path) const;
 
 private:
+    static constexpr std::atomic<bool> Never = false;
+
     using Candidate = std::function<std::optional<TrashFolder>()>;
 
     std::vector<TrashFolder> existingAt(const QByteArray& top) const;

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <utility>
@@ -147,7 +148,8 @@ bool isUnable(int error)
 
 /// Tries one trash, under the first name that is free there. The info file is on the disk before
 /// the entry moves: nothing is ever in the trash without its origin.
-Trash::Result putInto(const TrashFolder& trash, const Place& place)
+Trash::Result putInto(const TrashFolder& trash, const Place& place,
+                      const std::atomic<bool>& isStopped)
 {
     const QByteArray text =
         trashInfoText({toldPath(trash, place.path), QDateTime::currentSecsSinceEpoch()});
@@ -161,7 +163,8 @@ Trash::Result putInto(const TrashFolder& trash, const Place& place)
                 continue;
             return {Trash::Outcome::NoTrash, errno, {}};
         }
-        if (renameToFree(place.folder.get(), place.name, trash.files(), name)) {
+        errno = ECANCELED;
+        if (!isStopped && renameToFree(place.folder.get(), place.name, trash.files(), name)) {
             ::fsync(trash.files());
             return {Trash::Outcome::Done, 0, trash.path() + "/files/" + name};
         }
@@ -206,7 +209,7 @@ std::vector<Trash::Candidate> Trash::candidates(int folder) const
     return result;
 }
 
-Trash::Result Trash::put(const QByteArray& path) const
+Trash::Result Trash::put(const QByteArray& path, const std::atomic<bool>& isStopped) const
 {
     Place place;
     if (!path.startsWith('/') || path.endsWith('/') || path.endsWith("/.") || path.endsWith("/.."))
@@ -229,7 +232,7 @@ Trash::Result Trash::put(const QByteArray& path) const
         // It may have been made just now, or be far.
         if (const auto refused = refusedBy(*trash, place, about))
             return *refused;
-        result = putInto(*trash, place);
+        result = putInto(*trash, place, isStopped);
         if (result.outcome == Trash::Outcome::Done && S_ISDIR(about.st_mode))
             rememberSize(*trash, result.path.sliced(result.path.lastIndexOf('/') + 1));
         if (result.outcome != Trash::Outcome::NoTrash)

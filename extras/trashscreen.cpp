@@ -1,5 +1,6 @@
 #include "extras/trashscreen.h"
 
+#include "extras/aside.h"
 #include "extras/fartrashes.h"
 #include "extras/operation.h"
 #include "extras/operationrun.h"
@@ -114,12 +115,12 @@ private:
         const QByteArray path = placeFor(entry);
         if (path.isEmpty())
             return;
-        Trash::Result result = trash_.restore(entry, path, Trash::WhenTaken::Tell);
+        Trash::Result result = restored(entry, path, Trash::WhenTaken::Tell);
         if (result.outcome == Trash::Outcome::Taken) {
             const auto whenTaken = askWhenTaken(path);
             if (!whenTaken)
                 return;
-            result = trash_.restore(entry, path, *whenTaken);
+            result = restored(entry, path, *whenTaken);
         }
         if (result.outcome == Trash::Outcome::Elsewhere)
             bring(entry, result.path);
@@ -129,6 +130,21 @@ private:
             tell(entry, result);
         if (result.outcome == Trash::Outcome::Done)
             far_.drop(entry);
+    }
+
+    /// The medium is waited for in another thread. What does not come to an end is as if it had:
+    /// the list shows what has become of it.
+    Trash::Result restored(const TrashEntry& entry, const QByteArray& path,
+                           Trash::WhenTaken whenTaken) const
+    {
+        const auto result = std::make_shared<Trash::Result>();
+        const bool isDone = runAside(
+            SafeTexts::instance().restore,
+            [result, trash = trash_, entry, path, whenTaken](const std::atomic<bool>&) {
+                *result = trash.restore(entry, path, whenTaken);
+            },
+            [&entry] { return QStringList{formerNameText(entry)}; });
+        return isDone ? *result : Trash::Result();
     }
 
     /// Moves an entry to its place on another file system.

@@ -7,6 +7,7 @@
 #include "platform/zoptionsmenu.h"
 #include "shell/fm.h"
 #include "shell/settings.h"
+#include "tests/extras/callfaults.h"
 #include "tests/extras/safescreens.h"
 #include "tests/fileops/commandtest.h"
 #include "tests/support/keys.h"
@@ -236,6 +237,52 @@ private slots:
                  }}});
         CommandFixture::choose(CommandFixture::Delete);
         QCOMPARE(files().read("left/a"), QByteArray("other"));
+    }
+
+    void aMediumThatTakesLongIsNotWaitedFor()
+    {
+        fixture_->write(1, {"a", "b"});
+        fixture_->start();
+        fixture_->mark({"a", "b"});
+        fixture_->log().expect({yes});
+        bool isShown = false;
+        {
+            CallFaults faults;
+            faults.holdFlushing();
+            once([&faults] { return operationBox() != nullptr && faults.isFlushing(); },
+                 [&isShown] {
+                     isShown = true;
+                     leave();
+                 });
+            CommandFixture::choose(CommandFixture::Delete);
+            QVERIFY(faults.isFlushing());
+        }
+        QVERIFY(isShown);
+        QCOMPARE(fixture_->panel(1)->getChkFileList().size(), 2);
+        // What was stopped does not go when the medium is there again, and leaves nothing.
+        QTRY_VERIFY(QDir(data_->path("Trash/info")).isEmpty());
+        QVERIFY(files().exists("left/a") && files().exists("left/b"));
+        QCOMPARE(trashed(), QStringList());
+    }
+
+    void aMediumThatTakesLongIsNotWaitedForByARestore()
+    {
+        fixture_->write(1, {"a"});
+        fixture_->start();
+        throwAway("a");
+        CallFaults faults;
+        faults.holdFlushing();
+        bool isShown = false;
+        follow({{rows(1), choosing('1')},
+                {[&faults] { return operationBox() != nullptr && faults.isFlushing(); },
+                 [&isShown] {
+                     isShown = true;
+                     leave();
+                 }},
+                {[] { return pageWithKeys() != nullptr; }, leave}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QVERIFY(isShown);
+        QCOMPARE(files().read("left/a"), QByteArray("a"));
     }
 
     void whatFailsIsToldAndStaysMarked()
