@@ -162,10 +162,7 @@ bool Surveyor::isFirstName()
     const struct stat& info = walk_->info();
     if (info.st_nlink < 2 || (writes() && !target_->limits().keepsLinks))
         return true;
-    const EntryIdentity identity = EntryIdentity::of(info);
-    const bool isFirst = !seen_.contains(identity);
-    seen_.insert(identity);
-    return isFirst;
+    return seen_.insert(EntryIdentity::of(info));
 }
 
 void Surveyor::count()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "extras/inodeset.h"
 #include "extras/targetfolder.h"
 #include "extras/targetroom.h"
 #include "extras/treewalk.h"
@@ -55,6 +56,6 @@ private:
     int source_ = -1;
     std::unique_ptr<TreeWalk> walk_;
     std::vector<Level> levels_;
-    QSet<EntryIdentity> seen_; ///< files with several names
+    InodeSet seen_; ///< files with several names
     bool hasBegun_ = false;
 };
