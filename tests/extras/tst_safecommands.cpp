@@ -16,9 +16,12 @@
 #include "widgets/kwidget.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
 #include <QSet>
+
+#include <algorithm>
 
 namespace
 {
@@ -222,6 +225,54 @@ private slots:
         // Going back has changed nothing, and nothing is listed anew.
         QCOMPARE(files().read("right/a"), QByteArray("right/"));
         QCOMPARE(QDir(fixture_->right()).entryList(QDir::Files).size(), 2);
+    }
+
+    /// More than the page lists: what is said for all counts for the others, too.
+    void moreThanAreListedAreAnsweredByKeys()
+    {
+        constexpr int Listed = 500;
+        constexpr int Many = Listed + 20;
+        for (int i = 0; i < Many; ++i) {
+            files().write("left/f/" + QString::number(i), "new");
+            files().write("right/f/" + QString::number(i), "old");
+        }
+        fixture_->start();
+        fixture_->toClipboard(CommandFixture::Copy, "f", 2);
+        QString replaced;
+        qint64 slowest = 0;
+        onPage([&] {
+            QCOMPARE(pageLines(), QStringList("Already there: 520 (OK: choose)"));
+            QCOMPARE(pageRows().size(), Listed + 1);
+            QCOMPARE(pageRows().last(), QString("And 20 more|Keep both"));
+            const auto press = [&slowest](int key) {
+                QElapsedTimer timer;
+                timer.start();
+                pressKey(key);
+                QCoreApplication::processEvents();
+                slowest = std::max(slowest, timer.elapsed());
+            };
+            press(PhoneKey::Return);
+            press('6');
+            QCOMPARE(pageRows().last(), QString("And 20 more|Leave out"));
+            for (int i = 0; i < Listed / 2; ++i)
+                press(PhoneKey::Down);
+            press(PhoneKey::Return);
+            press('1');
+            const QStringList rows = pageRows();
+            replaced = rows.at(Listed / 2).section('|', 0, 0);
+            QCOMPARE(rows.filter("|Replace"), QStringList(replaced + "|Replace"));
+            QCOMPARE(rows.filter("|Leave out").size(), Listed);
+            pressKey(PhoneKey::SoftLeft);
+        });
+        fixture_->paste();
+        QVERIFY(!replaced.isEmpty());
+        for (int i = 0; i < Many; ++i) {
+            const QString name = QString::number(i);
+            QCOMPARE(files().read("right/f/" + name), name == replaced ? "new" : "old");
+        }
+        QCOMPARE(QDir(fixture_->right("f")).entryList(QDir::Files).size(), Many);
+        // Each key is answered at once; a machine that has more to do may take some more.
+        QVERIFY2(slowest < 500, qPrintable(QString::number(slowest)));
     }
 
     void refusedOnesAreToldAndTheOthersDone()
