@@ -176,6 +176,31 @@ private slots:
         QVERIFY(detail.contains(QChar(0x2026)));
     }
 
+    /// Of a row with an icon the detail begins behind it, and ends before the date at the edge.
+    void detailIsCutOnlyWhereItHasNoRoom()
+    {
+        QPixmap icon(32, 32);
+        icon.fill(Qt::blue);
+        class Page : public EntryPage
+        {
+        public:
+            using EntryPage::detailFont;
+            using EntryPage::EntryPage;
+        };
+        Page page("Title");
+        const QFontMetrics metrics(page.detailFont());
+        const QString date = "\t20/11/2026";
+        constexpr int Text = ZScreen::Width - 5 - 32 - 3 - ZSkinService::ScrollBarWidth - 2;
+        const int room = Text - 8 - metrics.horizontalAdvance(date.mid(1));
+        QString fitting = "/";
+        // Widths are rounded.
+        while (metrics.horizontalAdvance(fitting + 'n') < room - 1)
+            fitting += 'n';
+        page.setRows({{"a", fitting + date, {}, icon}, {"b", fitting + "nn" + date, {}, icon}});
+        QCOMPARE(page.list()->item(0)->getSubItemText(1, 1), fitting + date);
+        QVERIFY(page.list()->item(1)->getSubItemText(1, 1).contains(QChar(0x2026)));
+    }
+
     void digitsChooseIfRowsHaveThem_data()
     {
         QTest::addColumn<bool>("digits");
