@@ -190,7 +190,6 @@ QString EntryPage::rowName(const Row& row, int index) const
 QString EntryPage::fittingDetail(const Row& row) const
 {
     constexpr int IconGap = 3;
-    constexpr int EndGap = 8;
     const QString& detail = row.detail;
     const qsizetype tab = detail.indexOf(QLatin1Char('\t'));
     const QString end = tab < 0 ? QString() : detail.mid(tab);
