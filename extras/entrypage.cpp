@@ -189,13 +189,14 @@ QString EntryPage::rowName(const Row& row, int index) const
 
 QString EntryPage::fittingDetail(const Row& row) const
 {
-    constexpr int IconGap = 4;
+    constexpr int IconGap = 3;
     const QString& detail = row.detail;
     const qsizetype tab = detail.indexOf(QLatin1Char('\t'));
     const QString end = tab < 0 ? QString() : detail.mid(tab);
     const int icon = row.icon.isNull() ? 0 : pixmapSize(row.icon).width() + IconGap;
-    const int room = detailRoom() - icon -
-                     (tab < 0 ? 0 : QFontMetrics(detailFont()).horizontalAdvance(end.mid(1)));
+    const int room =
+        detailRoom() - icon -
+        (tab < 0 ? 0 : QFontMetrics(detailFont()).horizontalAdvance(end.mid(1)) + EndGap);
     return elided(detailFont(), detail.left(tab), row.cut, room) + end;
 }
 

@@ -40,7 +40,6 @@ OperationKind kindOf(ExtrasModule::Kind kind)
     case ExtrasModule::Kind::Move:
         return OperationKind::Move;
     case ExtrasModule::Kind::Delete:
-    case ExtrasModule::Kind::DeleteForGood:
         break;
     }
     return OperationKind::Delete;
@@ -85,7 +84,7 @@ public:
         request.kind = kindOf(kind);
         request.sources = bytesOf(entries);
         request.target = encodedPath(folder);
-        return run(request, entries, kind == Kind::Delete);
+        return run(request, entries);
     }
 
     bool offerUnfinished() override
@@ -96,11 +95,11 @@ public:
         return offerUnfinishedOperations();
     }
 
-    Thrown throwAway(const QStringList& sources) override
+    Outcome throwAway(const QStringList& sources) override
     {
         const QStringList entries = entriesOf(sources);
         if (working || entries.isEmpty())
-            return {};
+            return {false, entries};
         const Working now;
         return throwAwayEntries(bytesOf(entries));
     }
@@ -110,25 +109,18 @@ public:
         if (working)
             return false;
         const Working now;
-        return showTrashScreen(encodedPath(folder));
+        return showTrashScreen(encodedPath(folder), Trash::placesOfUser());
     }
 
 private:
-    static Outcome run(const OperationRequest& request, const QStringList& entries, bool asks)
+    static Outcome run(const OperationRequest& request, const QStringList& entries)
     {
         OperationRun run(std::make_unique<Operation>(request), titleOf(request.kind));
         const bool isDelete = request.kind == OperationKind::Delete;
-        if (!run.survey() || (isDelete && asks && !run.askToDelete()) ||
-            (!isDelete && !run.askBefore()))
+        if (!run.survey() || !(isDelete ? run.askToDelete() : run.askBefore()))
             return {false, entries};
         run.work();
-        Outcome outcome{true, {}};
-        const QList<SourceOutcome>& ends = run.operation().outcomes();
-        for (qsizetype i = 0; i < ends.size(); ++i) {
-            if (ends.at(i) == SourceOutcome::Failed || ends.at(i) == SourceOutcome::NotReached)
-                outcome.left.append(entries.at(i));
-        }
-        return outcome;
+        return {true, run.left(entries)};
     }
 };
 

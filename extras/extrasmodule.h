@@ -9,8 +9,7 @@
 class ExtrasModule
 {
 public:
-    /// DeleteForGood: the user has been asked already.
-    enum class Kind { Copy, Move, Delete, DeleteForGood };
+    enum class Kind { Copy, Move, Delete };
 
     /// How an operation ended.
     struct Outcome {
@@ -28,16 +27,10 @@ public:
     /// that. True when files may have changed.
     virtual bool offerUnfinished() = 0;
 
-    /// What has become of entries that were to go into the trash.
-    struct Thrown {
-        bool begun = false;  ///< false when the user left it before anything was changed
-        QStringList left;    ///< still where they were
-        QStringList forGood; ///< without a trash, and the user agreed that they be deleted
-    };
-
-    /// Moves entries to the trash, with the question before, the progress, a list of what could not
-    /// be done, and a question about those that have no trash. Paths are absolute.
-    virtual Thrown throwAway(const QStringList& sources) = 0;
+    /// Moves entries to the trash, with the question before, the progress and a list of what could
+    /// not be done. Those that have no trash are deleted, if the user agrees to that. Paths are
+    /// absolute.
+    virtual Outcome throwAway(const QStringList& sources) = 0;
 
     /// Shows what is in the trash until the user leaves it. What nobody knows the place of can be
     /// restored to `folder`; not if that is empty. True when files elsewhere may have changed.

@@ -3,6 +3,10 @@
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
 
+#include <QSet>
+
+#include <utility>
+
 QList<EntryPage::Row> failureRows(const Listed<Failure>& failures)
 {
     QList<EntryPage::Row> rows;
@@ -19,4 +23,17 @@ QList<EntryPage::Row> failureRows(const Listed<Failure>& failures)
                      {},
                      {}});
     return rows;
+}
+
+bool wereTold(const Listed<Failure>& failures, const Listed<Failure>& told)
+{
+    QSet<std::pair<QByteArray, QString>> words;
+    for (const Failure& one : told.first)
+        words.insert({one.path, reasonText(one)});
+    for (const Failure& one : failures.first) {
+        if (!words.contains({one.path, reasonText(one)}))
+            return false;
+    }
+    // What is counted only may be anything.
+    return failures.count == failures.first.size();
 }

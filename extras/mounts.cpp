@@ -5,6 +5,9 @@
 
 #include <QByteArrayList>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 
@@ -12,17 +15,31 @@ namespace
 {
 
 constexpr qsizetype MostMountBytes = 16L * 1024 * 1024;
+constexpr qsizetype MostNoteBytes = 1024L * 1024;
 
-/// The kernel's own, which store nothing, and what may wait for somebody else: a question about a
-/// server or program that is gone does not return.
+/// What stores nothing: the kernel's own, what is only to be read, and what shows what lies
+/// elsewhere.
 constexpr std::array Unsuitable{
-    "9p",       "afs",        "autofs",     "binfmt_misc", "bpf",       "ceph",    "cgroup",
-    "cgroup2",  "cifs",       "coda",       "configfs",    "cramfs",    "debugfs", "devpts",
-    "devtmpfs", "efivarfs",   "fuse",       "fusectl",     "hugetlbfs", "iso9660", "mqueue",
-    "ncpfs",    "nfs",        "nfs4",       "nfsd",        "nsfs",      "proc",    "pstore",
-    "ramfs",    "rpc_pipefs", "securityfs", "selinuxfs",   "smb3",      "smbfs",   "squashfs",
-    "sysfs",    "tracefs",    "virtiofs",
+    "autofs",     "binfmt_misc", "bpf",           "cgroup",
+    "cgroup2",    "configfs",    "cramfs",        "debugfs",
+    "devpts",     "devtmpfs",    "efivarfs",      "fuse.gvfsd-fuse",
+    "fuse.lxcfs", "fuse.portal", "fuse.snapfuse", "fuse.squashfuse",
+    "fusectl",    "hugetlbfs",   "iso9660",       "mqueue",
+    "nfsd",       "nsfs",        "proc",          "pstore",
+    "ramfs",      "rpc_pipefs",  "securityfs",    "selinuxfs",
+    "squashfs",   "sysfs",       "tracefs",
 };
+
+/// What waits for a server, beside all that begins with "fuse".
+constexpr std::array OfServers{
+    "9p", "afs", "ceph", "cifs", "coda", "ncpfs", "nfs", "nfs4", "smb3", "smbfs", "virtiofs",
+};
+
+template<typename Names>
+bool isAmong(const Names& names, const QByteArray& type)
+{
+    return std::find(names.begin(), names.end(), type) != names.end();
+}
 
 bool isOctal(char digit)
 {
@@ -57,6 +74,7 @@ QList<Mount> parseMounts(QByteArrayView text)
 {
     // Number, parent, device, root, mount point, options, any number of others, "-", type, source,
     // options of the file system.
+    constexpr qsizetype Device = 2;
     constexpr qsizetype Point = 4;
     constexpr qsizetype Options = 5;
     QList<Mount> result;
@@ -68,6 +86,7 @@ QList<Mount> parseMounts(QByteArrayView text)
         bool isNumber = false;
         Mount mount;
         mount.id = fields.at(0).toULongLong(&isNumber);
+        mount.device = fields.at(Device);
         mount.point = unescaped(fields.at(Point));
         mount.type = fields.at(separator + 1);
         mount.readOnly = isReadOnly(fields.at(Options)) || isReadOnly(fields.at(separator + 3));
@@ -83,9 +102,47 @@ QList<Mount> readMounts(const QByteArray& file)
     return text ? parseMounts(*text) : QList<Mount>();
 }
 
+quint64 mountOf(int folder)
+{
+    struct statx about = {};
+    const bool known = ::statx(folder, "", AT_EMPTY_PATH, STATX_MNT_ID, &about) == 0 &&
+                       (about.stx_mask & STATX_MNT_ID) != 0;
+    return known ? about.stx_mnt_id : 0;
+}
+
+QByteArray fileSystemName(const Mount& mount, const QByteArray& devices)
+{
+    constexpr QByteArrayView Found = "E:ID_FS_TYPE=";
+    if (!mount.type.startsWith("fuse"))
+        return mount.type;
+    if (const qsizetype dot = mount.type.indexOf('.'); dot >= 0)
+        return mount.type.sliced(dot + 1);
+    if (mount.type != "fuseblk")
+        return {};
+    const auto notes = readRegular(decodeName(devices + "/b" + mount.device), MostNoteBytes);
+    for (const QByteArray& line : notes.value_or(QByteArray()).split('\n')) {
+        if (line.startsWith(Found))
+            return line.sliced(Found.size());
+    }
+    return {};
+}
+
+QByteArray fileSystemName(int folder)
+{
+    const quint64 id = mountOf(folder);
+    for (const Mount& mount : readMounts("/proc/self/mountinfo")) {
+        if (mount.id == id)
+            return fileSystemName(mount, "/run/udev/data");
+    }
+    return {};
+}
+
 bool keepsEntries(const Mount& mount)
 {
-    // "fuseblk" is a disk, all other programs in the user's space may be gone.
-    return !mount.readOnly && !mount.type.startsWith("fuse.") &&
-           std::find(Unsuitable.begin(), Unsuitable.end(), mount.type) == Unsuitable.end();
+    return !mount.readOnly && !isAmong(Unsuitable, mount.type);
+}
+
+bool isFar(const Mount& mount)
+{
+    return mount.type.startsWith("fuse") || isAmong(OfServers, mount.type);
 }

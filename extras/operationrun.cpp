@@ -146,21 +146,35 @@ bool OperationRun::askBefore()
         if (answer.kind != PageAnswer::Left)
             return false;
         page.decide(*operation_);
-        toldFailures_ = survey.troubles.count;
+        told_ = survey.troubles;
         return true;
     }
 }
 
-bool OperationRun::askToDelete()
+bool OperationRun::askToDelete(const QString& question, const QString& note)
 {
     const SurveyResult& survey = operation_->survey();
+    const OperationRequest& request = operation_->request();
     if (survey.entries == 0) {
         tellFailures();
         return false;
     }
-    return textView->showText(deleteTitle(operation_->request(), survey),
-                              deleteText(operation_->request(), survey), Qt::AlignHCenter,
-                              QStringLiteral("res/img/delete.png"), kWidget::Question) == 1;
+    const QString text =
+        deleteText(request, survey) + (note.isEmpty() ? note : QLatin1Char('\n') + note);
+    return textView->showText(question.isEmpty() ? deleteTitle(request, survey) : question, text,
+                              Qt::AlignHCenter, QStringLiteral("res/img/delete.png"),
+                              kWidget::Question) == 1;
+}
+
+QStringList OperationRun::left(const QStringList& sources) const
+{
+    QStringList result;
+    const QList<SourceOutcome>& ends = operation_->outcomes();
+    for (qsizetype i = 0; i < ends.size(); ++i) {
+        if (ends.at(i) == SourceOutcome::Failed || ends.at(i) == SourceOutcome::NotReached)
+            result.append(sources.at(i));
+    }
+    return result;
 }
 
 void OperationRun::work()
@@ -178,7 +192,7 @@ void OperationRun::work()
         if (operation_->state() == Operation::State::Asking)
             ask();
     }
-    if (operation_->failures().count > toldFailures_ ||
+    if (!wereTold(operation_->failures(), told_) ||
         (operation_->journalError() != 0 && !toldOfJournal))
         tellFailures();
 }

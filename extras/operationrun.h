@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -27,11 +28,14 @@ public:
     /// Tells what is not plain, if anything is. False if the user went back, or nothing is left to
     /// be done.
     bool askBefore();
-    /// Asks whether to delete what was counted.
-    bool askToDelete();
+    /// Asks whether to delete what was counted; with another question than usual, and a line about
+    /// it, if they are given.
+    bool askToDelete(const QString& question = {}, const QString& note = {});
     /// Begins if it has not begun, goes on to the end or until it is cancelled, and tells what
     /// could not be done.
     void work();
+    /// Those of `sources`, one for each of the operation, that are not done, or not wholly.
+    QStringList left(const QStringList& sources) const;
 
 private:
     bool isBusy() const;
@@ -48,5 +52,5 @@ private:
     QElapsedTimer begun_;
     QElapsedTimer refreshed_;
     bool cancelling_ = false;
-    qint64 toldFailures_ = 0; ///< by the page before
+    Listed<Failure> told_; ///< by the page before
 };

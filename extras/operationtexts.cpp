@@ -188,6 +188,10 @@ QString errorText(int error)
 
 QString reasonText(const Failure& failure)
 {
+    // What is made under a name of ours and cannot get its own has one that is not possible there.
+    if (failure.trouble == Trouble::CannotRename &&
+        (failure.error == EINVAL || failure.error == EILSEQ))
+        return troubleText(Trouble::BadName);
     const bool isRefused =
         failure.trouble < Trouble::CannotRead && failure.trouble != Trouble::NotAllowed;
     const QString said = isRefused ? QString() : errorText(failure.error);

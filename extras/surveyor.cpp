@@ -2,10 +2,8 @@
 
 #include "extras/entryfacts.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 Surveyor::Surveyor(const Work& work) : work_(work), sources_(work.request) {}
@@ -54,9 +52,8 @@ void Surveyor::begin()
     levels_.back().joined = QByteArray();
     if (faccessat(target_->cursor().top(), ".", W_OK | X_OK, AT_EACCESS) != 0)
         result_.troubles.add({work_.request.target, Trouble::TargetUnusable, errno});
-    struct statvfs room = {};
-    if (fstatvfs(target_->cursor().top(), &room) == 0)
-        result_.freeBytes = qint64(room.f_bavail) * qint64(room.f_frsize);
+    room_ = TargetRoom(target_->cursor().top(), target_->limits());
+    result_.freeBytes = room_.freeBytes();
 }
 
 bool Surveyor::nextSource()
@@ -92,7 +89,7 @@ void Surveyor::see()
                       EntryMark::withBirth(walk_->folder(), nameOf(walk_->path()), walk_->info()));
     const QByteArray name =
         isTop && !work_.request.newName.isEmpty() ? work_.request.newName : nameOf(walk_->path());
-    if (deletes() || target_ == nullptr || !target_->isOpen()) {
+    if (!writes()) {
         count();
         if (isFolder)
             levels_.push_back({});
@@ -152,17 +149,21 @@ bool Surveyor::isWhole(const QByteArray& name)
         result_.folders += S_ISDIR(info.st_mode) ? 1 : 0;
         return false;
     }
-    count();
     if (S_ISDIR(info.st_mode)) {
         levels_.push_back({joins, {}});
-    } else if (S_ISREG(info.st_mode)) {
-        const qint64 stored = qint64(info.st_blocks) * 512;
-        const bool isCounted = info.st_nlink > 1 && seen_.contains(EntryIdentity::of(info));
-        result_.neededBytes += isCounted ? 0 : std::min<qint64>(stored, info.st_size);
-        if (info.st_nlink > 1)
-            seen_.insert(EntryIdentity::of(info));
+        result_.neededBytes += joins ? 0 : room_.ofFolder();
     }
+    count();
     return true;
+}
+
+/// A file with several names is written, or goes, only once; whether that is with this one.
+bool Surveyor::isFirstName()
+{
+    const struct stat& info = walk_->info();
+    if (info.st_nlink < 2 || (writes() && !target_->limits().keepsLinks))
+        return true;
+    return seen_.insert(EntryIdentity::of(info));
 }
 
 void Surveyor::count()
@@ -171,12 +172,10 @@ void Surveyor::count()
     ++result_.entries;
     if (S_ISDIR(info.st_mode))
         ++result_.folders;
-    if (!S_ISREG(info.st_mode))
+    if (!S_ISREG(info.st_mode) || !isFirstName())
         return;
-    const bool isCounted = info.st_nlink > 1 && seen_.contains(EntryIdentity::of(info));
-    result_.bytes += isCounted ? 0 : info.st_size;
-    if (deletes() && info.st_nlink > 1)
-        seen_.insert(EntryIdentity::of(info));
+    result_.bytes += info.st_size;
+    result_.neededBytes += writes() ? room_.ofFile(info) : 0;
 }
 
 void Surveyor::end()

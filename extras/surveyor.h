@@ -1,6 +1,8 @@
 #pragma once
 
+#include "extras/inodeset.h"
 #include "extras/targetfolder.h"
+#include "extras/targetroom.h"
 #include "extras/treewalk.h"
 #include "extras/work.h"
 
@@ -35,12 +37,14 @@ private:
     bool nextSource();
     void see();
     void count();
+    bool isFirstName();
     bool fits(const QByteArray& name);
     bool isWhole(const QByteArray& name);
     void enter(const std::optional<QByteArray>& joined);
     void walkFailed();
     void trouble(Trouble trouble, int error);
     void end();
+    bool writes() const { return target_ != nullptr && target_->isOpen(); }
     bool deletes() const { return work_.request.kind == OperationKind::Delete; }
 
     const Work& work_;
@@ -48,9 +52,10 @@ private:
     QHash<int, EntryMark> marks_;
     SourceFolders sources_;
     std::unique_ptr<TargetFolder> target_;
+    TargetRoom room_;
     int source_ = -1;
     std::unique_ptr<TreeWalk> walk_;
     std::vector<Level> levels_;
-    QSet<EntryIdentity> seen_; ///< files with several names
+    InodeSet seen_; ///< files with several names
     bool hasBegun_ = false;
 };

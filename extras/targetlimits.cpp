@@ -1,5 +1,7 @@
 #include "extras/targetlimits.h"
 
+#include "extras/mounts.h"
+
 #include <QString>
 #include <QStringDecoder>
 
@@ -12,6 +14,7 @@ namespace
 constexpr quint64 FatKind = 0x4d44;
 constexpr quint64 ExfatKind = 0x2011bab0;
 constexpr quint64 NtfsKind = 0x7366746e;
+constexpr quint64 FuseKind = 0x65735546;
 
 constexpr qint64 MostFatBytes = (qint64(1) << 32) - 1;
 constexpr qint64 MostTextUnits = 255;
@@ -33,21 +36,40 @@ TargetLimits TargetLimits::of(int folder)
     struct statfs info = {};
     if (fstatfs(folder, &info) != 0)
         return {};
-    return ofKind(quint64(info.f_type), qint64(info.f_namelen));
+    const auto nameBytes = qint64(info.f_namelen);
+    return quint64(info.f_type) == FuseKind ? ofProgram(fileSystemName(folder), nameBytes)
+                                            : ofKind(quint64(info.f_type), nameBytes);
 }
 
 TargetLimits TargetLimits::ofKind(quint64 kind, qint64 nameBytes)
 {
     TargetLimits limits;
     if (kind == FatKind || kind == ExfatKind || kind == NtfsKind) {
-        limits.namesAreTexts = true;
+        limits.namesAreTexts = limits.namesAreOfDos = limits.hasClusters = true;
         limits.mostNameUnits = MostTextUnits;
-        limits.ignoresCase = kind != NtfsKind;
     } else if (nameBytes > 0) {
         limits.mostNameUnits = nameBytes;
     }
+    if (kind == FatKind || kind == ExfatKind) {
+        limits.ignoresCase = true;
+        limits.keepsHoles = limits.keepsLinks = false;
+    }
     if (kind == FatKind)
         limits.mostFileBytes = MostFatBytes;
+    return limits;
+}
+
+TargetLimits TargetLimits::ofProgram(const QByteArray& name, qint64 nameBytes)
+{
+    if (name == "vfat" || name == "fat" || name == "fusefat")
+        return ofKind(FatKind, nameBytes);
+    if (name == "exfat" || name == "exfat-fuse")
+        return ofKind(ExfatKind, nameBytes);
+    if (name != "ntfs" && name != "ntfs-3g")
+        return ofKind(FuseKind, nameBytes);
+    TargetLimits limits = ofKind(NtfsKind, nameBytes);
+    // Whether these are refused is up to how it was mounted, which nobody can ask.
+    limits.namesAreOfDos = false;
     return limits;
 }
 
@@ -57,7 +79,8 @@ bool TargetLimits::takesName(const QByteArray& name) const
         return name.size() <= mostNameUnits;
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(name);
-    return !decoder.hasError() && text.size() <= mostNameUnits && isTextForDos(text);
+    return !decoder.hasError() && text.size() <= mostNameUnits &&
+           (!namesAreOfDos || isTextForDos(text));
 }
 
 QByteArray TargetLimits::nameKey(const QByteArray& name) const

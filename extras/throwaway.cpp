@@ -1,10 +1,11 @@
 #include "extras/throwaway.h"
 
+#include "extras/aside.h"
 #include "extras/entrypage.h"
-#include "extras/failurerows.h"
+#include "extras/operation.h"
+#include "extras/operationrun.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
-#include "extras/slices.h"
 #include "extras/trash.h"
 #include "extras/trashwords.h"
 #include "extras/waiting.h"
@@ -13,8 +14,10 @@
 #include "lang/texts.h"
 #include "widgets/kwidget.h"
 
-#include <QElapsedTimer>
-
+#include <atomic>
+#include <cerrno>
+#include <memory>
+#include <mutex>
 #include <optional>
 
 namespace
@@ -26,7 +29,8 @@ bool asked(const QString& title, const QString& text)
                               kWidget::Question) == 1;
 }
 
-/// What has become of entries, and of those that are still to go.
+/// What has become of entries, and of those that are still to go. A thread of its own sees to that,
+/// while others ask.
 class ThrowingAway
 {
 public:
@@ -36,22 +40,27 @@ public:
             ids_.append(entryId(decodeName(path)));
     }
 
-    /// Goes on for about that long; false when it is at the end.
-    bool step(int milliseconds)
+    void run(const std::atomic<bool>& isStopped)
     {
-        QElapsedTimer timer;
-        timer.start();
-        while (next_ < paths_.size() && timer.elapsed() < milliseconds)
-            throwAway(next_++);
-        return next_ < paths_.size();
+        while (!isStopped && next_ < paths_.size())
+            throwAway(next_, isStopped);
     }
 
     qsizetype done() const { return next_; }
-    const QList<QByteArray>& withoutTrash() const { return withoutTrash_; }
-    const QList<TrashFailure>& failures() const { return failures_; }
+    QList<QByteArray> withoutTrash() const
+    {
+        const std::lock_guard lock(mutex_);
+        return withoutTrash_;
+    }
+    QList<TrashFailure> failures() const
+    {
+        const std::lock_guard lock(mutex_);
+        return failures_;
+    }
     /// Those that are still where they were, the ones without a trash not among them.
     QStringList left() const
     {
+        const std::lock_guard lock(mutex_);
         QStringList result;
         for (const TrashFailure& failure : failures_)
             result.append(decodeName(failure.path));
@@ -61,25 +70,30 @@ public:
     }
 
 private:
-    void throwAway(qsizetype index)
+    void throwAway(qsizetype index, const std::atomic<bool>& isStopped)
     {
         const QByteArray& path = paths_.at(index);
         // What has taken its name while the question was open is not what was meant.
         const bool isMeant = ids_.at(index) && entryId(decodeName(path)) == ids_.at(index);
         const Trash::Result result =
-            isMeant ? trash_.put(path) : Trash::Result{Trash::Outcome::Gone, 0, {}};
+            isMeant ? trash_.put(path, isStopped) : Trash::Result{Trash::Outcome::Gone, 0, {}};
+        const std::lock_guard lock(mutex_);
+        if (result.error == ECANCELED)
+            return;
         if (result.outcome == Trash::Outcome::NoTrash)
             withoutTrash_.append(path);
         else if (result.outcome != Trash::Outcome::Done)
             failures_.append({path, result.outcome, result.error});
+        ++next_;
     }
 
-    Trash trash_{Trash::placesOfUser()};
-    QList<QByteArray> paths_;
+    const Trash trash_{Trash::placesOfUser()};
+    const QList<QByteArray> paths_;
     QList<std::optional<EntryId>> ids_;
+    mutable std::mutex mutex_;
     QList<QByteArray> withoutTrash_;
     QList<TrashFailure> failures_;
-    qsizetype next_ = 0;
+    std::atomic<qsizetype> next_ = 0;
 };
 
 void tell(const QList<TrashFailure>& failures)
@@ -97,29 +111,44 @@ void tell(const QList<TrashFailure>& failures)
     }
 }
 
+/// Deletes what has no trash, if the user agrees. What is still there then.
+QStringList deletedForGood(const QList<QByteArray>& paths)
+{
+    QStringList names;
+    for (const QByteArray& path : paths)
+        names.append(decodeName(path));
+    if (paths.isEmpty())
+        return names;
+    OperationRequest request;
+    request.kind = OperationKind::Delete;
+    request.sources = paths;
+    OperationRun run(std::make_unique<Operation>(request), titleOf(request.kind));
+    const SafeTexts& texts = SafeTexts::instance();
+    // It is counted before the question: only what that has named goes.
+    if (!run.survey() || !run.askToDelete(texts.forGood, texts.noTrash))
+        return names;
+    run.work();
+    return run.left(names);
+}
+
 } // namespace
 
-ExtrasModule::Thrown throwAwayEntries(const QList<QByteArray>& paths)
+ExtrasModule::Outcome throwAwayEntries(const QList<QByteArray>& paths)
 {
     const SafeTexts& texts = SafeTexts::instance();
-    ThrowingAway work(paths);
+    // What is thrown away is on its medium then, which may be slow: this thread does not wait.
+    const auto work = std::make_shared<ThrowingAway>(paths);
     if (!asked(texts.toTrash, namesText(paths)))
-        return {};
-    runInSlices(
-        texts.movingToTrash, [&work](int milliseconds) { return work.step(milliseconds); },
+        return {false, {}};
+    runAside(
+        texts.movingToTrash, [work](const std::atomic<bool>& isStopped) { work->run(isStopped); },
         [&work, &texts, &paths] {
-            return QStringList{filledText(texts.entries, QString::number(work.done()) +
+            return QStringList{filledText(texts.entries, QString::number(work->done()) +
                                                              QStringLiteral(" / ") +
                                                              QString::number(paths.size()))};
         });
-    if (!work.failures().isEmpty())
-        tell(work.failures());
-    ExtrasModule::Thrown result{true, work.left(), {}};
-    const QList<QByteArray>& others = work.withoutTrash();
-    const bool forGood =
-        !others.isEmpty() &&
-        asked(texts.forGood, namesText(others) + QStringLiteral("<hr>") + texts.noTrash);
-    for (const QByteArray& path : others)
-        (forGood ? result.forGood : result.left).append(decodeName(path));
-    return result;
+    if (!work->failures().isEmpty())
+        tell(work->failures());
+    const QStringList left = work->left();
+    return {true, left + deletedForGood(work->withoutTrash())};
 }

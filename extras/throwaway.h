@@ -5,6 +5,6 @@
 #include <QByteArray>
 #include <QList>
 
-/// Moves entries to the trash, with the questions before and a list of what could not be done
-/// after; see ExtrasModule::throwAway().
-ExtrasModule::Thrown throwAwayEntries(const QList<QByteArray>& paths);
+/// Moves entries to the trash, or deletes them where there is none, with the questions before and
+/// lists of what could not be done after; see ExtrasModule::throwAway().
+ExtrasModule::Outcome throwAwayEntries(const QList<QByteArray>& paths);

@@ -102,6 +102,29 @@ void forgetStaleSizes(const TrashFolder& trash)
         writeTrashedSizes(trash.folder(), after);
 }
 
+QList<TrashEntry> entriesOf(const std::vector<TrashFolder>& trashes)
+{
+    QList<TrashEntry> result;
+    for (const TrashFolder& trash : trashes) {
+        const TrashedSizes sizes = readTrashedSizes(trash.folder());
+        for (const QByteArray& name : namesIn(trash.files())) {
+            const TrashEntry entry = entryNamed(trash, name, sizes);
+            if (!entry.name.isEmpty())
+                result.append(entry);
+        }
+    }
+    return result;
+}
+
+void tidyAll(const std::vector<TrashFolder>& trashes, qint64 settledAfter)
+{
+    const qint64 settledBefore = QDateTime::currentSecsSinceEpoch() - settledAfter;
+    for (const TrashFolder& trash : trashes) {
+        removeStaleInfos(trash, settledBefore);
+        forgetStaleSizes(trash);
+    }
+}
+
 } // namespace
 
 QByteArray TrashEntry::formerName() const
@@ -122,12 +145,33 @@ Trash::Places Trash::placesOfUser()
     return places;
 }
 
+/// Of the file systems that answer at once.
 std::vector<QByteArray> Trash::tops() const
 {
     std::vector<QByteArray> result;
     for (const Mount& mount : readMounts(places_.mounts)) {
-        if (keepsEntries(mount))
+        if (keepsEntries(mount) && !isFar(mount))
             result.push_back(mount.point);
+    }
+    return result;
+}
+
+QByteArrayList Trash::farTops() const
+{
+    QByteArrayList result;
+    for (const Mount& mount : readMounts(places_.mounts)) {
+        if (keepsEntries(mount) && isFar(mount) && !result.contains(mount.point))
+            result.append(mount.point);
+    }
+    return result;
+}
+
+std::vector<TrashFolder> Trash::existingAt(const QByteArray& top) const
+{
+    std::vector<TrashFolder> result;
+    for (auto* open : {&TrashFolder::shared, &TrashFolder::own}) {
+        if (auto trash = open(top, places_.user, TrashFolder::Missing::Leave))
+            result.push_back(std::move(*trash));
     }
     return result;
 }
@@ -136,39 +180,49 @@ std::vector<TrashFolder> Trash::existing() const
 {
     std::vector<TrashFolder> result;
     // The same place may be mounted several times.
-    const auto add = [&result](std::optional<TrashFolder> trash) {
-        if (trash && std::none_of(result.begin(), result.end(), [&trash](const TrashFolder& other) {
-                return other.id() == trash->id();
-            }))
-            result.push_back(std::move(*trash));
+    const auto add = [&result](TrashFolder trash) {
+        if (std::none_of(result.begin(), result.end(),
+                         [&trash](const TrashFolder& other) { return other.id() == trash.id(); }))
+            result.push_back(std::move(trash));
     };
-    add(TrashFolder::inHome(places_.dataHome, TrashFolder::Missing::Leave));
+    if (auto home = TrashFolder::inHome(places_.dataHome, TrashFolder::Missing::Leave))
+        add(std::move(*home));
     for (const QByteArray& top : tops()) {
-        add(TrashFolder::shared(top, places_.user, TrashFolder::Missing::Leave));
-        add(TrashFolder::own(top, places_.user, TrashFolder::Missing::Leave));
+        for (TrashFolder& trash : existingAt(top))
+            add(std::move(trash));
     }
     return result;
+}
+
+std::optional<TrashFolder> Trash::at(const QByteArray& path) const
+{
+    if (path == TrashFolder::homePath(places_.dataHome))
+        return TrashFolder::inHome(places_.dataHome, TrashFolder::Missing::Leave);
+    for (const Mount& mount : readMounts(places_.mounts)) {
+        if (path == TrashFolder::sharedPath(mount.point, places_.user))
+            return TrashFolder::shared(mount.point, places_.user, TrashFolder::Missing::Leave);
+        if (path == TrashFolder::ownPath(mount.point, places_.user))
+            return TrashFolder::own(mount.point, places_.user, TrashFolder::Missing::Leave);
+    }
+    return std::nullopt;
 }
 
 QList<TrashEntry> Trash::entries() const
 {
-    QList<TrashEntry> result;
-    for (const TrashFolder& trash : existing()) {
-        const TrashedSizes sizes = readTrashedSizes(trash.folder());
-        for (const QByteArray& name : namesIn(trash.files())) {
-            const TrashEntry entry = entryNamed(trash, name, sizes);
-            if (!entry.name.isEmpty())
-                result.append(entry);
-        }
-    }
-    return result;
+    return entriesOf(existing());
+}
+
+QList<TrashEntry> Trash::entriesAt(const QByteArray& top) const
+{
+    return entriesOf(existingAt(top));
 }
 
 void Trash::tidy() const
 {
-    const qint64 settledBefore = QDateTime::currentSecsSinceEpoch() - places_.settledAfter;
-    for (const TrashFolder& trash : existing()) {
-        removeStaleInfos(trash, settledBefore);
-        forgetStaleSizes(trash);
-    }
+    tidyAll(existing(), places_.settledAfter);
+}
+
+void Trash::tidyAt(const QByteArray& top) const
+{
+    tidyAll(existingAt(top), places_.settledAfter);
 }

@@ -3,8 +3,10 @@
 #include "extras/trashfolder.h"
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QList>
 
+#include <atomic>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -52,7 +54,8 @@ public:
         Refused, ///< it is a trash, or a trash lies in it
         Gone,    ///< it is not there, or not the one that was meant
         Taken,   ///< there is something at its place
-        Failed   ///< `error` says why
+        Elsewhere, ///< that is on another file system, at the path of the result
+        Failed     ///< `error` says why
     };
     struct Result {
         Outcome outcome = Outcome::Done;
@@ -66,28 +69,44 @@ public:
     };
 
     /// Moves an entry into the trash: of the home folder if that is on the same file system, else
-    /// at the top of its own. What lies in a trash already has none.
-    Result put(const QByteArray& path) const;
+    /// at the top of its own. What lies in a trash already has none. Waits for the medium; what is
+    /// stopped before the entry has moved fails with ECANCELED.
+    Result put(const QByteArray& path, const std::atomic<bool>& isStopped = Never) const;
 
-    /// All there is in all trashes, in no order. What has no usable info file is there, too.
+    /// All there is in all trashes that are near, in no order. What has no usable info file is
+    /// there, too.
     QList<TrashEntry> entries() const;
+    /// The tops of file systems that others answer for, who may be gone. Asks none of them.
+    QByteArrayList farTops() const;
+    /// What is in the trashes at the top of a file system.
+    QList<TrashEntry> entriesAt(const QByteArray& top) const;
 
-    /// Moves an entry to `path`, which is where it was or another place on its file system. Folders
-    /// that are missing on the way are made.
+    /// Moves an entry to `path`, which is where it was or another place. Folders that are missing
+    /// on the way are made. What would have to be copied is not: the caller does that, and then has
+    /// it forgotten.
     Result restore(const TrashEntry& entry, const QByteArray& path, WhenTaken whenTaken) const;
+    /// Removes what the trash still tells of an entry that has left it. False if it has not.
+    bool forget(const TrashEntry& entry) const;
 
     /// Deletes an entry. A folder leaves the list at once and is taken apart by a TrashRemoval.
     Result expunge(const TrashEntry& entry) const;
 
     /// Removes what interrupted work of any program left: info files of nothing, sizes of nothing.
     void tidy() const;
+    /// The same at the top of a file system.
+    void tidyAt(const QByteArray& top) const;
 
-    /// The trashes that there are, each once.
+    /// The trashes that there are, each once, but for those that are far.
     std::vector<TrashFolder> existing() const;
+    /// The trash with that path, be it far.
+    std::optional<TrashFolder> at(const QByteArray& path) const;
 
 private:
+    static constexpr std::atomic<bool> Never = false;
+
     using Candidate = std::function<std::optional<TrashFolder>()>;
 
+    std::vector<TrashFolder> existingAt(const QByteArray& top) const;
     std::vector<QByteArray> tops() const;
     std::vector<Candidate> candidates(int folder) const;
 

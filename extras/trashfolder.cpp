@@ -16,6 +16,13 @@ namespace
 
 constexpr mode_t Private = 0700;
 constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr char OwnStart[] = ".Trash-";
+
+/// What somebody has set up for all users.
+QByteArray commonPath(const QByteArray& top)
+{
+    return (top == "/" ? QByteArray() : top) + "/.Trash";
+}
 
 /// A folder in another one, not through a link.
 FileHandle subfolder(int parent, const QByteArray& name, TrashFolder::Missing missing)
@@ -71,13 +78,28 @@ std::optional<TrashFolder> TrashFolder::in(FileHandle folder, const QByteArray& 
     return trash;
 }
 
+QByteArray TrashFolder::homePath(const QByteArray& dataHome)
+{
+    return dataHome + "/Trash";
+}
+
+QByteArray TrashFolder::sharedPath(const QByteArray& top, uid_t user)
+{
+    return commonPath(top) + '/' + QByteArray::number(user);
+}
+
+QByteArray TrashFolder::ownPath(const QByteArray& top, uid_t user)
+{
+    return (top == "/" ? QByteArray() : top) + '/' + OwnStart + QByteArray::number(user);
+}
+
 std::optional<TrashFolder> TrashFolder::inHome(const QByteArray& dataHome, Missing missing)
 {
     if (dataHome.isEmpty()) {
         errno = ENOENT;
         return std::nullopt;
     }
-    const QByteArray path = dataHome + "/Trash";
+    const QByteArray path = homePath(dataHome);
     if (missing == Missing::Make && !makeFolders(path))
         return std::nullopt;
     return in(FileHandle(::open(path.constData(), FolderFlags)), path, dataHome, true, missing);
@@ -85,8 +107,7 @@ std::optional<TrashFolder> TrashFolder::inHome(const QByteArray& dataHome, Missi
 
 std::optional<TrashFolder> TrashFolder::shared(const QByteArray& top, uid_t user, Missing missing)
 {
-    const QByteArray path = (top == "/" ? QByteArray() : top) + "/.Trash";
-    const FileHandle all(::open(path.constData(), FolderFlags | O_NOFOLLOW));
+    const FileHandle all(::open(commonPath(top).constData(), FolderFlags | O_NOFOLLOW));
     struct stat about = {};
     if (!all.isOpen() || ::fstat(all.get(), &about) != 0)
         return std::nullopt;
@@ -98,7 +119,7 @@ std::optional<TrashFolder> TrashFolder::shared(const QByteArray& top, uid_t user
     FileHandle folder = subfolder(all.get(), name, missing);
     if (!folder.isOpen() || !isOwnedBy(folder, user))
         return std::nullopt;
-    return in(std::move(folder), path + '/' + name, top, false, missing);
+    return in(std::move(folder), sharedPath(top, user), top, false, missing);
 }
 
 std::optional<TrashFolder> TrashFolder::own(const QByteArray& top, uid_t user, Missing missing)
@@ -106,12 +127,11 @@ std::optional<TrashFolder> TrashFolder::own(const QByteArray& top, uid_t user, M
     const FileHandle topFolder(::open(top.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!topFolder.isOpen())
         return std::nullopt;
-    const QByteArray name = ".Trash-" + QByteArray::number(user);
+    const QByteArray name = OwnStart + QByteArray::number(user);
     FileHandle folder = subfolder(topFolder.get(), name, missing);
     if (!folder.isOpen() || !isOwnedBy(folder, user))
         return std::nullopt;
-    return in(std::move(folder), (top == "/" ? QByteArray() : top) + '/' + name, top, false,
-              missing);
+    return in(std::move(folder), ownPath(top, user), top, false, missing);
 }
 
 FileHandle TrashFolder::expunged(Missing missing) const

@@ -33,6 +33,11 @@ public:
     /// The user's own at the top of a file system: ".Trash-" and the number.
     static std::optional<TrashFolder> own(const QByteArray& top, uid_t user, Missing missing);
 
+    // The paths that they have, without a question to anybody.
+    static QByteArray homePath(const QByteArray& dataHome);
+    static QByteArray sharedPath(const QByteArray& top, uid_t user);
+    static QByteArray ownPath(const QByteArray& top, uid_t user);
+
     const QByteArray& path() const { return path_; }
     /// Where relative paths of info files start.
     const QByteArray& base() const { return base_; }

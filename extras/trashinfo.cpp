@@ -7,8 +7,8 @@ namespace
 {
 
 constexpr QByteArrayView Group = "[Trash Info]";
-constexpr QByteArrayView PathKey = "Path=";
-constexpr QByteArrayView DateKey = "DeletionDate=";
+constexpr QByteArrayView PathKey = "Path";
+constexpr QByteArrayView DateKey = "DeletionDate";
 const QLatin1String DateForm("yyyy-MM-ddTHH:mm:ss");
 
 int hexValue(char digit)
@@ -23,6 +23,36 @@ int hexValue(char digit)
 bool goesUp(const QByteArray& path)
 {
     return path.split('/').contains("..");
+}
+
+/// What stands before the sign in a line, without blanks; nothing of a remark or another line.
+QByteArray keyOf(const QByteArray& line)
+{
+    return line.startsWith('#') ? QByteArray()
+                                : line.first(qMax<qsizetype>(line.indexOf('='), 0)).trimmed();
+}
+
+/// What stands behind it, blanks at its beginning left out.
+QByteArrayView valueOf(const QByteArray& line)
+{
+    qsizetype at = line.indexOf('=') + 1;
+    while (at < line.size() && (line.at(at) == ' ' || line.at(at) == '\t'))
+        ++at;
+    return QByteArrayView(line).sliced(at);
+}
+
+/// The line with the group, which only remarks and empty ones may stand before; -1 if there is
+/// none.
+qsizetype groupStart(const QByteArrayList& lines)
+{
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        const QByteArray line = lines.at(i).trimmed();
+        if (line == Group)
+            return i;
+        if (!line.isEmpty() && !line.startsWith('#'))
+            break;
+    }
+    return -1;
 }
 
 qint64 secondsOf(QByteArrayView date)
@@ -65,28 +95,31 @@ QByteArray trashInfoText(const TrashInfo& info)
 {
     const QByteArray date =
         QDateTime::fromSecsSinceEpoch(info.deleted).toString(DateForm).toLatin1();
-    return Group.toByteArray() + '\n' + PathKey.toByteArray() + percentEncoded(info.path) + '\n' +
-           DateKey.toByteArray() + date + '\n';
+    return Group.toByteArray() + '\n' + PathKey.toByteArray() + '=' + percentEncoded(info.path) +
+           '\n' + DateKey.toByteArray() + '=' + date + '\n';
 }
 
 std::optional<TrashInfo> parseTrashInfo(QByteArrayView text)
 {
     QByteArrayList lines = text.toByteArray().split('\n');
-    if (lines.first().trimmed() != Group)
-        return std::nullopt;
     // A path without the end of its line may be the first half of one.
-    if (lines.last().startsWith(PathKey))
+    if (keyOf(lines.last()) == PathKey)
         lines.removeLast();
+    const qsizetype first = groupStart(lines);
+    if (first < 0)
+        return std::nullopt;
     std::optional<QByteArray> path;
     std::optional<qint64> deleted;
-    // Of a key that stands there twice the first one counts.
-    for (const QByteArray& line : lines) {
-        if (!path && line.startsWith(PathKey)) {
-            path = percentDecoded(QByteArrayView(line).sliced(PathKey.size()));
+    // Of a key that stands there twice the first one counts, and what another group tells does not.
+    for (const QByteArray& line : lines.sliced(first + 1)) {
+        if (line.startsWith('['))
+            break;
+        if (!path && keyOf(line) == PathKey) {
+            path = percentDecoded(valueOf(line));
             if (!path)
                 return std::nullopt;
-        } else if (!deleted && line.startsWith(DateKey)) {
-            deleted = secondsOf(QByteArrayView(line).sliced(DateKey.size()));
+        } else if (!deleted && keyOf(line) == DateKey) {
+            deleted = secondsOf(valueOf(line));
         }
     }
     if (!path || path->isEmpty() || goesUp(*path))

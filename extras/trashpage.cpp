@@ -60,9 +60,16 @@ TrashPage::TrashPage() : EntryPage(SafeTexts::instance().trash)
 
 void TrashPage::setEntries(const QList<TrashEntry>& entries)
 {
-    const int row = currentRow();
+    int row = currentRow();
+    const TrashEntry before = row >= 0 ? entries_.at(row) : TrashEntry();
     entries_ = entries;
     std::sort(entries_.begin(), entries_.end(), isLater);
+    const auto same =
+        std::find_if(entries_.begin(), entries_.end(), [&before](const TrashEntry& entry) {
+            return entry.trash == before.trash && entry.name == before.name;
+        });
+    if (same != entries_.end())
+        row = int(same - entries_.begin());
     const bool isEmpty = entries_.isEmpty();
     setEmptyText(isEmpty ? SafeTexts::instance().trashEmpty : QString());
     setRowsLater(int(entries_.size()), isEmpty ? QSize() : pixmapSize(icon(entries_.first())),

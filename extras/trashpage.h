@@ -17,7 +17,7 @@ public:
 
     TrashPage();
 
-    /// Shows these entries; the highlight stays on its row, or goes to the last.
+    /// Shows these entries; the highlight stays on its entry, else on its row, or goes to the last.
     void setEntries(const QList<TrashEntry>& entries);
     const QList<TrashEntry>& entries() const { return entries_; }
     /// The highlighted one; nothing is highlighted only while there are none.

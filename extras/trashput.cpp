@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <utility>
@@ -79,14 +80,6 @@ bool isBelow(int folder, const TrashedId& sought)
     return false;
 }
 
-quint64 mountOf(int folder)
-{
-    struct statx about = {};
-    const bool known = ::statx(folder, "", AT_EMPTY_PATH, STATX_MNT_ID, &about) == 0 &&
-                       (about.stx_mask & STATX_MNT_ID) != 0;
-    return known ? about.stx_mnt_id : 0;
-}
-
 dev_t deviceOf(int folder)
 {
     struct stat about = {};
@@ -147,9 +140,16 @@ QByteArray trashedName(const QByteArray& name, int number)
     return NameParts::of(name).numbered(number, LongestTrashedName);
 }
 
+/// Whether an error says that a file system has no such renaming, rather than that it failed.
+bool isUnable(int error)
+{
+    return error == EXDEV || error == ENOSYS || error == EOPNOTSUPP;
+}
+
 /// Tries one trash, under the first name that is free there. The info file is on the disk before
 /// the entry moves: nothing is ever in the trash without its origin.
-Trash::Result putInto(const TrashFolder& trash, const Place& place)
+Trash::Result putInto(const TrashFolder& trash, const Place& place,
+                      const std::atomic<bool>& isStopped)
 {
     const QByteArray text =
         trashInfoText({toldPath(trash, place.path), QDateTime::currentSecsSinceEpoch()});
@@ -163,16 +163,28 @@ Trash::Result putInto(const TrashFolder& trash, const Place& place)
                 continue;
             return {Trash::Outcome::NoTrash, errno, {}};
         }
-        if (renameToFree(place.folder.get(), place.name, trash.files(), name)) {
+        errno = ECANCELED;
+        if (!isStopped && renameToFree(place.folder.get(), place.name, trash.files(), name)) {
             ::fsync(trash.files());
             return {Trash::Outcome::Done, 0, trash.path() + "/files/" + name};
         }
         const int error = errno;
         ::unlinkat(trash.info(), infoNameOf(name).constData(), 0);
         if (error != EEXIST)
-            return {error == EXDEV ? Trash::Outcome::NoTrash : Trash::Outcome::Failed, error, {}};
+            return {isUnable(error) ? Trash::Outcome::NoTrash : Trash::Outcome::Failed, error, {}};
     }
     return {Trash::Outcome::NoTrash, EEXIST, {}};
+}
+
+/// What a trash has to do with an entry that is to be thrown away, if it lies in one or one in it.
+std::optional<Trash::Result> refusedBy(const TrashFolder& trash, const Place& place,
+                                       const struct stat& entry)
+{
+    if (isBelow(trash.files(), idOf(entry)) || isBelow(trash.info(), idOf(entry)))
+        return Trash::Result{Trash::Outcome::Refused, 0, {}};
+    if (isBelow(place.folder.get(), trash.id()))
+        return Trash::Result{Trash::Outcome::NoTrash, 0, {}};
+    return std::nullopt;
 }
 
 } // namespace
@@ -197,7 +209,7 @@ std::vector<Trash::Candidate> Trash::candidates(int folder) const
     return result;
 }
 
-Trash::Result Trash::put(const QByteArray& path) const
+Trash::Result Trash::put(const QByteArray& path, const std::atomic<bool>& isStopped) const
 {
     Place place;
     if (!path.startsWith('/') || path.endsWith('/') || path.endsWith("/.") || path.endsWith("/.."))
@@ -207,10 +219,8 @@ Trash::Result Trash::put(const QByteArray& path) const
         ::fstatat(place.folder.get(), place.name.constData(), &about, AT_SYMLINK_NOFOLLOW) != 0)
         return {errno == ENOENT ? Trash::Outcome::Gone : Trash::Outcome::Failed, errno, {}};
     for (const TrashFolder& trash : existing()) {
-        if (isBelow(trash.files(), idOf(about)) || isBelow(trash.info(), idOf(about)))
-            return {Trash::Outcome::Refused, 0, {}};
-        if (isBelow(place.folder.get(), trash.id()))
-            return {Trash::Outcome::NoTrash, 0, {}};
+        if (const auto refused = refusedBy(trash, place, about))
+            return *refused;
     }
     Trash::Result result{Trash::Outcome::NoTrash, 0, {}};
     for (const Candidate& candidate : candidates(place.folder.get())) {
@@ -219,10 +229,10 @@ Trash::Result Trash::put(const QByteArray& path) const
             result.error = errno;
             continue;
         }
-        // It may have been made just now.
-        if (isBelow(trash->folder(), idOf(about)))
-            return {Trash::Outcome::Refused, 0, {}};
-        result = putInto(*trash, place);
+        // It may have been made just now, or be far.
+        if (const auto refused = refusedBy(*trash, place, about))
+            return *refused;
+        result = putInto(*trash, place, isStopped);
         if (result.outcome == Trash::Outcome::Done && S_ISDIR(about.st_mode))
             rememberSize(*trash, result.path.sliced(result.path.lastIndexOf('/') + 1));
         if (result.outcome != Trash::Outcome::NoTrash)

@@ -10,9 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <vector>
+#include <optional>
 
 namespace
 {
@@ -26,19 +25,11 @@ Trash::Result failed()
     return {Trash::Outcome::Failed, errno, {}};
 }
 
-const TrashFolder* trashOf(const TrashEntry& entry, const std::vector<TrashFolder>& trashes)
-{
-    const auto found =
-        std::find_if(trashes.begin(), trashes.end(),
-                     [&entry](const TrashFolder& trash) { return trash.path() == entry.trash; });
-    return found != trashes.end() ? &*found : nullptr;
-}
-
 /// Whether an entry is still the one that was listed.
-bool isStillThere(const TrashFolder* trash, const TrashEntry& entry)
+bool isStillThere(const std::optional<TrashFolder>& trash, const TrashEntry& entry)
 {
     struct stat about = {};
-    return trash != nullptr &&
+    return trash &&
            ::fstatat(trash->files(), entry.name.constData(), &about, AT_SYMLINK_NOFOLLOW) == 0 &&
            TrashedId{about.st_dev, about.st_ino} == entry.id;
 }
@@ -75,39 +66,70 @@ QByteArray moveToFree(const TrashFolder& trash, const TrashEntry& entry, int fol
     return {};
 }
 
+/// The first name in a row that is free, for what cannot be renamed there; or nothing.
+QByteArray freeName(int folder, const QByteArray& name, bool anyNumber)
+{
+    struct stat about = {};
+    if (!lookAt(folder, name, about))
+        return name;
+    const auto isPending = [](const QByteArray&) { return false; };
+    return anyNumber ? freeNameIn(folder, name, LongestName, isPending) : QByteArray();
+}
+
 } // namespace
 
 Trash::Result Trash::restore(const TrashEntry& entry, const QByteArray& path,
                              WhenTaken whenTaken) const
 {
-    const std::vector<TrashFolder> trashes = existing();
-    const TrashFolder* trash = trashOf(entry, trashes);
+    const std::optional<TrashFolder> trash = at(entry.trash);
     if (!isStillThere(trash, entry))
         return {Trash::Outcome::Gone, 0, {}};
     const FileHandle folder = folderFor(path);
     if (!folder.isOpen())
         return failed();
     const QByteArray name = path.sliced(path.lastIndexOf('/') + 1);
-    QByteArray given =
-        moveToFree(*trash, entry, folder.get(), name, whenTaken == WhenTaken::KeepBoth);
+    const bool anyNumber = whenTaken == WhenTaken::KeepBoth;
+    bool isElsewhere = false;
+    const auto place = [&] {
+        QByteArray given = moveToFree(*trash, entry, folder.get(), name, anyNumber);
+        isElsewhere = given.isEmpty() && errno == EXDEV;
+        if (!isElsewhere)
+            return given;
+        given = freeName(folder.get(), name, anyNumber);
+        errno = EEXIST;
+        return given;
+    };
+    QByteArray given = place();
     if (given.isEmpty() && errno == EEXIST && whenTaken == WhenTaken::Replace) {
         const Trash::Result replaced = put(path);
         if (replaced.outcome != Trash::Outcome::Done && replaced.outcome != Trash::Outcome::Gone)
             return replaced;
-        given = moveToFree(*trash, entry, folder.get(), name, false);
+        given = place();
     }
     if (given.isEmpty())
         return errno == EEXIST ? Result{Trash::Outcome::Taken, 0, path} : failed();
+    const QByteArray where = path.first(path.size() - name.size()) + given;
+    if (isElsewhere)
+        return {Trash::Outcome::Elsewhere, EXDEV, where};
     // Whatever happens now, the entry must not be where nobody knows of it.
     ::fsync(folder.get());
     ::unlinkat(trash->info(), infoNameOf(entry.name).constData(), 0);
-    return {Trash::Outcome::Done, 0, path.first(path.size() - name.size()) + given};
+    return {Trash::Outcome::Done, 0, where};
+}
+
+bool Trash::forget(const TrashEntry& entry) const
+{
+    const std::optional<TrashFolder> trash = at(entry.trash);
+    struct stat about = {};
+    if (!trash || lookAt(trash->files(), entry.name, about) || errno != ENOENT)
+        return false;
+    ::unlinkat(trash->info(), infoNameOf(entry.name).constData(), 0);
+    return true;
 }
 
 Trash::Result Trash::expunge(const TrashEntry& entry) const
 {
-    const std::vector<TrashFolder> trashes = existing();
-    const TrashFolder* trash = trashOf(entry, trashes);
+    const std::optional<TrashFolder> trash = at(entry.trash);
     if (!isStillThere(trash, entry))
         return {Trash::Outcome::Gone, 0, {}};
     if (!S_ISDIR(entry.mode)) {

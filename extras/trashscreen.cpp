@@ -1,9 +1,12 @@
 #include "extras/trashscreen.h"
 
+#include "extras/aside.h"
+#include "extras/fartrashes.h"
+#include "extras/operation.h"
+#include "extras/operationrun.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
 #include "extras/slices.h"
-#include "extras/trash.h"
 #include "extras/trashpage.h"
 #include "extras/trashremoval.h"
 #include "extras/trashwords.h"
@@ -15,7 +18,12 @@
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
+#include <QSet>
+
+#include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -31,7 +39,8 @@ bool confirmed(const QString& title, const QString& text, const char* picture)
 class TrashVisit
 {
 public:
-    explicit TrashVisit(QByteArray folder) : folder_(std::move(folder))
+    TrashVisit(QByteArray folder, const Trash::Places& places)
+        : trash_(places), folder_(std::move(folder)), far_(trash_, [this] { showFar(); })
     {
         // What is asked for while something goes on is about a list that is no longer true.
         QObject::connect(&page_, &TrashPage::commanded, &page_, [this](int command) {
@@ -44,19 +53,34 @@ public:
     /// Whether anything outside the trash was changed.
     bool run()
     {
-        page_.setEntries(trash_.entries());
+        list();
         page_.show();
         removeExpunged();
         trash_.tidy();
         while (const auto command = nextCommand()) {
             carryOut(*command);
             if (command != TrashPage::Properties)
-                page_.setEntries(trash_.entries());
+                list();
         }
         return changed_;
     }
 
 private:
+    /// Shows what there is now, and what was far when it last answered, which is asked again.
+    void list()
+    {
+        near_ = trash_.entries();
+        page_.setEntries(near_ + far_.entries());
+        far_.ask();
+    }
+
+    /// Those who have been asked have answered. A list that something is being done with stays.
+    void showFar()
+    {
+        if (isWaiting_)
+            page_.setEntries(near_ + far_.entries());
+    }
+
     /// What the user wants next; nothing if it is to leave.
     std::optional<int> nextCommand()
     {
@@ -91,17 +115,54 @@ private:
         const QByteArray path = placeFor(entry);
         if (path.isEmpty())
             return;
-        Trash::Result result = trash_.restore(entry, path, Trash::WhenTaken::Tell);
+        Trash::Result result = restored(entry, path, Trash::WhenTaken::Tell);
         if (result.outcome == Trash::Outcome::Taken) {
             const auto whenTaken = askWhenTaken(path);
             if (!whenTaken)
                 return;
-            result = trash_.restore(entry, path, *whenTaken);
+            result = restored(entry, path, *whenTaken);
         }
-        if (result.outcome == Trash::Outcome::Done)
+        if (result.outcome == Trash::Outcome::Elsewhere)
+            bring(entry, result.path);
+        else if (result.outcome == Trash::Outcome::Done)
             changed_ = true;
         else
             tell(entry, result);
+        if (result.outcome == Trash::Outcome::Done)
+            far_.drop(entry);
+    }
+
+    /// The medium is waited for in another thread. What does not come to an end is as if it had:
+    /// the list shows what has become of it.
+    Trash::Result restored(const TrashEntry& entry, const QByteArray& path,
+                           Trash::WhenTaken whenTaken) const
+    {
+        const auto result = std::make_shared<Trash::Result>();
+        const bool isDone = runAside(
+            SafeTexts::instance().restore,
+            [result, trash = trash_, entry, path, whenTaken](const std::atomic<bool>&) {
+                *result = trash.restore(entry, path, whenTaken);
+            },
+            [&entry] { return QStringList{formerNameText(entry)}; });
+        return isDone ? *result : Trash::Result();
+    }
+
+    /// Moves an entry to its place on another file system.
+    void bring(const TrashEntry& entry, const QByteArray& path)
+    {
+        const qsizetype slash = path.lastIndexOf('/');
+        OperationRequest request;
+        request.kind = OperationKind::Move;
+        request.sources = {entry.trash + "/files/" + entry.name};
+        request.target = path.first(slash + 1);
+        request.newName = path.sliced(slash + 1);
+        OperationRun run(std::make_unique<Operation>(request), SafeTexts::instance().restore);
+        if (!run.survey() || !run.askBefore())
+            return;
+        run.work();
+        changed_ = true;
+        if (trash_.forget(entry))
+            far_.drop(entry);
     }
 
     /// Where an entry is to go: where it was, or, if nobody knows that, where the user agrees to.
@@ -140,7 +201,7 @@ private:
     {
         if (!confirmed(SafeTexts::instance().forGood, namesText({nameOf(entry)}), "delete.png"))
             return;
-        const Trash::Result result = trash_.expunge(entry);
+        const Trash::Result result = expunged(entry);
         if (result.outcome != Trash::Outcome::Done)
             tell(entry, result);
         else
@@ -163,7 +224,7 @@ private:
                 constexpr int AtOnce = 20;
                 for (int i = 0; i < AtOnce && next < entries.size(); ++i) {
                     const TrashEntry& entry = entries.at(next++);
-                    const Trash::Result result = trash_.expunge(entry);
+                    const Trash::Result result = expunged(entry);
                     if (result.outcome == Trash::Outcome::Failed)
                         failure = TrashFailure{nameOf(entry), result.outcome, result.error};
                 }
@@ -181,11 +242,29 @@ private:
             showError(shownNameOf(failure->path) + QLatin1Char('\n') + reasonText(*failure));
     }
 
-    /// Takes folders apart that are to go, from another time too.
+    Trash::Result expunged(const TrashEntry& entry)
+    {
+        const Trash::Result result = trash_.expunge(entry);
+        if (result.outcome == Trash::Outcome::Done) {
+            far_.drop(entry);
+            begun_.insert(entry.trash);
+        }
+        return result;
+    }
+
+    /// Takes folders apart that are to go, from another time too; of trashes that are far only in
+    /// those that something has just been deleted from.
     void removeExpunged()
     {
         const SafeTexts& texts = SafeTexts::instance();
-        TrashRemoval removal(trash_.existing());
+        std::vector<TrashFolder> trashes = trash_.existing();
+        for (const TrashFolder& trash : trashes)
+            begun_.remove(trash.path());
+        for (const QByteArray& path : std::exchange(begun_, {})) {
+            if (auto trash = trash_.at(path))
+                trashes.push_back(std::move(*trash));
+        }
+        TrashRemoval removal(trashes);
         if (!removal.isNeeded())
             return;
         const bool isDone = runInSlices(
@@ -208,9 +287,12 @@ private:
                   reasonText(TrashFailure{nameOf(entry), result.outcome, result.error}));
     }
 
-    Trash trash_{Trash::placesOfUser()};
+    Trash trash_;
     TrashPage page_;
     QByteArray folder_;
+    QList<TrashEntry> near_;
+    FarTrashes far_;
+    QSet<QByteArray> begun_; ///< paths of trashes that something was deleted from
     bool changed_ = false;
     bool isWaiting_ = false;
     bool leaves_ = false;
@@ -219,8 +301,8 @@ private:
 
 } // namespace
 
-bool showTrashScreen(const QByteArray& folder)
+bool showTrashScreen(const QByteArray& folder, const Trash::Places& places)
 {
-    TrashVisit visit(folder);
+    TrashVisit visit(folder, places);
     return visit.run();
 }

@@ -9,8 +9,6 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
-
 namespace
 {
 
@@ -41,11 +39,12 @@ QString reasonText(const TrashFailure& failure)
     case Trash::Outcome::NoTrash:
         return failure.error != 0 ? errorText(failure.error) : texts.noTrash;
     case Trash::Outcome::Done:
+    case Trash::Outcome::Elsewhere:
     case Trash::Outcome::Taken:
     case Trash::Outcome::Failed:
         break;
     }
-    return failure.error == EXDEV ? texts.otherDrive : errorText(failure.error);
+    return errorText(failure.error);
 }
 
 QString formerNameText(const TrashEntry& entry)

@@ -4,10 +4,7 @@
 
 #include "browser/filebrowserftab.h"
 #include "extras/openextras.h"
-#include "lang/texts.h"
 #include "platform/zscreen.h"
-#include "shell/settings.h"
-#include "widgets/errorbox.h"
 
 void FM::deleteToTrash()
 {
@@ -20,27 +17,11 @@ void FM::deleteToTrash()
     ExtrasModule* module = extrasOrError();
     if (module == nullptr)
         return;
-    const ExtrasModule::Thrown thrown = module->throwAway(entries);
-    if (!thrown.begun)
+    const ExtrasModule::Outcome outcome = module->throwAway(entries);
+    if (!outcome.begun)
         return;
-    const QStringList left = thrown.left + deleteForGood(module, thrown.forGood);
     for (const Page page : {Panel1, Panel2})
-        panel(page)->relistByName(marked ? left : QStringList());
-}
-
-/// What is still there then.
-QStringList FM::deleteForGood(ExtrasModule* module, const QStringList& entries)
-{
-    if (extras.safe && !entries.isEmpty())
-        return module->run(ExtrasModule::Kind::DeleteForGood, entries, QString()).left;
-    QStringList left;
-    for (const QString& entry : entries) {
-        if (!DeleteFile(entry))
-            showError(LANG_UNABLE_DELETE);
-        if (isTaken(entry))
-            left.append(entry);
-    }
-    return left;
+        panel(page)->relistByName(marked ? outcome.left : QStringList());
 }
 
 void FM::slot_Trash()

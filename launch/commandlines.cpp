@@ -22,11 +22,29 @@ ShellBytes executable(const QString& workFolder, const QString& name)
     return ownPath(pluginExecutable(workFolder, name));
 }
 
-/// A list has a line for each file, so with exact names those with a line break cannot be in it.
+/// A list has a line for each file. One that a line cannot tell stands there as an address, in
+/// which the player reads some signs otherwise; so do these two.
+constexpr char AddressStart[] = "file://";
+constexpr char AsLines[] =
+    R"(sed -z '/\n/{s/%/%25/g;s/#/%23/g;s/?/%3F/g;s/\n/%0A/g;s|^|file://|}' | tr '\0' '\n')";
+
+bool isLine(const QString& file)
+{
+    return !file.contains(QLatin1Char('\n')) && !file.endsWith(QLatin1Char('\r'));
+}
+
+ShellBytes addressForShell(const QString& file)
+{
+    const ShellBytes bytes = shellBytes(file);
+    return bytes ? ShellBytes("'" + (AddressStart + bytes->toPercentEncoding("/")) + "'") : bytes;
+}
+
 ShellBytes musicBelow(const QString& folder)
 {
-    return joined({"find ", quotedForShell(folder), " -type f -name ",
-                   extras.safe ? "'*.mp3' ! -path '*\n*'" : "*.mp3", " -print | sort"});
+    if (extras.safe)
+        return joined({"find ", quotedForShell(folder),
+                       " -type f -name '*.mp3' -print0 | sort -z | ", AsLines});
+    return joined({"find ", quotedForShell(folder), " -type f -name *.mp3 -print | sort"});
 }
 
 } // namespace
@@ -70,10 +88,9 @@ ShellBytes CommandLine::addFolder(const QString& workFolder, const QString& fold
 ShellBytes CommandLine::addFile(const QString& workFolder, const QString& file)
 {
     if (extras.safe) {
-        if (file.contains(QLatin1Char('\n')))
-            return std::nullopt;
-        return joined(
-            {"printf '%s\\n' ", quotedForShell(file), " >> ", ownPath(playlist(workFolder))});
+        return joined({"printf '%s\\n' ",
+                       isLine(file) ? quotedForShell(file) : addressForShell(file), " >> ",
+                       ownPath(playlist(workFolder))});
     }
     // Some shells' echo reads backslashes, which would name another file.
     if (!file.isValidUtf16() && file.contains(QLatin1Char('\\')))

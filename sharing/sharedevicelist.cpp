@@ -36,7 +36,7 @@ QString ShareDeviceList::wordBehind(const QString& before, const QString& word) 
 {
     const QFontMetrics metrics(detailFont());
     return metrics.elidedText(word, Qt::ElideRight,
-                              detailRoom() - metrics.horizontalAdvance(before));
+                              detailRoom() - EndGap - metrics.horizontalAdvance(before));
 }
 
 ZListBoxItem* ShareDeviceList::makeRow(const BluetoothDevice& device) const

@@ -161,7 +161,7 @@ void FM::connectSignals()
     if (const QString notice = takeNoticeFile(); !notice.isNull())
         new AfterStart(
             this, [] { return true; }, [notice] { showNotice(notice); });
-    if (extras.safe)
+    if (extras.safe || extras.trash)
         new AfterStart(this, hasUnfinished, [this] { offerUnfinished(); });
 }
 

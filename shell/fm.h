@@ -188,7 +188,6 @@ private:
     ExtrasModule* extrasOrError();
     void deleteSafely();
     void deleteToTrash();
-    QStringList deleteForGood(ExtrasModule* module, const QStringList& entries);
     void pasteSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder);
     void runSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder,
                    bool wereMarked);

@@ -62,8 +62,9 @@ QLabel* ListPage::addLine(Line place, Tone tone)
 
 int ListPage::detailRoom()
 {
-    constexpr int Beside = 24; // the edges, the scroll bar and a gap
-    return ZScreen::Width - Beside;
+    constexpr int Left = ZSkinService::MarkWidth + 1;
+    constexpr int Right = ZSkinService::ScrollBarWidth + 2;
+    return ZScreen::Width - Left - Right;
 }
 
 void ListPage::keyPressEvent(QKeyEvent* event)

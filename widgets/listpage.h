@@ -34,6 +34,8 @@ protected:
     /// Adds an empty line of text as the last of those above or below the list. It is the page's.
     QLabel* addLine(Line place, Tone tone);
 
+    /// Before what stands at the right edge of a second line.
+    static constexpr int EndGap = 8;
     /// How wide the second line of a row without an icon may be.
     static int detailRoom();
     const QFont& detailFont() const { return detailFont_; }

@@ -10,6 +10,7 @@
 #include <optional>
 #include <sys/stat.h>
 #include <sys/statfs.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -57,6 +58,8 @@ struct Faults {
     std::function<void()> beforeReplacing;
     bool hidesSizes = false;
     std::optional<quint64> unflushable;
+    qint64 blockBytes = 0; ///< 0: as it is
+    qint64 freeBlocks = 0;
     std::function<void(int)> beforeReading;
     int reads = 0;
     bool isReading = false;
@@ -167,6 +170,12 @@ void CallFaults::failFlushingOf(quint64 inode, int error)
 void CallFaults::pretendKind(quint64 kind)
 {
     current->kind = kind;
+}
+
+void CallFaults::pretendRoom(qint64 blockBytes, qint64 blocks)
+{
+    current->blockBytes = blockBytes;
+    current->freeBlocks = blocks;
 }
 
 void CallFaults::beforeReading(std::function<void(int)> work)
@@ -284,6 +293,19 @@ int fstatfs(int file, struct statfs* info)
     const int result = int(syscall(SYS_fstatfs, file, info));
     if (current != nullptr && current->kind)
         info->f_type = decltype(info->f_type)(*current->kind);
+    return result;
+}
+
+int fstatvfs(int file, struct statvfs* info)
+{
+    // Where numbers of 32 bits are usual it has another name.
+    static const auto theirs = reinterpret_cast<decltype(&fstatvfs)>(
+        dlsym(RTLD_NEXT, sizeof(long) < sizeof(off_t) ? "fstatvfs64" : "fstatvfs"));
+    const int result = theirs(file, info);
+    if (current != nullptr && current->blockBytes > 0) {
+        info->f_bsize = info->f_frsize = decltype(info->f_frsize)(current->blockBytes);
+        info->f_bavail = decltype(info->f_bavail)(current->freeBlocks);
+    }
     return result;
 }
 }

@@ -39,6 +39,8 @@ public:
     void failFlushingOf(quint64 inode, int error);
     /// Every file system is of that kind.
     void pretendKind(quint64 kind);
+    /// Every file system has that many free blocks of that size.
+    void pretendRoom(qint64 blockBytes, qint64 blocks);
     /// Runs before each read of a file, with the number of such calls before it.
     void beforeReading(std::function<void(int)> work);
     /// Moves and links from one folder to another seem to leave the file system.

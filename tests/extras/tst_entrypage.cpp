@@ -103,6 +103,29 @@ private slots:
         QCOMPARE(page.list()->item(1)->getSubItemText(1, 0), "1.txt");
     }
 
+    void highlightStaysOnItsEntryWhenOthersCome()
+    {
+        const auto entry = [](const char* name, qint64 deleted) {
+            TrashEntry result;
+            result.trash = "/trash";
+            result.name = name;
+            result.path = QByteArray("/folder/") + name;
+            result.deleted = deleted;
+            result.mode = S_IFREG | 0644;
+            return result;
+        };
+        TrashPage page;
+        page.setEntries({entry("a", 20), entry("b", 10)});
+        page.show();
+        pressKey(PhoneKey::Down);
+        page.setEntries({entry("a", 20), entry("b", 10), entry("late", 30)});
+        QCOMPARE(page.currentRow(), 2);
+        QCOMPARE(page.current().name, QByteArray("b"));
+        // One that has gone leaves its row.
+        page.setEntries({entry("a", 20), entry("late", 30)});
+        QCOMPARE(page.currentRow(), 1);
+    }
+
     void programsThatReadTheScreenKnowAPage()
     {
         page_->setLines({"Already there: 2"});
@@ -151,6 +174,31 @@ private slots:
         const QString detail = page_->list()->item(0)->getSubItemText(1, 1);
         QVERIFY(detail.startsWith("xx") && detail.endsWith("\tend"));
         QVERIFY(detail.contains(QChar(0x2026)));
+    }
+
+    /// Of a row with an icon the detail begins behind it, and ends before the date at the edge.
+    void detailIsCutOnlyWhereItHasNoRoom()
+    {
+        QPixmap icon(32, 32);
+        icon.fill(Qt::blue);
+        class Page : public EntryPage
+        {
+        public:
+            using EntryPage::detailFont;
+            using EntryPage::EntryPage;
+        };
+        Page page("Title");
+        const QFontMetrics metrics(page.detailFont());
+        const QString date = "\t20/11/2026";
+        constexpr int Text = ZScreen::Width - 5 - 32 - 3 - ZSkinService::ScrollBarWidth - 2;
+        const int room = Text - 8 - metrics.horizontalAdvance(date.mid(1));
+        QString fitting = "/";
+        // Widths are rounded.
+        while (metrics.horizontalAdvance(fitting + 'n') < room - 1)
+            fitting += 'n';
+        page.setRows({{"a", fitting + date, {}, icon}, {"b", fitting + "nn" + date, {}, icon}});
+        QCOMPARE(page.list()->item(0)->getSubItemText(1, 1), fitting + date);
+        QVERIFY(page.list()->item(1)->getSubItemText(1, 1).contains(QChar(0x2026)));
     }
 
     void digitsChooseIfRowsHaveThem_data()

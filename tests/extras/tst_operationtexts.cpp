@@ -93,6 +93,38 @@ private slots:
         QCOMPARE(failureRows(failures).last().name, QString("And 7 more"));
     }
 
+    void aNameThatIsRefusedIsSaidToBe()
+    {
+        const QString impossible = "The name is not possible there";
+        QCOMPARE(reasonText({"/a:b", Trouble::CannotRename, EINVAL}), impossible);
+        QCOMPARE(reasonText({"/a\xff", Trouble::CannotRename, EILSEQ}), impossible);
+        QVERIFY(reasonText({"/a", Trouble::CannotRead, EINVAL}) != impossible);
+        QCOMPARE(reasonText({"/a", Trouble::CannotWrite, EFBIG}),
+                 QString("Too large for the drive there"));
+    }
+
+    void whatWasToldIsTheSameEntryForTheSameReason()
+    {
+        Listed<Failure> told;
+        told.add({"/a", Trouble::NotAllowed, EACCES});
+        told.add({"/b", Trouble::TooLarge, EFBIG});
+        Listed<Failure> failures;
+        QVERIFY(wereTold(failures, {}));
+        failures.add({"/a", Trouble::CannotRead, EACCES});
+        QVERIFY(wereTold(failures, told));
+        QVERIFY(!wereTold(failures, {}));
+        failures.add({"/b", Trouble::CannotWrite, ENOSPC});
+        QVERIFY(!wereTold(failures, told));
+    }
+
+    void whatIsCountedOnlyWasNotTold()
+    {
+        Listed<Failure> failures;
+        for (qint64 i = 0; i <= Listed<Failure>::Most; ++i)
+            failures.add({"/a", Trouble::CannotRead, EIO});
+        QVERIFY(!wereTold(failures, failures));
+    }
+
     void figuresAreBytesWhereThereAreAny()
     {
         OperationProgress progress;

@@ -16,9 +16,12 @@
 #include "widgets/kwidget.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
 #include <QSet>
+
+#include <algorithm>
 
 namespace
 {
@@ -242,6 +245,54 @@ private slots:
         QCOMPARE(QDir(fixture_->right()).entryList(QDir::Files).size(), 2);
     }
 
+    /// More than the page lists: what is said for all counts for the others, too.
+    void moreThanAreListedAreAnsweredByKeys()
+    {
+        constexpr int Listed = 500;
+        constexpr int Many = Listed + 20;
+        for (int i = 0; i < Many; ++i) {
+            files().write("left/f/" + QString::number(i), "new");
+            files().write("right/f/" + QString::number(i), "old");
+        }
+        fixture_->start();
+        fixture_->toClipboard(CommandFixture::Copy, "f", 2);
+        QString replaced;
+        qint64 slowest = 0;
+        onPage([&] {
+            QCOMPARE(pageLines(), QStringList("Already there: 520 (OK: choose)"));
+            QCOMPARE(pageRows().size(), Listed + 1);
+            QCOMPARE(pageRows().last(), QString("And 20 more|Keep both"));
+            const auto press = [&slowest](int key) {
+                QElapsedTimer timer;
+                timer.start();
+                pressKey(key);
+                QCoreApplication::processEvents();
+                slowest = std::max(slowest, timer.elapsed());
+            };
+            press(PhoneKey::Return);
+            press('6');
+            QCOMPARE(pageRows().last(), QString("And 20 more|Leave out"));
+            for (int i = 0; i < Listed / 2; ++i)
+                press(PhoneKey::Down);
+            press(PhoneKey::Return);
+            press('1');
+            const QStringList rows = pageRows();
+            replaced = rows.at(Listed / 2).section('|', 0, 0);
+            QCOMPARE(rows.filter("|Replace"), QStringList(replaced + "|Replace"));
+            QCOMPARE(rows.filter("|Leave out").size(), Listed);
+            pressKey(PhoneKey::SoftLeft);
+        });
+        fixture_->paste();
+        QVERIFY(!replaced.isEmpty());
+        for (int i = 0; i < Many; ++i) {
+            const QString name = QString::number(i);
+            QCOMPARE(files().read("right/f/" + name), name == replaced ? "new" : "old");
+        }
+        QCOMPARE(QDir(fixture_->right("f")).entryList(QDir::Files).size(), Many);
+        // Each key is answered at once; a machine that has more to do may take some more.
+        QVERIFY2(slowest < 500, qPrintable(QString::number(slowest)));
+    }
+
     void refusedOnesAreToldAndTheOthersDone()
     {
         fixture_->write(1, {"folder/in", "other"});
@@ -374,13 +425,52 @@ private slots:
         fixture_->goTo(2);
         onPage([] {
             QVERIFY(pageRows().at(0).startsWith("secret|"));
-            pressKey(pageKeys().at(0).isEmpty() ? PhoneKey::SoftRight : PhoneKey::SoftLeft);
-            onPage([] { pressKey(PhoneKey::SoftRight); });
+            pressKey(PhoneKey::SoftRight);
         });
         fixture_->paste();
         QTRY_VERIFY(entryPage() == nullptr);
         QCOMPARE(QDir(fixture_->right()).entryList(QDir::Files | QDir::Hidden), QStringList("a"));
         QCOMPARE(fixture_->panel(1)->getChkFileList(), QStringList(fixture_->left("secret")));
+    }
+
+    /// As many fail as were told before, but not the same.
+    void whatWasNotToldBeforeIsToldAfterwards()
+    {
+        fixture_->write(1, {"f/in", "plain"});
+        files().setMode("left/f", 0);
+        fixture_->start();
+        fixture_->mark({"f", "plain"});
+        CommandFixture::choose(CommandFixture::Copy);
+        fixture_->goTo(2);
+        bool isTold = false;
+        onPage([this, &isTold] {
+            QCOMPARE(pageRows(), QStringList("f|No permission"));
+            files().setMode("left/f", 0755);
+            files().setMode("left/plain", 0);
+            pressKey(PhoneKey::SoftLeft);
+            onPage([&isTold] {
+                isTold = pageRows() == QStringList("plain|No permission");
+                pressKey(PhoneKey::SoftRight);
+            });
+        });
+        fixture_->paste();
+        QVERIFY(isTold);
+        QVERIFY(files().exists("right/f/in"));
+    }
+
+    void whatWasToldBeforeIsNotToldAgain()
+    {
+        fixture_->write(1, {"f/in", "plain"});
+        files().setMode("left/f", 0);
+        fixture_->start();
+        fixture_->mark({"f", "plain"});
+        CommandFixture::choose(CommandFixture::Copy);
+        fixture_->goTo(2);
+        onPage([] { pressKey(PhoneKey::SoftLeft); });
+        // Another page would wait for a key, and nobody gives one.
+        fixture_->paste();
+        QVERIFY(files().exists("right/plain"));
+        files().setMode("left/f", 0755);
     }
 
     void backEntryIsNeverASource()

@@ -7,6 +7,7 @@
 #include "platform/zoptionsmenu.h"
 #include "shell/fm.h"
 #include "shell/settings.h"
+#include "tests/extras/callfaults.h"
 #include "tests/extras/safescreens.h"
 #include "tests/fileops/commandtest.h"
 #include "tests/support/keys.h"
@@ -256,6 +257,52 @@ private slots:
         QCOMPARE(files().read("left/a"), QByteArray("other"));
     }
 
+    void aMediumThatTakesLongIsNotWaitedFor()
+    {
+        fixture_->write(1, {"a", "b"});
+        fixture_->start();
+        fixture_->mark({"a", "b"});
+        fixture_->log().expect({yes});
+        bool isShown = false;
+        {
+            CallFaults faults;
+            faults.holdFlushing();
+            once([&faults] { return operationBox() != nullptr && faults.isFlushing(); },
+                 [&isShown] {
+                     isShown = true;
+                     leave();
+                 });
+            CommandFixture::choose(CommandFixture::Delete);
+            QVERIFY(faults.isFlushing());
+        }
+        QVERIFY(isShown);
+        QCOMPARE(fixture_->panel(1)->getChkFileList().size(), 2);
+        // What was stopped does not go when the medium is there again, and leaves nothing.
+        QTRY_VERIFY(QDir(data_->path("Trash/info")).isEmpty());
+        QVERIFY(files().exists("left/a") && files().exists("left/b"));
+        QCOMPARE(trashed(), QStringList());
+    }
+
+    void aMediumThatTakesLongIsNotWaitedForByARestore()
+    {
+        fixture_->write(1, {"a"});
+        fixture_->start();
+        throwAway("a");
+        CallFaults faults;
+        faults.holdFlushing();
+        bool isShown = false;
+        follow({{rows(1), choosing('1')},
+                {[&faults] { return operationBox() != nullptr && faults.isFlushing(); },
+                 [&isShown] {
+                     isShown = true;
+                     leave();
+                 }},
+                {[] { return pageWithKeys() != nullptr; }, leave}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QVERIFY(isShown);
+        QCOMPARE(files().read("left/a"), QByteArray("a"));
+    }
+
     void whatFailsIsToldAndStaysMarked()
     {
         fixture_->write(1, {"b"});
@@ -294,10 +341,7 @@ private slots:
         extras.safe = safe;
         const ScratchFolder state;
         qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
-        // What is in a trash has none.
-        files().makeFolder("files");
-        files().makeFolder("info");
-        data_->makeLink("Trash", files().path());
+        haveNoTrash();
         fixture_->write(1, {"a", "f/in"});
         fixture_->start();
         fixture_->mark({"f", "a"});
@@ -306,10 +350,60 @@ private slots:
         const QStringList lines = log();
         QCOMPARE(lines.value(0), Log::question("Move to trash?", "f\na", "delete"));
         QCOMPARE(lines.value(1),
-                 Log::question("Delete for good?", "f\na<hr>There is no trash here", "delete"));
+                 Log::question("Delete for good?",
+                               "f\na<hr>Entries: 3, 5 b\nThere is no trash here", "delete"));
         QCOMPARE(QFile::exists(fixture_->left("a")), !agrees);
         QCOMPARE(QFile::exists(fixture_->left("f/in")), !agrees);
         QCOMPARE(fixture_->panel(1)->getChkFileList().size(), agrees ? 0 : 2);
+    }
+
+    void whatHasTakenTheNameIsNotDeletedForGood_data()
+    {
+        QTest::addColumn<bool>("safe");
+        QTest::newRow("alone") << false;
+        QTest::newRow("with safe operations") << true;
+    }
+    void whatHasTakenTheNameIsNotDeletedForGood()
+    {
+        QFETCH(bool, safe);
+        extras.safe = safe;
+        const ScratchFolder state;
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
+        haveNoTrash();
+        fixture_->write(1, {"a", "b", "other"});
+        fixture_->start();
+        fixture_->mark({"a", "b"});
+        fixture_->log().expect(
+            {yes, [this] {
+                 QVERIFY(QFile::remove(fixture_->left("a")));
+                 QVERIFY(QFile::rename(fixture_->left("other"), fixture_->left("a")));
+                 yes();
+             }});
+        follow({{rows(1), [] {
+                     QCOMPARE(rowsWithKeys(), QStringList("a|Was changed meanwhile"));
+                     leave();
+                 }}});
+        CommandFixture::choose(CommandFixture::Delete);
+        QCOMPARE(files().read("left/a"), QByteArray("other"));
+        QVERIFY(!files().exists("left/b"));
+        QCOMPARE(fixture_->panel(1)->getChkFileList(), QStringList(fixture_->left("a")));
+    }
+
+    /// What is deleted for good has a journal, too.
+    void theStartOffersWhatWasCutShort()
+    {
+        const ScratchFolder state;
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
+        state.write("quarn/journals/1.journal", "not a word of it is whole");
+        bool isOffered = false;
+        follow({{[] { return pageWithKeys() != nullptr; },
+                 [&isOffered] {
+                     isOffered = pageLines() == QStringList("The notes on it are damaged");
+                     leave();
+                 }}});
+        fixture_->start();
+        QTRY_VERIFY(isOffered);
+        QTRY_VERIFY(pageWithKeys() == nullptr);
     }
 
     void theTrashIsShown()
@@ -442,6 +536,38 @@ private slots:
         QCOMPARE(files().read("left/a"), QByteArray("a"));
     }
 
+    void whatBelongsToAnotherFileSystemIsCopiedThere_data()
+    {
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("free") << false;
+        QTest::newRow("taken") << true;
+    }
+    void whatBelongsToAnotherFileSystemIsCopiedThere()
+    {
+        QFETCH(bool, isTaken);
+        const ScratchFolder data(ScratchFolder::Memory);
+        const ScratchFolder state;
+        qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
+        data.write("Trash/files/f/in", "content");
+        data.write("Trash/info/f.trashinfo",
+                   "[Trash Info]\nPath=" + QFile::encodeName(fixture_->left("gone/f")) +
+                       "\nDeletionDate=2026-01-01T00:00:00\n");
+        if (isTaken)
+            files().write("left/gone/f", "other");
+        fixture_->start();
+        QList<Step> steps{{rows(1), choosing('1')}, {rows(0), leave}};
+        if (isTaken)
+            steps.insert(1, {rows(3), [] { pressKey('2'); }});
+        follow(steps);
+        CommandFixture::choose(CommandFixture::Trash);
+        QCOMPARE(files().read(isTaken ? "left/gone/f (2)/in" : "left/gone/f/in"),
+                 QByteArray("content"));
+        QVERIFY(!data.exists("Trash/files/f") && !data.exists("Trash/info/f.trashinfo"));
+        if (isTaken)
+            QCOMPARE(files().read("left/gone/f"), QByteArray("other"));
+    }
+
     void whatCannotBeRestoredIsTold()
     {
         fixture_->write(1, {"f/a"});
@@ -547,6 +673,13 @@ private:
         fixture_->highlight(name);
         fixture_->log().expect({yes});
         CommandFixture::choose(CommandFixture::Delete);
+    }
+    /// What is in a trash has none.
+    void haveNoTrash() const
+    {
+        files().makeFolder("files");
+        files().makeFolder("info");
+        data_->makeLink("Trash", files().path());
     }
     /// The names in the trash.
     QStringList trashed() const

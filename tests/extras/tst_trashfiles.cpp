@@ -70,6 +70,30 @@ private slots:
         QCOMPARE(QDateTime::fromSecsSinceEpoch(info->deleted).time(), QTime(2, 3, 4));
     }
 
+    void aFileIsReadHoweverItIsWritten_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("blanks around the signs")
+            << QByteArray("[Trash Info]\nPath = /a%20b\nDeletionDate\t=  2026-03-01T02:03:04\n");
+        QTest::newRow("remarks and empty lines")
+            << QByteArray("# by hand\n\n[Trash Info]\n#Path=/c\n\nPath=/a%20b\n# Path=/d\n"
+                          "DeletionDate=2026-03-01T02:03:04\n");
+        QTest::newRow("other keys")
+            << QByteArray("[Trash Info]\nPathOf=/c\nPath[de]=/d\nPath=/a%20b\n"
+                          "DeletionDate=2026-03-01T02:03:04\nX=1\n");
+        QTest::newRow("another group")
+            << QByteArray("[Trash Info]\nDeletionDate=2026-03-01T02:03:04\nPath=/a%20b\n"
+                          "[Other]\nPath=/c\n");
+    }
+    void aFileIsReadHoweverItIsWritten()
+    {
+        QFETCH(QByteArray, text);
+        const auto info = parseTrashInfo(text);
+        QVERIFY(info);
+        QCOMPARE(info->path, QByteArray("/a b"));
+        QCOMPARE(QDateTime::fromSecsSinceEpoch(info->deleted).time(), QTime(2, 3, 4));
+    }
+
     void whatTellsNoPathIsNoInfo_data()
     {
         QTest::addColumn<QByteArray>("text");
@@ -78,6 +102,9 @@ private slots:
         QTest::newRow("no path") << QByteArray("[Trash Info]\nDeletionDate=2026-03-01T02:03:04\n");
         QTest::newRow("empty path") << QByteArray("[Trash Info]\nPath=\n");
         QTest::newRow("half a path") << QByteArray("[Trash Info]\nPath=/home/us");
+        QTest::newRow("half a path behind a blank") << QByteArray("[Trash Info]\nPath = /home/us");
+        QTest::newRow("path of another group")
+            << QByteArray("[Trash Info]\n[Other]\nPath=/home/us\n");
         QTest::newRow("half a byte") << QByteArray("[Trash Info]\nPath=/a%2\n");
         QTest::newRow("no digits") << QByteArray("[Trash Info]\nPath=/a%zz\n");
         QTest::newRow("zero") << QByteArray("[Trash Info]\nPath=/a%00b\n");
@@ -97,9 +124,9 @@ private slots:
                         "nonsense\n"
                         "35 21 8:2 /sub /mnt/a\\040b\\134c ro,nosuid - vfat /dev/sdb1 rw\n"
                         "36 21 8:3 / /mnt/x rw - btrfs /dev/sdc1 ro,subvol=/\n");
-        const QList<Mount> expected{{21, "/", "ext4", false},
-                                    {35, "/mnt/a b\\c", "vfat", true},
-                                    {36, "/mnt/x", "btrfs", true}};
+        const QList<Mount> expected{{21, "/", "ext4", false, "8:1"},
+                                    {35, "/mnt/a b\\c", "vfat", true, "8:2"},
+                                    {36, "/mnt/x", "btrfs", true, "8:3"}};
         QCOMPARE(mounts, expected);
     }
 
@@ -109,12 +136,16 @@ private slots:
     {
         QTest::addColumn<QByteArray>("type");
         QTest::addColumn<bool>("keeps");
-        for (const char* type : {"ext4", "vfat", "exfat", "btrfs", "xfs", "tmpfs", "overlay",
-                                 "fuseblk", "f2fs", "ntfs3"})
-            QTest::newRow(type) << QByteArray(type) << true;
-        for (const char* type : {"proc", "sysfs", "cgroup2", "devtmpfs", "nfs4", "cifs", "9p",
-                                 "fuse.sshfs", "fuse", "autofs", "squashfs"})
-            QTest::newRow(type) << QByteArray(type) << false;
+        QTest::addColumn<bool>("isFar");
+        for (const char* type :
+             {"ext4", "vfat", "exfat", "btrfs", "xfs", "tmpfs", "overlay", "f2fs", "ntfs3"})
+            QTest::newRow(type) << QByteArray(type) << true << false;
+        for (const char* type : {"nfs", "nfs4", "cifs", "smb3", "9p", "fuse.sshfs", "fuse.rclone",
+                                 "fuse", "fuseblk", "fuseblk.exfat"})
+            QTest::newRow(type) << QByteArray(type) << true << true;
+        for (const char* type : {"proc", "sysfs", "cgroup2", "devtmpfs", "autofs", "squashfs",
+                                 "fuse.portal", "fuse.gvfsd-fuse"})
+            QTest::newRow(type) << QByteArray(type) << false << QByteArray(type).startsWith("fuse");
     }
     void aTrashIsSoughtWhereEntriesAreKept()
     {
@@ -122,6 +153,7 @@ private slots:
         QFETCH(bool, keeps);
         QCOMPARE(keepsEntries({1, "/mnt", type, false}), keeps);
         QVERIFY(!keepsEntries({1, "/mnt", type, true}));
+        QTEST(isFar({1, "/mnt", type, false}), "isFar");
     }
 
     void sizesOfFoldersAreRead()

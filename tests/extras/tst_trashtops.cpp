@@ -113,8 +113,8 @@ private slots:
         QTest::addColumn<QByteArray>("type");
         QTest::addColumn<QByteArray>("options");
         QTest::newRow("only to be read") << QByteArray("vfat") << QByteArray("ro,nosuid");
-        QTest::newRow("network") << QByteArray("nfs4") << QByteArray("rw");
-        QTest::newRow("program") << QByteArray("fuse.sshfs") << QByteArray("rw");
+        QTest::newRow("not stored") << QByteArray("autofs") << QByteArray("rw");
+        QTest::newRow("of other places") << QByteArray("fuse.portal") << QByteArray("rw");
     }
     void whereNothingIsKeptIsNoTrash()
     {
@@ -123,6 +123,33 @@ private slots:
         places_->tellMount(type, options);
         QCOMPARE(put("sub/a b").outcome, Trash::Outcome::NoTrash);
         QCOMPARE(namesOf(top()), QByteArrayList({"sub"}));
+    }
+
+    void whatIsFarHasATrashThatIsListedAlone_data()
+    {
+        QTest::addColumn<QByteArray>("type");
+        for (const char* type : {"nfs4", "fuse.sshfs", "fuseblk"})
+            QTest::newRow(type) << QByteArray(type);
+    }
+    void whatIsFarHasATrashThatIsListedAlone()
+    {
+        QFETCH(QByteArray, type);
+        places_->tellMount(type, "rw");
+        QCOMPARE(put("sub/a b").path, own("files/a b"));
+        // Nobody is asked who may not answer.
+        QVERIFY(trash().entries().isEmpty());
+        QVERIFY(trash().existing().empty());
+        QCOMPARE(trash().farTops(), QByteArrayList{top()});
+        const QList<TrashEntry> entries = trash().entriesAt(top());
+        QCOMPARE(entries.size(), 1);
+        // What lies in it cannot be thrown away again, and it not into itself.
+        QCOMPARE(trash().put(own("files/a b")).outcome, Trash::Outcome::NoTrash);
+        QCOMPARE(trash().put(places_->ownTrash()).outcome, Trash::Outcome::Refused);
+        QCOMPARE(
+            trash().restore(entries.first(), entries.first().path, Trash::WhenTaken::Tell).outcome,
+            Trash::Outcome::Done);
+        QCOMPARE(readFile(top("sub/a b")), QByteArray("a"));
+        QVERIFY(trash().entriesAt(top()).isEmpty());
     }
 
     void anUnknownMountHasNoTrash()
@@ -156,16 +183,47 @@ private slots:
         QCOMPARE(places_->entry({}).name, QByteArray("a b"));
     }
 
-    void nothingIsCopiedToAnotherFileSystem()
+    void whatIsToGoToAnotherFileSystemIsToldWhere_data()
     {
+        QTest::addColumn<bool>("isTaken");
+        QTest::addColumn<int>("whenTaken");
+        QTest::addColumn<int>("outcome");
+        QTest::addColumn<QByteArray>("name");
+        const auto row = [](const char* name, bool isTaken, Trash::WhenTaken when,
+                            Trash::Outcome outcome, const char* place) {
+            QTest::newRow(name) << isTaken << int(when) << int(outcome) << QByteArray(place);
+        };
+        row("free", false, Trash::WhenTaken::Tell, Trash::Outcome::Elsewhere, "a.b");
+        row("taken", true, Trash::WhenTaken::Tell, Trash::Outcome::Taken, "a.b");
+        row("both", true, Trash::WhenTaken::KeepBoth, Trash::Outcome::Elsewhere, "a (2).b");
+    }
+    void whatIsToGoToAnotherFileSystemIsToldWhere()
+    {
+        QFETCH(bool, isTaken);
+        QFETCH(int, whenTaken);
         put("sub/a b");
         const OwnFolder there(places_->home().chopped(5));
-        const Trash::Result result = trash().restore(places_->entry(top("sub/a b")),
-                                                     there.path("a"), Trash::WhenTaken::Tell);
-        QCOMPARE(result.outcome, Trash::Outcome::Failed);
-        QCOMPARE(result.error, EXDEV);
-        QVERIFY(!isThere(there.path("a")));
+        if (isTaken)
+            making::file(there.path("a.b"), "other");
+        const Trash::Result result = trash().restore(
+            places_->entry(top("sub/a b")), there.path("a.b"), Trash::WhenTaken(whenTaken));
+        QTEST(int(result.outcome), "outcome");
+        QFETCH(QByteArray, name);
+        QCOMPARE(result.path, there.path(name));
+        // Nothing is copied, and it stays listed.
+        QCOMPARE(isThere(there.path("a.b")), isTaken);
         QCOMPARE(trash().entries().size(), 1);
+    }
+
+    void whatHasLeftTheTrashIsForgotten()
+    {
+        put("sub/a b");
+        const TrashEntry entry = places_->entry(top("sub/a b"));
+        QVERIFY(!trash().forget(entry));
+        QVERIFY(isThere(own("info/a b.trashinfo")));
+        QCOMPARE(rename(own("files/a b").constData(), top("out").constData()), 0);
+        QVERIFY(trash().forget(entry));
+        QVERIFY(!isThere(own("info/a b.trashinfo")));
     }
 
     void withoutAHomeThereIsStillTheTrashOfTheFileSystem()

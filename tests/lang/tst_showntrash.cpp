@@ -91,8 +91,8 @@ private slots:
             QVERIFY2(isBrokenBetweenWords(lines, title), qPrintable(title));
         }
         BoxFont textFont = Box::textFont();
-        for (const QString& text : {texts.noTrash, texts.unknownPlace, texts.restoreHere,
-                                    texts.notAllDeleted, texts.otherDrive}) {
+        for (const QString& text :
+             {texts.noTrash, texts.unknownPlace, texts.restoreHere, texts.notAllDeleted}) {
             const QStringList lines = textFont.wrapped(text, Box::TextWidth).texts;
             QVERIFY2(isBrokenBetweenWords(lines, text), qPrintable(text));
         }

@@ -1,7 +1,10 @@
 #include "files/names.h"
 #include "launch/commandlines.h"
 #include "shell/settings.h"
+#include "tests/support/scratchfolder.h"
 #include "tests/support/testmain.h"
+
+#include <QFile>
 
 class tst_CommandLines : public QObject
 {
@@ -90,12 +93,34 @@ private slots:
         const QByteArray list = "'/w//plugins/LyraPlayer/TempList.m3u'";
         QCOMPARE(lines(CommandLine::addFile("/w/", "/a\\nb")),
                  "printf '%s\\n' '/a\\nb' >> " + list);
-        QCOMPARE(lines(CommandLine::addFile("/w/", "/a\nb")), QByteArray("nothing"));
-        QCOMPARE(lines(CommandLine::listFolder("/w/", "/m")),
-                 "find '/m' -type f -name '*.mp3' ! -path '*\n*' -print | sort > " + list);
+        QCOMPARE(lines(CommandLine::addFile("/w/", "/a b\n'#")),
+                 "printf '%s\\n' 'file:///a%20b%0A%27%23' >> " + list);
+        QVERIFY(lines(CommandLine::listFolder("/w/", "/m")).endsWith(" > " + list));
         QCOMPARE(lines(CommandLine::playList("/w/")),
                  "'/w//plugins/LyraPlayer/LyraPlayer' -d " + list + " &");
         extras.safe = false;
+    }
+
+    /// What the player makes of the list is all that there is, in the order of the bytes.
+    void safeListsHoldNamesOfAllBytes()
+    {
+        const ScratchFolder folder;
+        const QByteArrayList names{"\n.mp3",        "%41?#\n\n'$(x)\\.mp3", "-a.mp3",
+                                   "a\r\n\xff.mp3", "b \xd0\xbf%41#?.mp3",  "c\r.mp3"};
+        for (const QByteArray& name : names)
+            folder.write("music\n%/" + decodeName(name));
+        folder.write("work/plugins/LyraPlayer/TempList.m3u");
+        extras.safe = true;
+        const QString work = folder.path("work/");
+        const QString music = folder.path("music\n%");
+        runShellInByteOrder(CommandLine::listFolder(work, music));
+        QCOMPARE(listed(work), within(music, names));
+        runShellInByteOrder(CommandLine::addFolder(work, music));
+        runShellInByteOrder(CommandLine::addFile(work, folder.path("d\r")));
+        runShellInByteOrder(CommandLine::addFile(work, folder.path("e'\n")));
+        extras.safe = false;
+        QCOMPARE(listed(work),
+                 within(music, names + names) + within(folder.path(), {"d\r", "e'\n"}));
     }
 
     void nothingInAPieceIsEscapedOrReplaced()
@@ -105,6 +130,31 @@ private slots:
         QCOMPARE(CommandLine::listFolder("/%1/", "%2").value_or("nothing"),
                  QByteArray("find \"%2\" -type f -name *.mp3 -print | sort > "
                             "/%1//plugins/LyraPlayer/TempList.m3u"));
+    }
+
+private:
+    /// The files that a list names, addresses taken for what they stand for.
+    static QByteArrayList listed(const QString& workFolder)
+    {
+        QByteArrayList files;
+        QFile list(CommandLine::playlist(workFolder));
+        if (!list.open(QIODevice::ReadOnly))
+            return files;
+        for (const QByteArray& line : list.readAll().split('\n')) {
+            if (line.startsWith("file://"))
+                files.append(QByteArray::fromPercentEncoding(line.sliced(7)));
+            else if (!line.isEmpty())
+                files.append(line);
+        }
+        return files;
+    }
+
+    static QByteArrayList within(const QString& folder, const QByteArrayList& names)
+    {
+        QByteArrayList files;
+        for (const QByteArray& name : names)
+            files.append(encodedPath(folder) + '/' + name);
+        return files;
     }
 };
 

@@ -53,6 +53,8 @@ void tst_Playlist::linesOfAnM3uAreTracks_data()
     QTest::newRow("streams") << QByteArray("http://h/x\nhttps://h/y\n")
                              << Tracks{"http://h/x", "https://h/y"};
     QTest::newRow("file addresses") << QByteArray("file:///a%20b/1.mp3\n") << Tracks{"/a b/1.mp3"};
+    QTest::newRow("file addresses of names that are no line")
+        << QByteArray("file:///a%0Ab%25%23%3F/\xff.mp3\n") << Tracks{"/a\nb%#?/\xff.mp3"};
     QTest::newRow("other addresses are names")
         << QByteArray("memory://x\n") << Tracks{"/list/memory://x"};
     QTest::newRow("zero bytes") << QByteArray("/a\0b.mp3\n/2.mp3\n", 17) << Tracks{"/2.mp3"};

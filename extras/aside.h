@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+#include <functional>
+
+/// Work in a thread of its own, for a medium that may take long, while the event loop goes on. What
+/// takes longer than a moment shows a box with its title and how far it is, in which the user can
+/// stop it. Work that is stopped gets a moment to end; false if it goes on all the same, or the
+/// program ends. So it must own whatever it uses, and look at the flag before it changes anything.
+bool runAside(const QString& title, std::function<void(const std::atomic<bool>& isStopped)> work,
+              const std::function<QStringList()>& lines);
