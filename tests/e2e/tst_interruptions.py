@@ -179,19 +179,20 @@ class TestInterruptions(operations.OwnProgramCase):
             work.program.wait_idle()  # a question is not asked over another one
         else:
             work.let_on()
-            self.close(work, False)
+            # Until the key has reached the program, what is to be ended seems to be at rest.
+            work.user.answer(False)
         work.end()
         self.check_finished(work)
         self.end_by_question(work)
 
     @staticmethod
-    def close(work, yes):
+    def leave(work):
         work.user.wait_question()
-        work.program.key("softleft" if yes else "softright")
+        work.program.key("softleft")
 
     def end_by_question(self, work):
         self.ask_to_close()
-        self.close(work, True)
+        self.leave(work)
         self.assertEqual(work.program.wait_end(), 0)
 
     def test_keysTypedWhileTheShellCopiesAreSwallowed(self):
@@ -214,7 +215,7 @@ class TestInterruptions(operations.OwnProgramCase):
         work = self.work(kind)
         self.ask_to_close()
         work.let_on()
-        self.close(work, True)
+        self.leave(work)
         self.assertEqual(work.program.wait_end(), 0)
         self.assertTrue(work.left_unfinished() or work.finished())
 
