@@ -88,6 +88,21 @@ void runWell(const OperationRequest& request, Answer answer)
     QCOMPARE(operation.state(), Operation::State::Finished);
 }
 
+QByteArrayList toldLines(const Operation& operation)
+{
+    QByteArrayList lines;
+    for (const Failure& failure : operation.failures().first)
+        lines.append(toldLine(failure.path.constData() + failure.path.lastIndexOf('/') + 1,
+                              failure.trouble, failure.error));
+    return lines;
+}
+
+QByteArray toldLine(const char* name, Trouble trouble, int error)
+{
+    return QByteArray(name) + ' ' + QByteArray::number(int(trouble)) + ' ' +
+           QByteArray::number(error);
+}
+
 void ageAll(const QByteArray& path)
 {
     std::error_code error;

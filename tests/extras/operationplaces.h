@@ -41,6 +41,10 @@ void runToEnd(Operation& operation, Answer answer = Answer::Replace);
 /// Runs one without anything that could go wrong; the test fails if it did.
 void runWell(const OperationRequest& request, Answer answer = Answer::Replace);
 
+/// What a run could not do, a line for each: the name of the entry, the trouble and the error.
+QByteArrayList toldLines(const Operation& operation);
+QByteArray toldLine(const char* name, Trouble trouble, int error);
+
 /// Gives all in a tree one time of change, in the past.
 void ageAll(const QByteArray& path);
 /// A small tree with an entry of every kind; one folder cannot be written.
