@@ -1,7 +1,6 @@
 #include "extras/filecopy.h"
 
 #include "extras/entrychanges.h"
-#include "extras/metadata.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -222,11 +221,8 @@ FileCopy::Step FileCopy::end()
     // Its batch is flushed sooner if the medium is at it already.
     if (at_ - begun_ >= WorthTelling)
         sync_file_range(to_.get(), begun_, 0, SYNC_FILE_RANGE_WRITE);
-    int error = copyOwnerAndAttributes(from_.get(), to_.get(), info_);
-    if (error == 0)
-        error = setModeAndTimes(to_.get(), info_);
-    if (error != 0)
-        return failed(Trouble::CannotKeep, error);
+    kept_ = copyOwnerAndAttributes(from_.get(), to_.get(), info_);
+    kept_ += setModeAndTimes(to_.get(), info_);
     if (fstat(to_.get(), &made_) != 0)
         return failed(Trouble::CannotWrite, errno);
     return Step::Done;

@@ -401,6 +401,11 @@ const QList<SourceOutcome>& Operation::outcomes() const
     return own_->work.outcomes;
 }
 
+unsigned Operation::lacks() const
+{
+    return own_->work.request.kind == OperationKind::Move ? own_->work.lacks : 0;
+}
+
 int Operation::journalError() const
 {
     return own_->work.journalError;

@@ -77,6 +77,9 @@ public:
     const Listed<Failure>& failures() const;
     /// One for each source, in their order.
     const QList<SourceOutcome>& outcomes() const;
+    /// Each Lack of what was moved and now is without that, since the file system of the target has
+    /// no place for it. Of what was copied the source still has all.
+    unsigned lacks() const;
     /// From begin() on: an errno if there is no journal, so that a power cut could not be mended;
     /// 0 if there is one.
     int journalError() const;

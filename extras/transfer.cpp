@@ -128,8 +128,7 @@ void Transfer::walkFailed()
 void Transfer::jobEnded()
 {
     walk_.reset();
-    if (work_.outcomes[job_->source] == SourceOutcome::NotReached)
-        work_.outcomes[job_->source] = SourceOutcome::Done;
+    work_.end(job_->source);
 }
 
 void Transfer::leave()

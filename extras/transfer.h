@@ -101,6 +101,7 @@ private:
     void makeFolder(BatchItem item, int folder);
     bool makeLink(BatchItem& item);
     bool makeSpecial(BatchItem& item, int folder);
+    bool keepsEnough(const Kept& kept);
     void startFile(const BatchItem& item, int folder);
     void stepFile();
     std::optional<Linked> linkedFor(const struct stat& info);

@@ -47,7 +47,7 @@ QStringList linesFor(const InterruptedOperation& found)
 {
     const SafeTexts& texts = SafeTexts::instance();
     if (found.isDamaged)
-        return {texts.damaged};
+        return {found.isOlder ? texts.older : texts.damaged};
     QStringList lines;
     const QString title = titleOf(found.request.kind) + QStringLiteral(": ");
     if (found.request.sources.size() == 1)

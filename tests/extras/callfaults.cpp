@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <condition_variable>
 #include <cstdio>
+#include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <memory>
@@ -60,6 +61,11 @@ struct Faults {
     std::optional<quint64> unflushable;
     qint64 blockBytes = 0; ///< 0: as it is
     qint64 freeBlocks = 0;
+    QByteArray unsettable;
+    int settingError = 0;
+    QByteArray attribute;
+    int ownError = 0;
+    std::optional<int> permitError;
     std::function<void(int)> beforeReading;
     int reads = 0;
     bool isReading = false;
@@ -178,6 +184,27 @@ void CallFaults::pretendRoom(qint64 blockBytes, qint64 blocks)
     current->freeBlocks = blocks;
 }
 
+void CallFaults::failSetting(const QByteArray& start, int error)
+{
+    current->unsettable = start;
+    current->settingError = error;
+}
+
+void CallFaults::pretendAttribute(const QByteArray& name)
+{
+    current->attribute = name;
+}
+
+void CallFaults::failOwning(int error)
+{
+    current->ownError = error;
+}
+
+void CallFaults::failPermitting(int error)
+{
+    current->permitError = error;
+}
+
 void CallFaults::beforeReading(std::function<void(int)> work)
 {
     current->beforeReading = std::move(work);
@@ -278,6 +305,48 @@ int renameat2(int from, const char* name, int to, const char* newName, unsigned 
 int renameat(int from, const char* name, int to, const char* newName)
 {
     return renameat2(from, name, to, newName, 0);
+}
+
+int fsetxattr(int file, const char* name, const void* value, size_t size, int flags)
+{
+    if (current != nullptr && !current->unsettable.isEmpty() &&
+        QByteArrayView(name).startsWith(current->unsettable))
+        return failed<int>(current->settingError);
+    return int(syscall(SYS_fsetxattr, file, name, value, size, flags));
+}
+
+ssize_t flistxattr(int file, char* names, size_t size)
+{
+    if (current == nullptr || current->attribute.isEmpty())
+        return syscall(SYS_flistxattr, file, names, size);
+    // With the zero at its end.
+    const auto length = size_t(current->attribute.size() + 1);
+    if (size >= length)
+        std::memcpy(names, current->attribute.constData(), length);
+    return ssize_t(length);
+}
+
+ssize_t fgetxattr(int file, const char* name, void* value, size_t size)
+{
+    if (current == nullptr || current->attribute != name)
+        return syscall(SYS_fgetxattr, file, name, value, size);
+    if (size > 0)
+        std::memcpy(value, "x", 1);
+    return 1;
+}
+
+int fchown(int file, uid_t user, gid_t group)
+{
+    if (current != nullptr && current->ownError != 0)
+        return failed<int>(current->ownError);
+    return fchownat(file, "", user, group, AT_EMPTY_PATH);
+}
+
+int fchmod(int file, mode_t mode)
+{
+    if (current == nullptr || !current->permitError)
+        return int(syscall(SYS_fchmod, file, mode));
+    return *current->permitError == 0 ? 0 : failed<int>(*current->permitError);
 }
 
 int fstat(int file, struct stat* info)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QtGlobal>
 
 #include <functional>
@@ -41,6 +42,15 @@ public:
     void pretendKind(quint64 kind);
     /// Every file system has that many free blocks of that size.
     void pretendRoom(qint64 blockBytes, qint64 blocks);
+    /// Extended attributes whose names begin so cannot be set.
+    void failSetting(const QByteArray& start, int error);
+    /// Open files have that extended attribute alone, whatever else they have.
+    void pretendAttribute(const QByteArray& name);
+    /// Owners cannot be set.
+    void failOwning(int error);
+    /// Permissions of open files cannot be set; they stay what they are without an error if that is
+    /// 0.
+    void failPermitting(int error);
     /// Runs before each read of a file, with the number of such calls before it.
     void beforeReading(std::function<void(int)> work);
     /// Moves and links from one folder to another seem to leave the file system.
