@@ -52,6 +52,18 @@ bool Batch::isFull() const
            waitingBytes_ >= target_.pace().batchBytes();
 }
 
+QSet<int> Batch::unsettled() const
+{
+    QSet<int> sources;
+    for (const auto* waiting : {&items_, &drops_, &postponed_}) {
+        for (const BatchItem& item : *waiting)
+            sources.insert(item.source);
+    }
+    for (const Refused& one : refused)
+        sources.insert(one.source);
+    return sources;
+}
+
 void Batch::record(const BatchItem& item)
 {
     if (work_.journal == nullptr)

@@ -51,6 +51,7 @@ private:
     Step failed(Trouble trouble, int error);
     Step clone();
     Step copyPiece();
+    bool mayHaveHoles() const;
     bool findData(qint64& end);
     qint64 expectedBytes() const;
     qint64 copyBytes(qint64 size);
@@ -67,6 +68,7 @@ private:
     FileHandle to_;
     State state_ = State::Cloning;
     Means means_ = Means::Range;
+    bool keepsHoles_ = true; ///< where it is made
     bool hasHoles_ = false;
     bool isSecondTry_ = false;
     qint64 at_ = 0;      ///< copied so far

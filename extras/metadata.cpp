@@ -244,8 +244,8 @@ Kept copyOwnerAndAttributes(int from, int to, const struct stat& info)
     struct stat now = {};
     if (fstat(to, &now) != 0)
         return {errno, 0};
-    Kept kept = setOwner(info, now,
-                         [to](uid_t user, gid_t group) { return fchown(to, user, group) == 0; });
+    Kept kept =
+        setOwner(info, now, [to](uid_t user, gid_t group) { return fchown(to, user, group) == 0; });
     kept += copyAttributes(Attributed(from), Attributed(to), S_ISDIR(info.st_mode));
     return kept;
 }

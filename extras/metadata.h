@@ -15,8 +15,8 @@ enum Lack : unsigned {
 };
 
 /// How much of what an entry had its successor has got. What only root may give, such as a file to
-/// another user, is not missed where a user works: neither is what belongs to the machine and not to
-/// the entry, the attributes outside of "user." and access lists.
+/// another user, is not missed where a user works: neither is what belongs to the machine and not
+/// to the entry, the attributes outside of "user." and access lists.
 struct Kept {
     int error = 0;      ///< why the file system, which has such things, refused one here; or 0
     unsigned lacks = 0; ///< each Lack that the entry had something of

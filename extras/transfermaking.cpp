@@ -154,8 +154,8 @@ bool Transfer::makeSpecial(BatchItem& item, int folder)
         refuse(Trouble::CannotMake, errno);
         return false;
     }
-    const Kept kept = copyMetadata({walk_->folder(), nameOf(item.from)}, {folder, item.temporary},
-                                   item.facts);
+    const Kept kept =
+        copyMetadata({walk_->folder(), nameOf(item.from)}, {folder, item.temporary}, item.facts);
     struct stat made = {};
     if (!lookAt(folder, item.temporary, made)) {
         refuse(Trouble::CannotMake, errno);

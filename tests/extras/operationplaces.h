@@ -36,7 +36,8 @@ private:
     std::optional<OwnFolder> far_;
 };
 
-/// Runs an operation to its end. Everything in the way is answered so.
+/// Runs an operation to its end, and waits for what it leaves behind the scenes. Everything in the
+/// way is answered so.
 void runToEnd(Operation& operation, Answer answer = Answer::Replace);
 /// Runs one without anything that could go wrong; the test fails if it did.
 void runWell(const OperationRequest& request, Answer answer = Answer::Replace);

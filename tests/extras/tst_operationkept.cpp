@@ -1,5 +1,5 @@
-// What entries have beside their content, where the target's file system or the system does not take
-// it.
+// What entries have beside their content, where the target's file system or the system does not
+// take it.
 
 #include "extras/journals.h"
 #include "extras/metadata.h"
@@ -137,8 +137,8 @@ private slots:
                  (QList<NotDone>{{places.source("tree/a"), Trouble::CannotKeep, error},
                                  {places.source("tree/sub"), Trouble::CannotKeep, error}}));
         QCOMPARE(operation.lacks(), 0U);
-        QCOMPARE(operation.outcomes(), QList<SourceOutcome>{isMove ? SourceOutcome::Failed
-                                                                   : SourceOutcome::NotAllKept});
+        QCOMPARE(operation.outcomes(),
+                 QList<SourceOutcome>{isMove ? SourceOutcome::Failed : SourceOutcome::NotAllKept});
         // What cannot be moved whole is not moved; of a copy the rest is better than nothing.
         QCOMPARE(attributeOf(places.source("tree/a")), QByteArray("kept"));
         QCOMPARE(isThere(places.target("tree/a")), !isMove);
@@ -262,9 +262,8 @@ private slots:
             runToEnd(operation);
         }
         QCOMPARE(notDone(operation),
-                 isMoved
-                     ? QList<NotDone>()
-                     : (QList<NotDone>{{places.source("file"), Trouble::CannotKeep, error}}));
+                 isMoved ? QList<NotDone>()
+                         : (QList<NotDone>{{places.source("file"), Trouble::CannotKeep, error}}));
         QCOMPARE(operation.lacks(), isMoved ? unsigned(LacksRights) : 0U);
         QCOMPARE(isThere(places.source("file")), !isMoved);
         QCOMPARE(isThere(places.target("file")), isMoved);
@@ -292,8 +291,8 @@ private slots:
             faults.failSetting("user.", EPERM);
             runToEnd(*back);
         }
-        QVERIFY(notDone(*back).contains(
-            NotDone{places.target("tree/a"), Trouble::CannotKeep, EPERM}));
+        QVERIFY(
+            notDone(*back).contains(NotDone{places.target("tree/a"), Trouble::CannotKeep, EPERM}));
         QVERIFY(notDone(*back).contains(
             NotDone{places.target("tree/sub"), Trouble::CannotKeep, EPERM}));
         QCOMPARE(attributeOf(places.target("tree/a")), QByteArray("kept"));
