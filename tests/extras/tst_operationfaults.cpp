@@ -38,6 +38,8 @@ private slots:
             QTest::addRow("full disk, %d", isMove) << ENOSPC << isMove;
             QTest::addRow("quota, %d", isMove) << EDQUOT << isMove;
             QTest::addRow("broken medium, %d", isMove) << EIO << isMove;
+            QTest::addRow("pulled medium, %d", isMove) << ENODEV << isMove;
+            QTest::addRow("made read-only, %d", isMove) << EROFS << isMove;
         }
     }
     void whatCannotBeWrittenIsToldAndNothingIsLost()
@@ -73,6 +75,42 @@ private slots:
         QVERIFY(places.journals().isEmpty());
     }
 
+    void aPulledMediumLosesNothing_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::newRow("gone") << ENODEV;
+        QTest::newRow("read-only") << EROFS;
+        QTest::newRow("broken") << EIO;
+    }
+    /// From some moment on nothing gets there, be it content, a flush or a name.
+    void aPulledMediumLosesNothing()
+    {
+        QFETCH(int, error);
+        const OperationPlaces places(OperationPlaces::Apart);
+        constexpr int Files = 40;
+        making::folder(places.source("tree"));
+        for (int i = 0; i < Files; ++i)
+            writeFile(places.source("tree/" + QByteArray::number(i)), QByteArray(10000, 'x'));
+        Operation operation(places.request(OperationKind::Move, {"tree"}));
+        while (operation.step(100) == Operation::State::Surveying) {
+        }
+        operation.begin();
+        {
+            CallFaults faults;
+            faults.failWriting(qint64(10000) * Files / 2, error);
+            faults.failFlushing(error, true);
+            faults.failRenaming(0, error);
+            runToEnd(operation);
+        }
+        QCOMPARE(operation.state(), Operation::State::Finished);
+        QCOMPARE(operation.outcomes(), QList<SourceOutcome>{SourceOutcome::Failed});
+        QVERIFY(operation.failures().count > 0);
+        for (const Failure& failure : operation.failures().first)
+            QCOMPARE(failure.error, error);
+        QCOMPARE(namesIn(places.source("tree")).size(), qsizetype(Files));
+        QVERIFY(!isThere(places.target("tree")));
+    }
+
     void aSmallFileSystemGetsFull()
     {
         const SmallFileSystem small;
@@ -88,7 +126,8 @@ private slots:
         QCOMPARE(operation.survey().hasRoom, !small.isMounted());
         runToEnd(operation);
         if (small.isMounted()) {
-            QCOMPARE(toldLines(operation), QByteArrayList{toldLine("second", Trouble::CannotWrite, ENOSPC)});
+            QCOMPARE(toldLines(operation),
+                     QByteArrayList{toldLine("second", Trouble::CannotWrite, ENOSPC)});
             QCOMPARE(namesIn(small.path()), QList<QByteArray>{"first"});
             QCOMPARE(readFile(places.source("second")).size(), qsizetype(900 * 1024));
         } else {
@@ -167,9 +206,9 @@ private slots:
             faults.failWritingOut(error);
             runToEnd(operation);
         }
-        QCOMPARE(toldLines(operation), isTold
-                                      ? QByteArrayList{toldLine("large", Trouble::CannotWrite, error)}
-                                      : QByteArrayList());
+        QCOMPARE(toldLines(operation),
+                 isTold ? QByteArrayList{toldLine("large", Trouble::CannotWrite, error)}
+                        : QByteArrayList());
         QCOMPARE(isThere(places.source("large")), isTold);
         QCOMPARE(readFile(isTold ? places.source("large") : places.target("large")), content);
         QCOMPARE(isThere(places.target("large")), !isTold);
@@ -190,8 +229,9 @@ private slots:
                 faults.failRenaming(0, EPERM);
                 runToEnd(operation);
             }
-            QCOMPARE(toldLines(operation), (QByteArrayList{toldLine("one", Trouble::CannotRename, EPERM),
-                                                      toldLine("two", Trouble::CannotRename, EPERM)}));
+            QCOMPARE(toldLines(operation),
+                     (QByteArrayList{toldLine("one", Trouble::CannotRename, EPERM),
+                                     toldLine("two", Trouble::CannotRename, EPERM)}));
             QCOMPARE(namesIn(places.source()), (QList<QByteArray>{"one", "two"}));
             QVERIFY(namesIn(places.target()).isEmpty());
         }
@@ -238,7 +278,8 @@ private slots:
         faults.failRenaming(0, EIO);
         Operation operation(places.request(OperationKind::Copy, {"file"}));
         runToEnd(operation);
-        QCOMPARE(toldLines(operation), QByteArrayList{toldLine("file", Trouble::CannotRename, EIO)});
+        QCOMPARE(toldLines(operation),
+                 QByteArrayList{toldLine("file", Trouble::CannotRename, EIO)});
         QCOMPARE(namesIn(places.target()), QList<QByteArray>());
     }
 
@@ -260,6 +301,57 @@ private slots:
         runToEnd(operation);
         QVERIFY(toldLines(operation).contains(toldLine("empty", Trouble::CannotWrite, EIO)));
         QVERIFY(isThere(places.source("tree/empty")));
+    }
+
+    void namesOfOneFileBecomeFilesWhereThereAreNoLinks_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::newRow("has none") << EPERM;
+        QTest::newRow("does not know them") << EOPNOTSUPP;
+        QTest::newRow("no more") << EMLINK;
+    }
+    void namesOfOneFileBecomeFilesWhereThereAreNoLinks()
+    {
+        QFETCH(int, error);
+        const OperationPlaces places(OperationPlaces::Apart);
+        writeFile(places.source("one"), "linked");
+        QCOMPARE(link(places.source("one").constData(), places.source("two").constData()), 0);
+        Operation operation(places.request(OperationKind::Move, {"one", "two"}));
+        {
+            CallFaults faults;
+            faults.failLinking(error);
+            runToEnd(operation);
+        }
+        QCOMPARE(toldLines(operation), QByteArrayList());
+        struct stat one = {};
+        struct stat two = {};
+        QCOMPARE(lstat(places.target("one").constData(), &one), 0);
+        QCOMPARE(lstat(places.target("two").constData(), &two), 0);
+        QVERIFY(one.st_ino != two.st_ino);
+        QCOMPARE(readFile(places.target("one")), QByteArray("linked"));
+        QCOMPARE(readFile(places.target("two")), QByteArray("linked"));
+        QVERIFY(namesIn(places.source()).isEmpty());
+    }
+
+    void contentIsSharedOrCopiedWithinTheSystem_data()
+    {
+        QTest::addColumn<bool>("canShare");
+        QTest::newRow("shared") << true;
+        QTest::newRow("copied") << false;
+    }
+    void contentIsSharedOrCopiedWithinTheSystem()
+    {
+        QFETCH(bool, canShare);
+        const OperationPlaces places;
+        const QByteArray content(3000000, 'c');
+        writeFile(places.source("file"), content);
+        CallFaults faults;
+        faults.letCopy(canShare);
+        runWell(places.request(OperationKind::Copy, {"file"}));
+        QCOMPARE(faults.shared(), canShare ? 1 : 0);
+        QCOMPARE(faults.copied() > 0, !canShare);
+        QCOMPARE(faults.written(), 0);
+        QVERIFY(readFile(places.target("file")) == content);
     }
 
     void whatCannotBeRenamedAcrossIsCopied()
@@ -338,7 +430,8 @@ private slots:
         }
         QCOMPARE(operation.survey().troubles.first.first().trouble, Trouble::TargetUnusable);
         runToEnd(operation);
-        QCOMPARE(toldLines(operation), QByteArrayList{toldLine("file", Trouble::CannotRename, EACCES)});
+        QCOMPARE(toldLines(operation),
+                 QByteArrayList{toldLine("file", Trouble::CannotRename, EACCES)});
         QCOMPARE(readFile(places.source("file")), QByteArray("content"));
         OperationRequest nowhere = places.request(OperationKind::Copy, {"file"});
         nowhere.target = places.target("missing");
