@@ -52,6 +52,18 @@ bool Batch::isFull() const
            waitingBytes_ >= target_.pace().batchBytes();
 }
 
+QSet<int> Batch::unsettled() const
+{
+    QSet<int> sources;
+    for (const auto* waiting : {&items_, &drops_, &postponed_}) {
+        for (const BatchItem& item : *waiting)
+            sources.insert(item.source);
+    }
+    for (const Refused& one : refused)
+        sources.insert(one.source);
+    return sources;
+}
+
 void Batch::record(const BatchItem& item)
 {
     if (work_.journal == nullptr)
@@ -241,14 +253,10 @@ void Batch::finishFolder(const BatchItem& item)
         return;
     }
     const int folder = target_.folder(item.to);
-    int error = folder < 0 ? errno : setAccessList(folder, item.accessList);
-    if (error == 0)
-        error = setModeAndTimes(folder, item.facts);
-    if (error != 0) {
-        work_.fail(item.source, work_.fullTarget(item.to), Trouble::CannotKeep, error);
-        return;
-    }
-    if (!item.dropsSource)
+    Kept kept = folder < 0 ? Kept{errno, 0} : setAccessList(folder, item.accessList);
+    if (folder >= 0)
+        kept += setModeAndTimes(folder, item.facts);
+    if (!work_.note(kept, item.source, work_.fullTarget(item.to)) || !item.dropsSource)
         return;
     // What it has got now is flushed with it, too, before its source goes.
     noteName(item.to);

@@ -75,6 +75,8 @@ public:
     bool isPending(const QByteArray& to) const { return pending_.contains(keyOf(to)); }
     /// Grows with each commit: what was added in an earlier one has its name now.
     quint64 serial() const { return serial_; }
+    /// Sources with entries that wait.
+    QSet<int> unsettled() const;
     /// Bytes of waiting entries that have been written out already.
     qint64 flushedBytes() const { return flushedBytes_; }
 

@@ -25,8 +25,7 @@ bool Deletion::step()
     before_ += removal_->removed();
     removal_.reset();
     emptied_ = folderOf(source_);
-    if (work_.outcomes[source_] == SourceOutcome::NotReached)
-        work_.outcomes[source_] = SourceOutcome::Done;
+    work_.end(source_);
     return true;
 }
 

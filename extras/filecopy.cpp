@@ -1,7 +1,7 @@
 #include "extras/filecopy.h"
 
 #include "extras/entrychanges.h"
-#include "extras/metadata.h"
+#include "extras/targetlimits.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -69,7 +69,9 @@ FileCopy::Step FileCopy::start(int sourceFolder, int targetFolder, const QByteAr
                      O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!to_.isOpen() || fstat(to_.get(), &made_) != 0)
         return failed(Trouble::CannotMake, errno);
-    hasHoles_ = qint64(info_.st_blocks) * 512 < info_.st_size;
+    // Without holes on it a file system would fill each in one go, however long that takes.
+    keepsHoles_ = !mayHaveHoles() || TargetLimits::of(targetFolder).keepsHoles;
+    hasHoles_ = keepsHoles_ && mayHaveHoles();
     state_ = info_.st_size > 0 ? State::Cloning : State::Data;
     return Step::More;
 }
@@ -91,6 +93,11 @@ FileCopy::Step FileCopy::clone()
     at_ = info_.st_size;
     state_ = State::Ending;
     return Step::More;
+}
+
+bool FileCopy::mayHaveHoles() const
+{
+    return qint64(info_.st_blocks) * 512 < info_.st_size;
 }
 
 /// Goes to the next piece that is no hole. False at the end of the file.
@@ -222,11 +229,8 @@ FileCopy::Step FileCopy::end()
     // Its batch is flushed sooner if the medium is at it already.
     if (at_ - begun_ >= WorthTelling)
         sync_file_range(to_.get(), begun_, 0, SYNC_FILE_RANGE_WRITE);
-    int error = copyOwnerAndAttributes(from_.get(), to_.get(), info_);
-    if (error == 0)
-        error = setModeAndTimes(to_.get(), info_);
-    if (error != 0)
-        return failed(Trouble::CannotKeep, error);
+    kept_ = copyOwnerAndAttributes(from_.get(), to_.get(), info_);
+    kept_ += setModeAndTimes(to_.get(), info_);
     if (fstat(to_.get(), &made_) != 0)
         return failed(Trouble::CannotWrite, errno);
     return Step::Done;
@@ -242,7 +246,7 @@ FileCopy::Step FileCopy::again()
         return failed(Trouble::CannotWrite, errno);
     if (fstat(from_.get(), &info_) != 0)
         return failed(Trouble::CannotRead, errno);
-    hasHoles_ = qint64(info_.st_blocks) * 512 < info_.st_size;
+    hasHoles_ = keepsHoles_ && mayHaveHoles();
     at_ = begun_ = flushed_ = 0;
     state_ = State::Data;
     return Step::More;

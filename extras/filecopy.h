@@ -1,5 +1,6 @@
 #pragma once
 
+#include "extras/metadata.h"
 #include "extras/operationtypes.h"
 #include "extras/pace.h"
 #include "files/filehandle.h"
@@ -35,6 +36,8 @@ public:
     /// What went wrong, after Failed. The new file, if there is one, is the caller's to remove.
     Trouble trouble() const { return trouble_; }
     int error() const { return error_; }
+    /// After Done: what of it could not be kept.
+    const Kept& kept() const { return kept_; }
     bool hasMade() const { return to_.isOpen(); }
     /// What the system said about the source when it was opened, and about the new file when it was
     /// made; after Done when it was whole.
@@ -48,6 +51,7 @@ private:
     Step failed(Trouble trouble, int error);
     Step clone();
     Step copyPiece();
+    bool mayHaveHoles() const;
     bool findData(qint64& end);
     qint64 expectedBytes() const;
     qint64 copyBytes(qint64 size);
@@ -64,6 +68,7 @@ private:
     FileHandle to_;
     State state_ = State::Cloning;
     Means means_ = Means::Range;
+    bool keepsHoles_ = true; ///< where it is made
     bool hasHoles_ = false;
     bool isSecondTry_ = false;
     qint64 at_ = 0;      ///< copied so far
@@ -71,5 +76,6 @@ private:
     qint64 flushed_ = 0; ///< written out so far
     Trouble trouble_ = Trouble::CannotRead;
     int error_ = 0;
+    Kept kept_;
     std::unique_ptr<char[]> block_;
 };

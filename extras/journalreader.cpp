@@ -9,6 +9,7 @@ namespace
 {
 
 constexpr char Start[] = "quarn journal 2\n";
+constexpr char OlderStart[] = "quarn journal 1\n";
 constexpr qint64 StartBytes = sizeof Start - 1;
 /// Before each record its size, behind it a sum over both.
 constexpr qint64 SizeBytes = 4;
@@ -35,6 +36,7 @@ quint64 sumOf(QByteArrayView bytes)
 JournalReader::JournalReader(int file) : file_(file)
 {
     isJournal_ = bytesAt(0, StartBytes) == QByteArrayView(Start, StartBytes);
+    isOlder_ = bytesAt(0, StartBytes) == QByteArrayView(OlderStart, StartBytes);
     offset_ = StartBytes;
 }
 

@@ -14,6 +14,8 @@ public:
 
     /// Whether the file begins as a journal does.
     bool isJournal() const { return isJournal_; }
+    /// Whether it begins as those of an older version did, which nothing here can read.
+    bool isOlder() const { return isOlder_; }
     /// The record at offset(), which then is behind it. False at the end.
     bool next(JournalRecord& record);
     /// After next() was false: whether that is because of a damage, and not because the writing of
@@ -35,6 +37,7 @@ private:
 
     int file_;
     bool isJournal_ = false;
+    bool isOlder_ = false;
     qint64 offset_ = 0;
     QByteArray buffer_;
     qint64 bufferAt_ = 0;

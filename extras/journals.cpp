@@ -64,6 +64,7 @@ InterruptedOperation look(const QByteArray& path, int file)
     JournalReader reader(file);
     JournalRecord record;
     found.isDamaged = !reader.next(record) || record.type != JournalRecord::Type::Request;
+    found.isOlder = reader.isOlder();
     if (found.isDamaged)
         return found;
     found.request = record.request;

@@ -17,6 +17,7 @@ struct InterruptedOperation {
     /// The part that tells what was asked for cannot be read. The rest of this is empty then:
     /// nothing can be finished or taken back, only discardJournal() helps.
     bool isDamaged = false;
+    bool isOlder = false; ///< because an older version has written it in its own way
     /// Or a part behind that: what it told there is not known.
     bool isDamagedInPart = false;
     OperationRequest request;

@@ -192,7 +192,7 @@ void OperationRun::work()
         if (operation_->state() == Operation::State::Asking)
             ask();
     }
-    if (!wereTold(operation_->failures(), told_) ||
+    if (!wereTold(operation_->failures(), told_) || operation_->lacks() != 0 ||
         (operation_->journalError() != 0 && !toldOfJournal))
         tellFailures();
 }
@@ -237,6 +237,10 @@ void OperationRun::tellFailures()
                      errorText(operation_->journalError()),
                      {ZListRowPainter::visibleText(decodeName(journalFolder())), {}}});
     }
+    if (operation_->hasEnded() && operation_->lacks() != 0)
+        rows.append({texts.notHeld,
+                     lacksText(operation_->lacks()),
+                     {ZListRowPainter::visibleText(decodeName(operation_->request().target)), {}}});
     EntryPage page(title_);
     if (!failures.isEmpty())
         page.setLines({filledText(texts.notDone, QString::number(failures.count))});

@@ -1,5 +1,6 @@
 #include "extras/operationtexts.h"
 
+#include "extras/metadata.h"
 #include "extras/safetexts.h"
 #include "files/entrytexts.h"
 #include "files/names.h"
@@ -196,6 +197,21 @@ QString reasonText(const Failure& failure)
         failure.trouble < Trouble::CannotRead && failure.trouble != Trouble::NotAllowed;
     const QString said = isRefused ? QString() : errorText(failure.error);
     return said.isEmpty() ? troubleText(failure.trouble) : said;
+}
+
+QString lacksText(unsigned lacks)
+{
+    const SafeTexts& texts = SafeTexts::instance();
+    QStringList words;
+    const auto add = [&words, lacks](unsigned lack, const QString& word) {
+        if ((lacks & lack) != 0)
+            words.append(word);
+    };
+    add(LacksOwner, LANG_OWNER);
+    add(LacksRights, texts.rights);
+    add(LacksTime, texts.fileTime);
+    add(LacksAttributes, texts.attributes);
+    return words.join(QStringLiteral(", "));
 }
 
 QString answerText(Answer answer)

@@ -28,6 +28,9 @@ QString errorText(int error);
 /// The one of these two that tells more.
 QString reasonText(const Failure& failure);
 
+/// What an operation could not keep on a drive: each Lack, in words.
+QString lacksText(unsigned lacks);
+
 QString answerText(Answer answer);
 /// "1.2 Mb, 05/03/2008"; of a folder or link what it is, and the date.
 QString factsText(const EntryFacts& facts);

@@ -124,6 +124,7 @@ struct OperationProgress {
 enum class SourceOutcome {
     NotReached, ///< cancelled before, or not yet
     Done,       ///< whole, with everything in it
+    NotAllKept, ///< whole, but something of what it had beside its content is told to be missing
     LeftOut,    ///< all or a part of it stays where it was, as was answered
     Failed      ///< some of it could not be done
 };

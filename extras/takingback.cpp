@@ -221,12 +221,16 @@ void TakingBack::undoFolder(const JournalRecord& record)
             openat(parent, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         const bool hasTarget = target_.cursor().go(record.to);
         const struct stat facts = record.facts();
+        Kept kept;
         if (isNew && source.isOpen() && hasTarget) {
-            copyOwnerAndAttributes(target_.cursor().folder(), source.get(), facts);
-            setAccessList(source.get(), accessListOf(target_.cursor().folder()));
+            kept += copyOwnerAndAttributes(target_.cursor().folder(), source.get(), facts);
+            kept += setAccessList(source.get(), accessListOf(target_.cursor().folder()));
         }
         if (source.isOpen())
-            setModeAndTimes(source.get(), facts);
+            kept += setModeAndTimes(source.get(), facts);
+        // What is missing here is still there.
+        if (!hasKept(record, kept))
+            return;
     }
     if (record.type == JournalRecord::Type::Made)
         unmake(record);
@@ -282,10 +286,20 @@ bool TakingBack::remakeSpecial(const JournalRecord& record, int folder, const QB
         isMade = mknodat(folder, temporary.constData(), (info.st_mode & S_IFMT) | 0600,
                          info.st_rdev) == 0;
     }
-    const int error = isMade ? setMetadataOf(folder, temporary, info) : errno;
-    if (error != 0)
-        fail(record, Trouble::CannotMake, error);
-    return error == 0;
+    if (!isMade) {
+        fail(record, Trouble::CannotMake, errno);
+        return false;
+    }
+    if (hasKept(record, copyMetadata({from, nameOf(record.to)}, {folder, temporary}, info)))
+        return true;
+    unlinkat(folder, temporary.constData(), 0);
+    return false;
+}
+
+/// Whether what has come back is all there was. What its old place lacks it did not have there.
+bool TakingBack::hasKept(const JournalRecord& record, const Kept& kept)
+{
+    return work_.note({kept.error, 0}, record.source, work_.fullTarget(record.to));
 }
 
 void TakingBack::stepCopy()
@@ -298,6 +312,10 @@ void TakingBack::stepCopy()
         abandonReturn();
         break;
     case FileCopy::Step::Done:
+        if (!hasKept(returning_->record, copy_->kept())) {
+            abandonReturn();
+            break;
+        }
         copy_.reset();
         placeBack(JournalRecord(returning_->record), QByteArray(returning_->temporary));
         break;

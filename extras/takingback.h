@@ -53,6 +53,7 @@ private:
     void findStayed();
     bool linkBack(const JournalRecord& record, int into, const QByteArray& temporary);
     void copyBack(const JournalRecord& record, const struct stat& made);
+    bool hasKept(const JournalRecord& record, const Kept& kept);
     void stepCopy();
     void placeBack(const JournalRecord& record, const QByteArray& temporary);
     void stepReturn();

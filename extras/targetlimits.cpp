@@ -52,7 +52,7 @@ TargetLimits TargetLimits::ofKind(quint64 kind, qint64 nameBytes)
     }
     if (kind == FatKind || kind == ExfatKind) {
         limits.ignoresCase = true;
-        limits.keepsHoles = limits.keepsLinks = false;
+        limits.keepsHoles = limits.keepsLinks = limits.keepsRights = false;
     }
     if (kind == FatKind)
         limits.mostFileBytes = MostFatBytes;

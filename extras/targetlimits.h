@@ -15,6 +15,7 @@ struct TargetLimits {
     bool ignoresCase = false;
     bool keepsHoles = true;   ///< what was never written of a file takes no room
     bool keepsLinks = true;   ///< a file can have several names
+    bool keepsRights = true;  ///< entries have owners and permissions of their own
     bool hasClusters = false; ///< its blocks are what files take, however large
 
     /// The limits of the file system that an open folder is on.

@@ -128,8 +128,7 @@ void Transfer::walkFailed()
 void Transfer::jobEnded()
 {
     walk_.reset();
-    if (work_.outcomes[job_->source] == SourceOutcome::NotReached)
-        work_.outcomes[job_->source] = SourceOutcome::Done;
+    work_.end(job_->source);
 }
 
 void Transfer::leave()
@@ -171,7 +170,9 @@ void Transfer::cancel(bool isForGood)
     // A folder that more is to come into must stay open for that.
     if (walk_ != nullptr && isForGood)
         leaveAll();
-    batch_.hurry();
+    // What is for good may take its time; nobody waits for it.
+    if (!isForGood)
+        batch_.hurry();
     walk_.reset();
     jobs_.clear();
     isHeld_ = false;

@@ -31,6 +31,8 @@ public:
     /// Ends with the next steps: what is whole gets its name, what is half goes. `isForGood`: no
     /// other run will go on with it.
     void cancel(bool isForGood);
+    /// Sources of which something is not on the medium by its name yet.
+    QSet<int> unsettled() const { return batch_.unsettled(); }
     /// Bytes that have been written out of entries that have no name yet.
     qint64 flushedBytes() const;
 
@@ -101,6 +103,7 @@ private:
     void makeFolder(BatchItem item, int folder);
     bool makeLink(BatchItem& item);
     bool makeSpecial(BatchItem& item, int folder);
+    bool keepsEnough(const Kept& kept);
     void startFile(const BatchItem& item, int folder);
     void stepFile();
     std::optional<Linked> linkedFor(const struct stat& info);

@@ -62,15 +62,12 @@ void Transfer::makeFolder(BatchItem item, int folder)
     level.facts = item.facts;
     // What cannot be opened the walk will tell.
     FolderCursor& sources = sources_.of(item.source);
-    int error = 0;
+    Kept kept;
     if (sources.go(item.from)) {
         level.accessList = accessListOf(sources.folder());
-        error = copyOwnerAndAttributes(sources.folder(), opened.get(), item.facts);
+        kept = copyOwnerAndAttributes(sources.folder(), opened.get(), item.facts);
     }
-    if (error != 0) {
-        work_.fail(item.source, work_.progress.current, Trouble::CannotKeep, error);
-        level.keepsSource = true;
-    }
+    level.keepsSource = !work_.note(kept, item.source, work_.progress.current);
     item.mark = EntryMark::of(made);
     batch_.add(item);
     levels_.push_back(level);
@@ -157,15 +154,27 @@ bool Transfer::makeSpecial(BatchItem& item, int folder)
         refuse(Trouble::CannotMake, errno);
         return false;
     }
-    const int error = setMetadataOf(folder, item.temporary, item.facts);
+    const Kept kept =
+        copyMetadata({walk_->folder(), nameOf(item.from)}, {folder, item.temporary}, item.facts);
     struct stat made = {};
-    if (error != 0 || !lookAt(folder, item.temporary, made)) {
-        refuse(Trouble::CannotKeep, error != 0 ? error : errno);
-        unlinkat(folder, name, 0);
+    if (!lookAt(folder, item.temporary, made)) {
+        refuse(Trouble::CannotMake, errno);
+    } else if (keepsEnough(kept)) {
+        item.mark = EntryMark::of(made);
+        return true;
+    }
+    unlinkat(folder, name, 0);
+    return false;
+}
+
+/// Whether a new entry has what it must have for its name. What can be moved only in part is not.
+bool Transfer::keepsEnough(const Kept& kept)
+{
+    if (kept.error != 0 && work_.request.kind == OperationKind::Move) {
+        refuse(Trouble::CannotKeep, kept.error);
         return false;
     }
-    item.mark = EntryMark::of(made);
-    return true;
+    return work_.note(kept, job_->source, work_.progress.current);
 }
 
 void Transfer::startFile(const BatchItem& item, int folder)
@@ -195,6 +204,10 @@ void Transfer::stepFile()
         giveUpCopy();
         break;
     case FileCopy::Step::Done:
+        if (!keepsEnough(copy_->kept())) {
+            giveUpCopy();
+            break;
+        }
         copied_->facts = copy_->source();
         copied_->mark = EntryMark::of(copy_->made());
         copied_->bytes = copy_->copied();

@@ -1,5 +1,6 @@
 #include "extras/unfinished.h"
 
+#include "extras/aside.h"
 #include "extras/entrypage.h"
 #include "extras/journals.h"
 #include "extras/operation.h"
@@ -12,7 +13,9 @@
 #include "platform/zlistrowpainter.h"
 #include "widgets/errorbox.h"
 
+#include <atomic>
 #include <cerrno>
+#include <memory>
 
 namespace
 {
@@ -47,7 +50,7 @@ QStringList linesFor(const InterruptedOperation& found)
 {
     const SafeTexts& texts = SafeTexts::instance();
     if (found.isDamaged)
-        return {texts.damaged};
+        return {found.isOlder ? texts.older : texts.damaged};
     QStringList lines;
     const QString title = titleOf(found.request.kind) + QStringLiteral(": ");
     if (found.request.sources.size() == 1)
@@ -94,6 +97,17 @@ bool goOn(std::unique_ptr<Operation> operation, const QString& title)
     return true;
 }
 
+/// What it has left half done may be much, on a medium that takes its time.
+bool forget(const QByteArray& journal)
+{
+    const auto isGone = std::make_shared<std::atomic<bool>>(false);
+    runAside(
+        SafeTexts::instance().forget,
+        [journal, isGone](const std::atomic<bool>&) { *isGone = discardJournal(journal); },
+        [] { return QStringList(); });
+    return *isGone;
+}
+
 bool doChoice(Choice choice, const InterruptedOperation& found)
 {
     switch (choice) {
@@ -102,7 +116,7 @@ bool doChoice(Choice choice, const InterruptedOperation& found)
     case Choice::TakeBack:
         return goOn(Operation::takeBack(found.journal), SafeTexts::instance().takingBack);
     case Choice::Forget:
-        return discardJournal(found.journal);
+        return forget(found.journal);
     case Choice::Later:
         break;
     }

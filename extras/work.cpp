@@ -43,6 +43,31 @@ void Work::fail(int source, const QByteArray& path, Trouble trouble, int error)
     outcomes[source] = SourceOutcome::Failed;
 }
 
+bool Work::note(const Kept& kept, int source, const QByteArray& path)
+{
+    if (kept.isAll())
+        return true;
+    lacks |= kept.lacks;
+    notAllKept.insert(source);
+    if (outcomes[source] == SourceOutcome::Done)
+        outcomes[source] = SourceOutcome::NotAllKept;
+    if (kept.error == 0)
+        return true;
+    // Of a copy nothing is missing yet: its source is still there.
+    if (request.kind == OperationKind::Move)
+        fail(source, path, Trouble::CannotKeep, kept.error);
+    else
+        failures.add({path, Trouble::CannotKeep, kept.error});
+    return request.kind != OperationKind::Move;
+}
+
+void Work::end(int source)
+{
+    if (outcomes[source] == SourceOutcome::NotReached)
+        outcomes[source] =
+            notAllKept.contains(source) ? SourceOutcome::NotAllKept : SourceOutcome::Done;
+}
+
 void Work::leaveOut(int source)
 {
     if (outcomes[source] != SourceOutcome::Failed)
@@ -56,7 +81,7 @@ bool Work::hasLost(int source) const
 
 void Work::undo(int source)
 {
-    if (outcomes[source] == SourceOutcome::Done)
+    if (outcomes[source] == SourceOutcome::Done || outcomes[source] == SourceOutcome::NotAllKept)
         outcomes[source] = SourceOutcome::NotReached;
 }
 

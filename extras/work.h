@@ -2,9 +2,11 @@
 
 #include "extras/foldercursor.h"
 #include "extras/journal.h"
+#include "extras/metadata.h"
 #include "extras/operationtypes.h"
 
 #include <QHash>
+#include <QSet>
 
 #include <memory>
 #include <optional>
@@ -30,8 +32,10 @@ struct Work {
     Decisions decisions;
     QHash<int, EntryMark> marks; ///< what the sources were when they were looked at
     OperationProgress progress;
+    unsigned lacks = 0; ///< each Lack that was met
     Listed<Failure> failures;
     QList<SourceOutcome> outcomes;
+    QSet<int> notAllKept;             ///< sources with entries of which something is missing
     std::unique_ptr<Journal> journal; ///< null if there is none
     QByteArray temporaryPrefix;       ///< what temporary names begin with
     int journalError = 0;
@@ -47,7 +51,13 @@ struct Work {
     /// was.
     bool isStillMeant(int source, int folder, const struct stat& info) const;
     void fail(int source, const QByteArray& path, Trouble trouble, int error);
+    /// An entry of a source is whole in the target, but without something that it had. What its
+    /// file system refused is told for the entry, what it lacks once for all. True if the source of
+    /// the entry may go all the same.
+    bool note(const Kept& kept, int source, const QByteArray& path);
     void leaveOut(int source);
+    /// All of a source has been worked on.
+    void end(int source);
     bool hasLost(int source) const;
     /// A source that was done is not wholly done after all.
     void undo(int source);

@@ -269,6 +269,8 @@ class TestInterrupted(Case):
         time.sleep(SLICE)  # waits: on a fast disk all the rest may take less than a slice
         self.gate.stand_open()
         self.wait_main()
+        # What is not on the disk yet when it is cancelled follows.
+        self.check_no_journal()
         self.program_.wait_idle()
 
     def test_cancelledCopyLeavesNothingHalf(self):

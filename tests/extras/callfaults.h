@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QtGlobal>
 
 #include <functional>
@@ -27,6 +28,10 @@ public:
     void holdFlushing();
     /// Whether something is being flushed, while flushing is held.
     bool isFlushing() const;
+    enum class Call { WriteOut, Cut, Remove, Rename, Read };
+    /// The same for another call.
+    void hold(Call call);
+    bool isHolding() const { return isFlushing(); }
     /// rename() and its like fail so, when `after` of them have worked.
     void failRenaming(int after, int error);
     /// Nothing can say that a name must be free.
@@ -41,6 +46,23 @@ public:
     void pretendKind(quint64 kind);
     /// Every file system has that many free blocks of that size.
     void pretendRoom(qint64 blockBytes, qint64 blocks);
+    /// Extended attributes whose names begin so cannot be set.
+    void failSetting(const QByteArray& start, int error);
+    /// Open files have that extended attribute alone, whatever else they have.
+    void pretendAttribute(const QByteArray& name);
+    /// Owners cannot be set.
+    void failOwning(int error);
+    /// Permissions of open files cannot be set; they stay what they are without an error if that is
+    /// 0.
+    void failPermitting(int error);
+    /// A file cannot get another name.
+    void failLinking(int error);
+    /// Copying within the system works while this lives, and files can share their content if that
+    /// is meant; how often that was done, and how often bytes were written.
+    void letCopy(bool canShare);
+    int shared() const;
+    int copied() const;
+    int written() const;
     /// Runs before each read of a file, with the number of such calls before it.
     void beforeReading(std::function<void(int)> work);
     /// Moves and links from one folder to another seem to leave the file system.

@@ -36,10 +36,15 @@ private:
     std::optional<OwnFolder> far_;
 };
 
-/// Runs an operation to its end. Everything in the way is answered so.
+/// Runs an operation to its end, and waits for what it leaves behind the scenes. Everything in the
+/// way is answered so.
 void runToEnd(Operation& operation, Answer answer = Answer::Replace);
 /// Runs one without anything that could go wrong; the test fails if it did.
 void runWell(const OperationRequest& request, Answer answer = Answer::Replace);
+
+/// What a run could not do, a line for each: the name of the entry, the trouble and the error.
+QByteArrayList toldLines(const Operation& operation);
+QByteArray toldLine(const char* name, Trouble trouble, int error);
 
 /// Gives all in a tree one time of change, in the past.
 void ageAll(const QByteArray& path);

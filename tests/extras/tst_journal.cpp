@@ -151,6 +151,20 @@ private slots:
         QVERIFY(!hasJournals());
     }
 
+    void whatAnOlderVersionWroteIsNotCalledDamaged()
+    {
+        const OperationPlaces places;
+        const QByteArray path = abandoned(places);
+        QVERIFY(!findJournals().first().isOlder);
+        QByteArray older = readFile(path);
+        older.replace("quarn journal 2\n", "quarn journal 1\n");
+        writeFile(path, older);
+        QVERIFY(findJournals().first().isDamaged && findJournals().first().isOlder);
+        older[3] = '?';
+        writeFile(path, older);
+        QVERIFY(findJournals().first().isDamaged && !findJournals().first().isOlder);
+    }
+
     void aLengthWithoutItsContentIsNoDamage()
     {
         const OperationPlaces places;

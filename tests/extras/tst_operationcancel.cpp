@@ -128,8 +128,8 @@ private slots:
             operation.step(0);
             operation.step(0);
         }
+        QTRY_VERIFY(places.journals().isEmpty());
         QVERIFY(isTidy(wholeText(places.target())));
-        QVERIFY(places.journals().isEmpty());
     }
 
     void aDeleteShowsHowFarItIsAndCanBeCancelled()

@@ -23,34 +23,6 @@ namespace
 
 constexpr quint64 ExfatKind = 0x2011bab0;
 
-/// What a run could not do: names of the entries and why.
-QByteArrayList told(const Operation& operation)
-{
-    QByteArrayList lines;
-    for (const Failure& failure : operation.failures().first)
-        lines.append(failure.path.mid(failure.path.lastIndexOf('/') + 1) + ' ' +
-                     QByteArray::number(int(failure.trouble)) + ' ' +
-                     QByteArray::number(failure.error));
-    return lines;
-}
-
-/// How large what is in a folder has become.
-qint64 readSize(const QByteArray& folder)
-{
-    qint64 size = 0;
-    for (const QByteArray& name : namesIn(folder)) {
-        struct stat info = {};
-        size += lstat((folder + '/' + name).constData(), &info) == 0 ? info.st_size : 0;
-    }
-    return size;
-}
-
-QByteArray line(const char* name, Trouble trouble, int error)
-{
-    return QByteArray(name) + ' ' + QByteArray::number(int(trouble)) + ' ' +
-           QByteArray::number(error);
-}
-
 } // namespace
 
 class tst_OperationFaults : public QObject
@@ -66,6 +38,8 @@ private slots:
             QTest::addRow("full disk, %d", isMove) << ENOSPC << isMove;
             QTest::addRow("quota, %d", isMove) << EDQUOT << isMove;
             QTest::addRow("broken medium, %d", isMove) << EIO << isMove;
+            QTest::addRow("pulled medium, %d", isMove) << ENODEV << isMove;
+            QTest::addRow("made read-only, %d", isMove) << EROFS << isMove;
         }
     }
     void whatCannotBeWrittenIsToldAndNothingIsLost()
@@ -89,7 +63,7 @@ private slots:
             runToEnd(operation);
         }
         QCOMPARE(operation.state(), Operation::State::Finished);
-        QVERIFY(told(operation).contains(line("large", Trouble::CannotWrite, error)));
+        QVERIFY(toldLines(operation).contains(toldLine("large", Trouble::CannotWrite, error)));
         QCOMPARE(operation.outcomes(), QList<SourceOutcome>{SourceOutcome::Failed});
         QCOMPARE(readFile(places.target("tree/large")), QByteArray("old"));
         // What is in the target is whole, and nothing temporary stays.
@@ -99,6 +73,42 @@ private slots:
         if (!isMove)
             QCOMPARE(withoutFolderTimes(wholeText(places.source("tree"))), before);
         QVERIFY(places.journals().isEmpty());
+    }
+
+    void aPulledMediumLosesNothing_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::newRow("gone") << ENODEV;
+        QTest::newRow("read-only") << EROFS;
+        QTest::newRow("broken") << EIO;
+    }
+    /// From some moment on nothing gets there, be it content, a flush or a name.
+    void aPulledMediumLosesNothing()
+    {
+        QFETCH(int, error);
+        const OperationPlaces places(OperationPlaces::Apart);
+        constexpr int Files = 40;
+        making::folder(places.source("tree"));
+        for (int i = 0; i < Files; ++i)
+            writeFile(places.source("tree/" + QByteArray::number(i)), QByteArray(10000, 'x'));
+        Operation operation(places.request(OperationKind::Move, {"tree"}));
+        while (operation.step(100) == Operation::State::Surveying) {
+        }
+        operation.begin();
+        {
+            CallFaults faults;
+            faults.failWriting(qint64(10000) * Files / 2, error);
+            faults.failFlushing(error, true);
+            faults.failRenaming(0, error);
+            runToEnd(operation);
+        }
+        QCOMPARE(operation.state(), Operation::State::Finished);
+        QCOMPARE(operation.outcomes(), QList<SourceOutcome>{SourceOutcome::Failed});
+        QVERIFY(operation.failures().count > 0);
+        for (const Failure& failure : operation.failures().first)
+            QCOMPARE(failure.error, error);
+        QCOMPARE(namesIn(places.source("tree")).size(), qsizetype(Files));
+        QVERIFY(!isThere(places.target("tree")));
     }
 
     void aSmallFileSystemGetsFull()
@@ -116,7 +126,8 @@ private slots:
         QCOMPARE(operation.survey().hasRoom, !small.isMounted());
         runToEnd(operation);
         if (small.isMounted()) {
-            QCOMPARE(told(operation), QByteArrayList{line("second", Trouble::CannotWrite, ENOSPC)});
+            QCOMPARE(toldLines(operation),
+                     QByteArrayList{toldLine("second", Trouble::CannotWrite, ENOSPC)});
             QCOMPARE(namesIn(small.path()), QList<QByteArray>{"first"});
             QCOMPARE(readFile(places.source("second")).size(), qsizetype(900 * 1024));
         } else {
@@ -137,7 +148,7 @@ private slots:
             faults.failReading(1000000, EIO);
             runToEnd(across);
         }
-        QCOMPARE(told(across), QByteArrayList{line("bad", Trouble::CannotRead, EIO)});
+        QCOMPARE(toldLines(across), QByteArrayList{toldLine("bad", Trouble::CannotRead, EIO)});
         QVERIFY(namesIn(apart.target()).isEmpty());
         QCOMPARE(readFile(apart.source("bad")).size(), qsizetype(2000000));
     }
@@ -195,9 +206,9 @@ private slots:
             faults.failWritingOut(error);
             runToEnd(operation);
         }
-        QCOMPARE(told(operation), isTold
-                                      ? QByteArrayList{line("large", Trouble::CannotWrite, error)}
-                                      : QByteArrayList());
+        QCOMPARE(toldLines(operation),
+                 isTold ? QByteArrayList{toldLine("large", Trouble::CannotWrite, error)}
+                        : QByteArrayList());
         QCOMPARE(isThere(places.source("large")), isTold);
         QCOMPARE(readFile(isTold ? places.source("large") : places.target("large")), content);
         QCOMPARE(isThere(places.target("large")), !isTold);
@@ -218,8 +229,9 @@ private slots:
                 faults.failRenaming(0, EPERM);
                 runToEnd(operation);
             }
-            QCOMPARE(told(operation), (QByteArrayList{line("one", Trouble::CannotRename, EPERM),
-                                                      line("two", Trouble::CannotRename, EPERM)}));
+            QCOMPARE(toldLines(operation),
+                     (QByteArrayList{toldLine("one", Trouble::CannotRename, EPERM),
+                                     toldLine("two", Trouble::CannotRename, EPERM)}));
             QCOMPARE(namesIn(places.source()), (QList<QByteArray>{"one", "two"}));
             QVERIFY(namesIn(places.target()).isEmpty());
         }
@@ -266,7 +278,8 @@ private slots:
         faults.failRenaming(0, EIO);
         Operation operation(places.request(OperationKind::Copy, {"file"}));
         runToEnd(operation);
-        QCOMPARE(told(operation), QByteArrayList{line("file", Trouble::CannotRename, EIO)});
+        QCOMPARE(toldLines(operation),
+                 QByteArrayList{toldLine("file", Trouble::CannotRename, EIO)});
         QCOMPARE(namesIn(places.target()), QList<QByteArray>());
     }
 
@@ -286,51 +299,59 @@ private slots:
         QCOMPARE(stat(places.target("tree/empty").constData(), &info), 0);
         faults.failFlushingOf(info.st_ino, EIO);
         runToEnd(operation);
-        QVERIFY(told(operation).contains(line("empty", Trouble::CannotWrite, EIO)));
+        QVERIFY(toldLines(operation).contains(toldLine("empty", Trouble::CannotWrite, EIO)));
         QVERIFY(isThere(places.source("tree/empty")));
     }
 
-    void whatDoesNotKnowItsSizeIsReadToItsEnd()
+    void namesOfOneFileBecomeFilesWhereThereAreNoLinks_data()
     {
-        constexpr qint64 Bytes = 70 * 1024 * 1024;
-        const OperationPlaces places;
-        writeFile(places.source("made up"), "begin");
-        QCOMPARE(truncate(places.source("made up").constData(), Bytes - 3), 0);
-        const int file =
-            open(places.source("made up").constData(), O_WRONLY | O_APPEND | O_CLOEXEC);
-        QCOMPARE(write(file, "end", 3), ssize_t(3));
-        close(file);
-        const QByteArray whole = readFile(places.source("made up"));
-        CallFaults faults;
-        faults.hideSizes();
-        runWell(places.request(OperationKind::Copy, {"made up"}));
-        QCOMPARE(whole.size(), qsizetype(Bytes));
-        QVERIFY(readFile(places.target("made up")) == whole);
+        QTest::addColumn<int>("error");
+        QTest::newRow("has none") << EPERM;
+        QTest::newRow("does not know them") << EOPNOTSUPP;
+        QTest::newRow("no more") << EMLINK;
+    }
+    void namesOfOneFileBecomeFilesWhereThereAreNoLinks()
+    {
+        QFETCH(int, error);
+        const OperationPlaces places(OperationPlaces::Apart);
+        writeFile(places.source("one"), "linked");
+        QCOMPARE(link(places.source("one").constData(), places.source("two").constData()), 0);
+        Operation operation(places.request(OperationKind::Move, {"one", "two"}));
+        {
+            CallFaults faults;
+            faults.failLinking(error);
+            runToEnd(operation);
+        }
+        QCOMPARE(toldLines(operation), QByteArrayList());
+        struct stat one = {};
+        struct stat two = {};
+        QCOMPARE(lstat(places.target("one").constData(), &one), 0);
+        QCOMPARE(lstat(places.target("two").constData(), &two), 0);
+        QVERIFY(one.st_ino != two.st_ino);
+        QCOMPARE(readFile(places.target("one")), QByteArray("linked"));
+        QCOMPARE(readFile(places.target("two")), QByteArray("linked"));
+        QVERIFY(namesIn(places.source()).isEmpty());
     }
 
-    void whatNeverEndsCanBeCancelled()
+    void contentIsSharedOrCopiedWithinTheSystem_data()
     {
+        QTest::addColumn<bool>("canShare");
+        QTest::newRow("shared") << true;
+        QTest::newRow("copied") << false;
+    }
+    void contentIsSharedOrCopiedWithinTheSystem()
+    {
+        QFETCH(bool, canShare);
         const OperationPlaces places;
-        writeFile(places.source("endless"), "begin");
+        const QByteArray content(3000000, 'c');
+        writeFile(places.source("file"), content);
         CallFaults faults;
-        faults.hideSizes();
-        faults.beforeReading([&places](int) {
-            const int file =
-                open(places.source("endless").constData(), O_WRONLY | O_APPEND | O_CLOEXEC);
-            const QByteArray more(4096, 'm');
-            QCOMPARE(write(file, more.constData(), size_t(more.size())), ssize_t(more.size()));
-            close(file);
-        });
-        Operation operation(places.request(OperationKind::Copy, {"endless"}));
-        while (operation.step(100) == Operation::State::Surveying) {
-        }
-        operation.begin();
-        while (readSize(places.target()) < 3 * 1024 * 1024)
-            QCOMPARE(operation.step(0), Operation::State::Working);
-        operation.cancel();
-        runToEnd(operation);
-        QCOMPARE(operation.state(), Operation::State::Cancelled);
-        QCOMPARE(namesIn(places.target()), QList<QByteArray>());
+        faults.letCopy(canShare);
+        runWell(places.request(OperationKind::Copy, {"file"}));
+        QCOMPARE(faults.shared(), canShare ? 1 : 0);
+        QCOMPARE(faults.copied() > 0, !canShare);
+        QCOMPARE(faults.written(), 0);
+        QVERIFY(readFile(places.target("file")) == content);
     }
 
     void whatCannotBeRenamedAcrossIsCopied()
@@ -358,77 +379,6 @@ private slots:
         runWell(places.request(OperationKind::Move, {"f"}));
         QCOMPARE(readFile(places.target("f/sub/in")), QByteArray("in"));
         QVERIFY(namesIn(places.source()).isEmpty());
-    }
-
-    void aSourceThatChangesIsReadAgain()
-    {
-        const OperationPlaces places;
-        const QByteArray path = places.source("file");
-        writeFile(path, QByteArray(600000, 'a'));
-        CallFaults faults;
-        faults.beforeReading([&path](int number) {
-            if (number == 1)
-                QCOMPARE(truncate(path.constData(), 500000), 0);
-        });
-        runWell(places.request(OperationKind::Copy, {"file"}));
-        QCOMPARE(readFile(places.target("file")), QByteArray(500000, 'a'));
-    }
-
-    void aSourceThatKeepsChangingIsTold()
-    {
-        const OperationPlaces places(OperationPlaces::Apart);
-        const QByteArray path = places.source("file");
-        writeFile(path, QByteArray(600000, 'a'));
-        Operation operation(places.request(OperationKind::Move, {"file"}));
-        while (operation.step(1000) == Operation::State::Surveying) {
-        }
-        operation.begin();
-        {
-            CallFaults faults;
-            faults.beforeReading(
-                [&path](int number) { QCOMPARE(truncate(path.constData(), 600001 + number), 0); });
-            runToEnd(operation);
-        }
-        QCOMPARE(told(operation), QByteArrayList{line("file", Trouble::SourceChanged, 0)});
-        QVERIFY(namesIn(places.target()).isEmpty());
-        QVERIFY(isThere(path));
-    }
-
-    void aSourceThatVanishesIsTold()
-    {
-        const OperationPlaces places;
-        writeFile(places.source("first"), QByteArray(600000, 'a'));
-        making::folder(places.source("gone"));
-        writeFile(places.source("gone/in"), "in");
-        Operation operation(places.request(OperationKind::Copy, {"first", "gone"}));
-        while (operation.step(1000) == Operation::State::Surveying) {
-        }
-        operation.begin();
-        {
-            CallFaults faults;
-            faults.beforeReading([&places](int number) {
-                if (number == 0) {
-                    QCOMPARE(unlink(places.source("gone/in").constData()), 0);
-                    QCOMPARE(rmdir(places.source("gone").constData()), 0);
-                }
-            });
-            runToEnd(operation);
-        }
-        QCOMPARE(told(operation), QByteArrayList{line("gone", Trouble::Missing, ENOENT)});
-        QCOMPARE(namesIn(places.target()), QList<QByteArray>{"first"});
-    }
-
-    void aFileThatVanishesWhileItIsReadIsWholeAllTheSame()
-    {
-        const OperationPlaces places;
-        writeFile(places.source("file"), QByteArray(600000, 'a'));
-        CallFaults faults;
-        faults.beforeReading([&places](int number) {
-            if (number == 1)
-                QCOMPARE(unlink(places.source("file").constData()), 0);
-        });
-        runWell(places.request(OperationKind::Copy, {"file"}));
-        QCOMPARE(readFile(places.target("file")), QByteArray(600000, 'a'));
     }
 
     void whatFatCannotHoldIsToldBefore()
@@ -480,7 +430,8 @@ private slots:
         }
         QCOMPARE(operation.survey().troubles.first.first().trouble, Trouble::TargetUnusable);
         runToEnd(operation);
-        QCOMPARE(told(operation), QByteArrayList{line("file", Trouble::CannotRename, EACCES)});
+        QCOMPARE(toldLines(operation),
+                 QByteArrayList{toldLine("file", Trouble::CannotRename, EACCES)});
         QCOMPARE(readFile(places.source("file")), QByteArray("content"));
         OperationRequest nowhere = places.request(OperationKind::Copy, {"file"});
         nowhere.target = places.target("missing");
@@ -488,26 +439,6 @@ private slots:
         runToEnd(lost);
         QCOMPARE(lost.failures().first.first().trouble, Trouble::TargetUnusable);
         QCOMPARE(lost.failures().first.first().error, ENOENT);
-    }
-
-    void whatMayNotBeReadIsToldAndTheRestIsDone()
-    {
-        const OperationPlaces places(OperationPlaces::Apart);
-        making::folder(places.source("tree"));
-        making::folder(places.source("tree/closed"));
-        writeFile(places.source("tree/closed/in"), "in");
-        writeFile(places.source("tree/secret"), "secret");
-        writeFile(places.source("tree/open"), "open");
-        QCOMPARE(chmod(places.source("tree/closed").constData(), 0), 0);
-        QCOMPARE(chmod(places.source("tree/secret").constData(), 0), 0);
-        Operation operation(places.request(OperationKind::Move, {"tree"}));
-        runToEnd(operation);
-        QByteArrayList lines = told(operation);
-        std::sort(lines.begin(), lines.end());
-        QCOMPARE(lines, (QByteArrayList{line("closed", Trouble::CannotRead, EACCES),
-                                        line("secret", Trouble::CannotRead, EACCES)}));
-        QCOMPARE(readFile(places.target("tree/open")), QByteArray("open"));
-        QCOMPARE(namesIn(places.source("tree")), (QList<QByteArray>{"closed", "secret"}));
     }
 
     void worksWithoutAJournal()

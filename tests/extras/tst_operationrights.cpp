@@ -125,6 +125,20 @@ private slots:
         QCOMPARE(listOf(places.target("tree/plain"), Access), inherited);
     }
 
+    void listsOfPipesAreKept()
+    {
+        const OperationPlaces places(OperationPlaces::Apart);
+        constexpr quint16 All = 7;
+        making::fifo(places.source("pipe"));
+        making::fifo(places.source("plain"));
+        setList(places.source("pipe"), Access, listFor(80, All));
+        setList(places.target(), Default, listFor(77, All));
+        runWell(places.request(OperationKind::Move, {"pipe", "plain"}));
+        QCOMPARE(listOf(places.target("pipe"), Access), listFor(80, All));
+        QCOMPARE(listOf(places.target("plain"), Access), QByteArray());
+        QVERIFY(namesIn(places.source()).isEmpty());
+    }
+
     /// What the target's folder gives to what is new in it the source has not.
     void whatATargetGivesToNewEntriesIsTakenAway()
     {

@@ -1,4 +1,5 @@
 #include "extras/failurerows.h"
+#include "extras/metadata.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
 #include "lang/texts.h"
@@ -139,6 +140,14 @@ private slots:
         QCOMPARE(paceText(progress), QString("12.5 Mb/s"));
         progress.secondsLeft = 125;
         QCOMPARE(paceText(progress), QString("12.5 Mb/s   2:05 left"));
+    }
+
+    void whatIsNotKeptIsNamed()
+    {
+        QCOMPARE(lacksText(0), QString());
+        QCOMPARE(lacksText(LacksRights), QString("Rights"));
+        QCOMPARE(lacksText(LacksOwner | LacksRights | LacksTime | LacksAttributes),
+                 LANG_OWNER + ", Rights, Date, Attributes");
     }
 
     void factsSayWhatItIs()
