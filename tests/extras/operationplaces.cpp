@@ -60,23 +60,6 @@ OperationRequest OperationPlaces::request(OperationKind kind, const QByteArrayLi
     return request;
 }
 
-void runToEnd(Operation& operation, Answer answer)
-{
-    while (!operation.hasEnded()) {
-        switch (operation.step(100)) {
-        case Operation::State::Surveyed:
-            operation.decideForAll(answer);
-            operation.begin();
-            break;
-        case Operation::State::Asking:
-            operation.answer(answer, true);
-            break;
-        default:
-            break;
-        }
-    }
-}
-
 void runWell(const OperationRequest& request, Answer answer)
 {
     Operation operation(request);
