@@ -53,6 +53,9 @@ bool runAside(const QString& title, std::function<void(const std::atomic<bool>& 
     } catch (const std::system_error&) {
         shared->go();
     }
+    // What is quick is over before anything else is drawn.
+    if (shared->waitDone(TurnMs))
+        return true;
     if (runInSlices(
             title,
             [&shared](int milliseconds) {

@@ -102,12 +102,15 @@ void forgetStaleSizes(const TrashFolder& trash)
         writeTrashedSizes(trash.folder(), after);
 }
 
-QList<TrashEntry> entriesOf(const std::vector<TrashFolder>& trashes)
+QList<TrashEntry> entriesOf(const std::vector<TrashFolder>& trashes,
+                            const Trash::GoesOn& goesOn = {})
 {
     QList<TrashEntry> result;
     for (const TrashFolder& trash : trashes) {
         const TrashedSizes sizes = readTrashedSizes(trash.folder());
         for (const QByteArray& name : namesIn(trash.files())) {
+            if (goesOn && !goesOn(result.size()))
+                return result;
             const TrashEntry entry = entryNamed(trash, name, sizes);
             if (!entry.name.isEmpty())
                 result.append(entry);
@@ -207,9 +210,9 @@ std::optional<TrashFolder> Trash::at(const QByteArray& path) const
     return std::nullopt;
 }
 
-QList<TrashEntry> Trash::entries() const
+QList<TrashEntry> Trash::entries(const GoesOn& goesOn) const
 {
-    return entriesOf(existing());
+    return entriesOf(existing(), goesOn);
 }
 
 QList<TrashEntry> Trash::entriesAt(const QByteArray& top) const

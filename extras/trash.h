@@ -26,6 +26,8 @@ struct TrashEntry {
 
     /// What it was called; its name in the trash if that is not known.
     QByteArray formerName() const;
+    /// Where it was; its name in the trash if that is not known.
+    const QByteArray& pathOrName() const { return path.isEmpty() ? name : path; }
 };
 
 /// The user's trashes: the one in the home folder, and those of all file systems that are mounted.
@@ -74,8 +76,9 @@ public:
     Result put(const QByteArray& path, const std::atomic<bool>& isStopped = Never) const;
 
     /// All there is in all trashes that are near, in no order. What has no usable info file is
-    /// there, too.
-    QList<TrashEntry> entries() const;
+    /// there, too. `goesOn` is told how many have been found so far, and ends the search by false.
+    using GoesOn = std::function<bool(qsizetype)>;
+    QList<TrashEntry> entries(const GoesOn& goesOn = {}) const;
     /// The tops of file systems that others answer for, who may be gone. Asks none of them.
     QByteArrayList farTops() const;
     /// What is in the trashes at the top of a file system.
@@ -89,7 +92,8 @@ public:
     bool forget(const TrashEntry& entry) const;
 
     /// Deletes an entry. A folder leaves the list at once and is taken apart by a TrashRemoval.
-    Result expunge(const TrashEntry& entry) const;
+    /// What is stopped before the entry has left fails with ECANCELED.
+    Result expunge(const TrashEntry& entry, const std::atomic<bool>& isStopped = Never) const;
 
     /// Removes what interrupted work of any program left: info files of nothing, sizes of nothing.
     void tidy() const;

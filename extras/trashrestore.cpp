@@ -127,11 +127,13 @@ bool Trash::forget(const TrashEntry& entry) const
     return true;
 }
 
-Trash::Result Trash::expunge(const TrashEntry& entry) const
+Trash::Result Trash::expunge(const TrashEntry& entry, const std::atomic<bool>& isStopped) const
 {
     const std::optional<TrashFolder> trash = at(entry.trash);
     if (!isStillThere(trash, entry))
         return {Trash::Outcome::Gone, 0, {}};
+    if (isStopped)
+        return {Trash::Outcome::Failed, ECANCELED, {}};
     if (!S_ISDIR(entry.mode)) {
         if (::unlinkat(trash->files(), entry.name.constData(), 0) != 0)
             return failed();

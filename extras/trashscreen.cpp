@@ -1,14 +1,12 @@
 #include "extras/trashscreen.h"
 
-#include "extras/aside.h"
 #include "extras/fartrashes.h"
 #include "extras/operation.h"
 #include "extras/operationrun.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
-#include "extras/slices.h"
+#include "extras/trashjobs.h"
 #include "extras/trashpage.h"
-#include "extras/trashremoval.h"
 #include "extras/trashwords.h"
 #include "extras/waiting.h"
 #include "files/names.h"
@@ -20,10 +18,10 @@
 
 #include <QSet>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace
 {
@@ -35,6 +33,12 @@ bool confirmed(const QString& title, const QString& text, const char* picture)
                               kWidget::Question) == 1;
 }
 
+/// What the user has asked for, about the entry that was highlighted then.
+struct Wish {
+    int command = TrashPage::Properties;
+    TrashEntry entry;
+};
+
 /// The screen while it is up.
 class TrashVisit
 {
@@ -42,10 +46,10 @@ public:
     TrashVisit(QByteArray folder, const Trash::Places& places)
         : trash_(places), folder_(std::move(folder)), far_(trash_, [this] { showFar(); })
     {
-        // What is asked for while something goes on is about a list that is no longer true.
+        // What is asked for while something is being done is about a list that is no longer true.
         QObject::connect(&page_, &TrashPage::commanded, &page_, [this](int command) {
-            if (isWaiting_)
-                command_ = command;
+            if (!isBusy_ && !page_.entries().isEmpty())
+                wish_ = Wish{command, page_.current()};
         });
         QObject::connect(&page_, &EntryPage::rightPressed, &page_, [this] { leaves_ = true; });
     }
@@ -54,22 +58,32 @@ public:
     bool run()
     {
         list();
+        if (leaves_)
+            return false;
         page_.show();
         removeExpunged();
-        trash_.tidy();
-        while (const auto command = nextCommand()) {
-            carryOut(*command);
-            if (command != TrashPage::Properties)
+        tidyAside(trash_);
+        while (const auto wish = nextWish()) {
+            isBusy_ = true;
+            carryOut(*wish);
+            isBusy_ = false;
+            if (wish->command != TrashPage::Properties)
                 list();
         }
         return changed_;
     }
 
 private:
-    /// Shows what there is now, and what was far when it last answered, which is asked again.
+    /// Shows what there is now, and what was far when it last answered, which is asked again. Who
+    /// does not want to wait for it leaves.
     void list()
     {
-        near_ = trash_.entries();
+        const auto near = listAside(trash_);
+        if (!near) {
+            leaves_ = true;
+            return;
+        }
+        near_ = *near;
         page_.setEntries(near_ + far_.entries());
         far_.ask();
     }
@@ -82,29 +96,28 @@ private:
     }
 
     /// What the user wants next; nothing if it is to leave.
-    std::optional<int> nextCommand()
+    std::optional<Wish> nextWish()
     {
-        command_.reset();
         isWaiting_ = true;
-        ZApplication::waitUntil([this] { return command_.has_value() || leaves_; });
+        ZApplication::waitUntil([this] { return wish_.has_value() || leaves_; });
         isWaiting_ = false;
-        return leaves_ ? std::nullopt : command_;
+        return leaves_ ? std::nullopt : std::exchange(wish_, std::nullopt);
     }
 
-    void carryOut(int command)
+    void carryOut(const Wish& wish)
     {
-        switch (command) {
+        switch (wish.command) {
         case TrashPage::Restore:
-            restore(page_.current());
+            restore(wish.entry);
             break;
         case TrashPage::DeleteForGood:
-            deleteForGood(page_.current());
+            deleteForGood(wish.entry);
             break;
         case TrashPage::Empty:
             empty();
             break;
         default:
-            textView->showText(LANG_PROPERTIES, propertiesText(page_.current()), Qt::AlignLeft,
+            textView->showText(LANG_PROPERTIES, propertiesText(wish.entry), Qt::AlignLeft,
                                QStringLiteral("res/img/props.png"), kWidget::Message);
             break;
         }
@@ -115,36 +128,21 @@ private:
         const QByteArray path = placeFor(entry);
         if (path.isEmpty())
             return;
-        Trash::Result result = restored(entry, path, Trash::WhenTaken::Tell);
+        Trash::Result result = restoreAside(trash_, entry, path, Trash::WhenTaken::Tell);
         if (result.outcome == Trash::Outcome::Taken) {
             const auto whenTaken = askWhenTaken(path);
             if (!whenTaken)
                 return;
-            result = restored(entry, path, *whenTaken);
+            result = restoreAside(trash_, entry, path, *whenTaken);
         }
         if (result.outcome == Trash::Outcome::Elsewhere)
             bring(entry, result.path);
         else if (result.outcome == Trash::Outcome::Done)
             changed_ = true;
         else
-            tell(entry, result);
+            tell(failureOf(entry, result));
         if (result.outcome == Trash::Outcome::Done)
             far_.drop(entry);
-    }
-
-    /// The medium is waited for in another thread. What does not come to an end is as if it had:
-    /// the list shows what has become of it.
-    Trash::Result restored(const TrashEntry& entry, const QByteArray& path,
-                           Trash::WhenTaken whenTaken) const
-    {
-        const auto result = std::make_shared<Trash::Result>();
-        const bool isDone = runAside(
-            SafeTexts::instance().restore,
-            [result, trash = trash_, entry, path, whenTaken](const std::atomic<bool>&) {
-                *result = trash.restore(entry, path, whenTaken);
-            },
-            [&entry] { return QStringList{formerNameText(entry)}; });
-        return isDone ? *result : Trash::Result();
     }
 
     /// Moves an entry to its place on another file system.
@@ -199,92 +197,62 @@ private:
 
     void deleteForGood(const TrashEntry& entry)
     {
-        if (!confirmed(SafeTexts::instance().forGood, namesText({nameOf(entry)}), "delete.png"))
+        const auto amount = countAside(trash_, {entry});
+        if (amount == nullptr)
             return;
-        const Trash::Result result = expunged(entry);
-        if (result.outcome != Trash::Outcome::Done)
-            tell(entry, result);
-        else
-            removeExpunged();
+        if (amount->entries() == 0) {
+            tell(failureOf(entry, {Trash::Outcome::Gone, 0, {}}));
+            return;
+        }
+        const QString text =
+            namesText({entry.pathOrName()}) + QStringLiteral("<hr>") + amountText(entry, *amount);
+        if (confirmed(SafeTexts::instance().forGood, text, "delete.png"))
+            expunge({entry});
     }
 
-    /// Those that were listed go; what another program has thrown away since stays.
+    /// Those that were listed go; what another program has thrown away since stays. What is far,
+    /// and may never answer, comes last.
     void empty()
     {
-        const SafeTexts& texts = SafeTexts::instance();
-        const QList<TrashEntry> entries = page_.entries();
-        if (!confirmed(texts.emptyAsk, filledText(texts.entries, QString::number(entries.size())),
-                       "delete.png"))
+        QList<TrashEntry> entries = page_.entries();
+        QSet<QByteArray> trashes;
+        for (const TrashEntry& entry : std::as_const(near_))
+            trashes.insert(entry.trash);
+        std::stable_partition(entries.begin(), entries.end(), [&trashes](const TrashEntry& entry) {
+            return trashes.contains(entry.trash);
+        });
+        const auto amount = countAside(trash_, entries);
+        if (amount == nullptr || amount->entries() == 0 ||
+            !confirmed(SafeTexts::instance().emptyAsk, amountText(*amount), "delete.png"))
             return;
-        qsizetype next = 0;
-        std::optional<TrashFailure> failure;
-        const bool isDone = runInSlices(
-            texts.deleting,
-            [&](int) {
-                constexpr int AtOnce = 20;
-                for (int i = 0; i < AtOnce && next < entries.size(); ++i) {
-                    const TrashEntry& entry = entries.at(next++);
-                    const Trash::Result result = expunged(entry);
-                    if (result.outcome == Trash::Outcome::Failed)
-                        failure = TrashFailure{nameOf(entry), result.outcome, result.error};
-                }
-                return next < entries.size();
-            },
-            [&] {
-                return QStringList{filledText(texts.entries, QString::number(next) +
-                                                                 QStringLiteral(" / ") +
-                                                                 QString::number(entries.size()))};
-            });
-        if (isDone)
-            removeExpunged();
-        trash_.tidy();
-        if (failure)
-            showError(shownNameOf(failure->path) + QLatin1Char('\n') + reasonText(*failure));
+        expunge(entries);
+        tidyAside(trash_);
     }
 
-    Trash::Result expunged(const TrashEntry& entry)
+    void expunge(const QList<TrashEntry>& entries)
     {
-        const Trash::Result result = trash_.expunge(entry);
-        if (result.outcome == Trash::Outcome::Done) {
+        const Expunged expunged = expungeAside(trash_, entries);
+        for (const TrashEntry& entry : expunged.gone) {
             far_.drop(entry);
             begun_.insert(entry.trash);
         }
-        return result;
+        if (expunged.isWhole && !expunged.gone.isEmpty())
+            removeExpunged();
+        if (expunged.failure)
+            tell(*expunged.failure);
     }
 
     /// Takes folders apart that are to go, from another time too; of trashes that are far only in
     /// those that something has just been deleted from.
     void removeExpunged()
     {
-        const SafeTexts& texts = SafeTexts::instance();
-        std::vector<TrashFolder> trashes = trash_.existing();
-        for (const TrashFolder& trash : trashes)
-            begun_.remove(trash.path());
-        for (const QByteArray& path : std::exchange(begun_, {})) {
-            if (auto trash = trash_.at(path))
-                trashes.push_back(std::move(*trash));
-        }
-        TrashRemoval removal(trashes);
-        if (!removal.isNeeded())
-            return;
-        const bool isDone = runInSlices(
-            texts.deleting, [&removal](int milliseconds) { return removal.step(milliseconds); },
-            [&removal, &texts] {
-                return QStringList{filledText(texts.entries, QString::number(removal.removed()))};
-            });
-        if (isDone && removal.failures() > 0)
-            showError(texts.notAllDeleted + QLatin1Char('\n') + errorText(removal.firstError()));
+        const QSet<QByteArray> begun = std::exchange(begun_, {});
+        removeAside(trash_, QByteArrayList(begun.begin(), begun.end()));
     }
 
-    static QByteArray nameOf(const TrashEntry& entry)
+    static void tell(const TrashFailure& failure)
     {
-        return entry.path.isEmpty() ? entry.name : entry.path;
-    }
-
-    static void tell(const TrashEntry& entry, const Trash::Result& result)
-    {
-        showError(formerNameText(entry) + QLatin1Char('\n') +
-                  reasonText(TrashFailure{nameOf(entry), result.outcome, result.error}));
+        showError(shownNameOf(failure.path) + QLatin1Char('\n') + reasonText(failure));
     }
 
     Trash trash_;
@@ -294,9 +262,10 @@ private:
     FarTrashes far_;
     QSet<QByteArray> begun_; ///< paths of trashes that something was deleted from
     bool changed_ = false;
-    bool isWaiting_ = false;
+    bool isWaiting_ = false; ///< for the user
+    bool isBusy_ = false;    ///< with what the user has asked for
     bool leaves_ = false;
-    std::optional<int> command_;
+    std::optional<Wish> wish_;
 };
 
 } // namespace

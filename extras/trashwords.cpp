@@ -28,6 +28,11 @@ QString propertyLine(const QString& what, const QString& value)
 
 } // namespace
 
+TrashFailure failureOf(const TrashEntry& entry, const Trash::Result& result)
+{
+    return {entry.pathOrName(), result.outcome, result.error};
+}
+
 QString reasonText(const TrashFailure& failure)
 {
     const SafeTexts& texts = SafeTexts::instance();
@@ -60,6 +65,16 @@ QString formerFolderText(const TrashEntry& entry)
 QString deletedText(const TrashEntry& entry)
 {
     return entry.deleted > 0 ? dateText(entry.deleted) : QString();
+}
+
+QString amountText(const TrashEntry& entry, const TrashAmount& amount)
+{
+    return S_ISDIR(entry.mode) ? amountText(amount) : wideSizeText(amount.bytes());
+}
+
+QString amountText(const TrashAmount& amount)
+{
+    return amountText(amount.entries(), amount.bytes());
 }
 
 QString propertiesText(const TrashEntry& entry)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "extras/trash.h"
+#include "extras/trashamount.h"
 
 #include <QByteArray>
 #include <QString>
@@ -14,6 +15,7 @@ struct TrashFailure {
     int error = 0; ///< errno, or 0
 };
 
+TrashFailure failureOf(const TrashEntry& entry, const Trash::Result& result);
 QString reasonText(const TrashFailure& failure);
 /// What an entry was called, as it is shown.
 QString formerNameText(const TrashEntry& entry);
@@ -21,5 +23,9 @@ QString formerNameText(const TrashEntry& entry);
 QString formerFolderText(const TrashEntry& entry);
 /// When it was thrown away; empty if that is not known.
 QString deletedText(const TrashEntry& entry);
+/// How much goes with an entry: its size and, of a folder, how many entries there are. The second
+/// form tells both in any case.
+QString amountText(const TrashEntry& entry, const TrashAmount& amount);
+QString amountText(const TrashAmount& amount);
 /// The properties of an entry, in the form of those of the main window.
 QString propertiesText(const TrashEntry& entry);

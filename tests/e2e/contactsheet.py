@@ -109,8 +109,8 @@ def safe(display, language):
         scenes = safescenes.Scenes(program, left, right)
         program.start()
 
-        def seen(hole):
-            if hole != safescenes.MOVING:
+        def seen(*holes):
+            if holes != safescenes.MOVING:
                 program.wait_idle()
             pictures.append(program.screenshot())
 

@@ -8,12 +8,21 @@ SHOTS = 300  # files of a copy that goes on
 SHOT_BYTES = 5000
 # Where something stands that is not the same each time: the entry that is worked on, the speed and the
 # time that is left; the folder of the highlighted one.
-MOVING = 12, 120, 216, 57
+MOVING = (12, 120, 216, 19), (12, 157, 216, 19)
 NOTE = 0, 265, 240, 19
 THROWN = (("Atlas.pdf", "/media/card/Books", "2026-11-20T18:05:00", 90000),
           ("sea.jpg", "/media/card/Photos", "2026-11-20T09:30:00", 40000),
           ("Morning.mp3", "/media/card/Music", "2026-11-14T21:12:00", 3000),
           ("Letter.txt", "/home/me", "2026-10-30T12:00:00", 2800))
+
+
+def around(holes):
+    """The rectangle around holes; empty if there are none."""
+    if not holes:
+        return ()
+    left, top = (min(hole[side] for hole in holes) for side in (0, 1))
+    right, bottom = (max(hole[side] + hole[side + 2] for hole in holes) for side in (0, 1))
+    return left, top, right - left, bottom - top
 
 
 def fill(left, right):
@@ -50,7 +59,7 @@ class Scenes:
                                              f"open 5 0 {left}/hills.jpg",
                                              f"open 13 0 {left}/Letter.txt")
 
-    # Each of these calls seen(hole) when it is on the screen; they come in this order.
+    # Each of these calls seen(*holes) when it is on the screen; they come in this order.
 
     def paste(self, *names):
         self.user.go(1)
@@ -61,7 +70,7 @@ class Scenes:
 
     def show_question(self, seen):
         self.paste("Letter.txt", "tour.sh")
-        seen(())
+        seen()
         self.program.key("softright")
         self.program.wait_idle()
 
@@ -87,7 +96,7 @@ class Scenes:
         quarn.wait_until((self.right / "Shots").exists, "some of the files")
         self.gate.wait_reached()
         quarn.wait_until(lambda: self.program.screenshot().tobytes() != panels, "the progress")
-        seen(MOVING)
+        seen(*MOVING)
         self.program.key("softright")
         self.program.wait_idle()
         self.gate.stand_open()
@@ -95,5 +104,5 @@ class Scenes:
     def show_trash(self, seen):
         self.program.key("softleft", "up", "select")
         self.program.wait_idle()
-        seen(())
+        seen()
         self.program.key("softright")

@@ -99,12 +99,12 @@ def add_safe_pictures(theme, scale):
         scenes = safescenes.Scenes(program, left, right)
         program.start(QUARN_SCALE=str(scale))
 
-        def check(name, hole):
-            scaled = [tuple(scale * length for length in hole)] if hole else []
+        def check(name, *holes):
+            scaled = [tuple(scale * length for length in hole) for hole in holes]
             operations.View(program, *scaled).check(f"look_{name}_{theme}_{scale}", RENEW)
 
         for name in ("question", "failures", "progress", "trash"):
-            getattr(scenes, f"show_{name}")(lambda hole, name=name: check(name, hole))
+            getattr(scenes, f"show_{name}")(lambda *holes, name=name: check(name, *holes))
 
     setattr(TestSafePictures, f"test_{theme}AtScale{scale}", test)
 

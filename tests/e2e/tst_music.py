@@ -301,18 +301,39 @@ class TestFileManager(Case):
         self.end(player)
 
 
-class TestPlayer(Case):
-    def playing(self, *songs, extras=None):
+class PlayingCase(Case):
+    def playing(self, *songs, extras=None, **environment):
         """A player on a list, without a file manager."""
         program, player = self.music(*songs, extras=extras)
         player.list.write_text("".join(f"{program.home / song}\n" for song in songs))
-        process = player.start("-d", player.list)
+        process = player.start("-d", player.list, **environment)
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
         player.wait_front()
         player.wait_plays(program.home / songs[0])
         return program, player, process
 
+    def checkCover(self, extras, scale=1):
+        """Its window and its list of titles, with a cover."""
+        _, player, process = self.playing("07 covered.mp3", "a.mp3", extras=extras,
+                                          QUARN_SCALE=str(scale))
+        suffix = f"_{scale}" if scale > 1 else ""
+        self.display.pressed("softleft")
+        quarn.wait_until(lambda: player.mpv.get("pause"), "the pause")
+
+        def is_at_the_start():
+            self.display.pressed("0")
+            return player.position() < 0.5
+
+        quarn.wait_until(is_at_the_start, "the start of the song")
+        player.check(f"player_cover{suffix}")
+        self.display.pressed("select")
+        player.check(f"player_list_of_titles{suffix}")
+        self.display.pressed("softright", "softright")
+        self.assertEqual(process.wait(quarn.DEADLINE), 0)
+
+
+class TestPlayer(PlayingCase):
     def test_looksAsItShall(self):
         _, player, process = self.playing("b.mp3", "a.mp3", "c.mp3")
         self.display.pressed("softleft")
@@ -336,22 +357,6 @@ class TestPlayer(Case):
 
     def test_isTheSameInTheDarkTheme(self):
         self.checkCover({"Theme": 1})
-
-    def checkCover(self, extras):
-        _, player, process = self.playing("07 covered.mp3", "a.mp3", extras=extras)
-        self.display.pressed("softleft")
-        quarn.wait_until(lambda: player.mpv.get("pause"), "the pause")
-
-        def is_at_the_start():
-            self.display.pressed("0")
-            return player.position() < 0.5
-
-        quarn.wait_until(is_at_the_start, "the start of the song")
-        player.check("player_cover")
-        self.display.pressed("select")
-        player.check("player_list_of_titles")
-        self.display.pressed("softright", "softright")
-        self.assertEqual(process.wait(quarn.DEADLINE), 0)
 
     def test_saysWhatItCannotPlay(self):
         program, player, process = self.playing("a.mp3", "b.mp3")
@@ -455,6 +460,19 @@ class TestPlayer(Case):
         player.wait_idle(calm=3)
         self.display.pressed("softright")
         self.assertEqual(process.wait(quarn.DEADLINE), 0)
+
+
+class TestScales(PlayingCase):
+    """The player's window in pictures of larger scales."""
+
+    display_options = {"window_manager": True, "width": 3 * quarn.WIDTH + 60,
+                       "height": 3 * quarn.HEIGHT + 80}
+
+    def test_isAsSharpAtTwice(self):
+        self.checkCover(None, 2)
+
+    def test_isAsSharpAtThrice(self):
+        self.checkCover(None, 3)
 
 
 if __name__ == "__main__":

@@ -103,10 +103,11 @@ class Safe(album.Page):
         program = self.program_on(left, right)
         scenes = safescenes.Scenes(program, left, right)
         program.start()
-        scenes.show_question(lambda hole: self.document("safe", program, hole))
-        scenes.show_failures(lambda hole: self.document("failures", program, hole))
-        scenes.show_progress(lambda hole: self.document("progress", program, hole))
-        scenes.show_trash(lambda hole: self.document("trash", program, hole))
+        around = safescenes.around
+        scenes.show_question(lambda *holes: self.document("safe", program, around(holes)))
+        scenes.show_failures(lambda *holes: self.document("failures", program, around(holes)))
+        scenes.show_progress(lambda *holes: self.document("progress", program, around(holes)))
+        scenes.show_trash(lambda *holes: self.document("trash", program, around(holes)))
 
 
 album.in_both_themes(Window)

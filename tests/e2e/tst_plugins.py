@@ -109,6 +109,7 @@ class KeyboardCase:
     keys to none."""
 
     CORNER = (70, 50)
+    ELSEWHERE = (180, 120)
 
     def opened(self, program):
         """A program at a place of its own, and the text viewer that it has started."""
@@ -124,14 +125,18 @@ class KeyboardCase:
         program.key("down", "select")
         return Plugin(program, "TextView")
 
-    def assertListHasKeyboard(self, program, folder=None):
-        """The list, which shows this folder, answers a key."""
+    def wait_keyboard(self, program):
+        """Waits until the keyboard is the file manager's and its list hears keys."""
         client = self.display.client
         holder = client.active if self.display.manager else client.focus
         quarn.wait_until(lambda: holder() == program.window(),
                          "the keyboard to be the file manager's")
         # It may still say that it starts the plugin, and then takes all keys.
         quarn.wait_until(lambda: not program.shows_box(), "the busy box to go")
+
+    def assertListHasKeyboard(self, program, folder=None):
+        """The list, which shows this folder, answers a key."""
+        self.wait_keyboard(program)
         program.key("folderup")
         program.wait_for_listing(f"{folder or program.home}/..")
 
@@ -139,6 +144,24 @@ class KeyboardCase:
         program = self.program()
         viewer = self.opened(program)
         wanted = self.display.client.place(program.window())
+        quarn.wait_until(lambda: viewer.rectangle() == wanted,
+                         lambda: f"{viewer.rectangle()} to be {wanted}")
+        viewer.end()
+
+    def test_whenTheFileManagerMovesItsNextPluginOpensThere(self):
+        program = self.program()
+        self.opened(program).end()
+        self.wait_keyboard(program)
+        client = self.display.client
+        before = client.place(program.window())
+        client.move(program.window(), *self.ELSEWHERE)
+        quarn.wait_until(lambda: client.place(program.window())[:2] != before[:2],
+                         "the window to be moved again")
+        program.place = None
+        self.wait_keyboard(program)
+        wanted = client.place(program.window())
+        program.key("select")
+        viewer = Plugin(program, "TextView")
         quarn.wait_until(lambda: viewer.rectangle() == wanted,
                          lambda: f"{viewer.rectangle()} to be {wanted}")
         viewer.end()

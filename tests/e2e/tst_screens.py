@@ -173,11 +173,18 @@ class TestDesktop(ScreenCase):
 
     def test_theFirstWindowHasTheLargestWholeScaleInTwoThirds(self):
         for display, size in (((1920, 1080), (480, 640)), ((800, 600), (240, 320))):
-            with self.subTest(display):
-                program = self.filled(self.new_display(*display, window_manager=True))
-                program.start(QUARN_SCALE=None)
-                self.assertEqual(program.rectangle()[2:], size)
-                program.stop()
+            self.assertFirstWindow(display, size)
+
+    def test_theFirstWindowIsNoWiderThanANarrowDisplay(self):
+        for display, size in (((200, 700), (180, 240)), ((310, 1200), (300, 400))):
+            self.assertFirstWindow(display, size)
+
+    def assertFirstWindow(self, display, size):
+        with self.subTest(display):
+            program = self.filled(self.new_display(*display, window_manager=True))
+            program.start(QUARN_SCALE=None)
+            self.assertEqual(program.rectangle()[2:], size)
+            program.stop()
 
     def test_theSmallestWindowIsThreeQuartersOfTheScreen(self):
         program = self.filled(self.display).start(QUARN_SCALE=None)

@@ -9,6 +9,7 @@
 
 #include "extras/journals.h"
 #include "extras/operation.h"
+#include "tests/extras/operationloop.h"
 
 #include <cstdio>
 #include <cstring>
@@ -25,19 +26,7 @@ Answer answerOf(const char* word)
 
 int run(Operation& operation, Answer answer)
 {
-    while (!operation.hasEnded()) {
-        switch (operation.step(1000)) {
-        case Operation::State::Surveyed:
-            operation.decideForAll(answer);
-            operation.begin();
-            break;
-        case Operation::State::Asking:
-            operation.answer(answer, true);
-            break;
-        default:
-            break;
-        }
-    }
+    runToEnd(operation, answer);
     for (const Failure& failure : operation.failures().first)
         std::printf("%s: %d, %s\n", failure.path.constData(), int(failure.trouble),
                     std::strerror(failure.error));

@@ -1,12 +1,10 @@
 #include "tests/extras/operationplaces.h"
 
-#include "files/filehandle.h"
 #include "tests/tools/treetext.h"
 
 #include <QTest>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -60,40 +58,6 @@ OperationRequest OperationPlaces::request(OperationKind kind, const QByteArrayLi
         request.sources.append(source(name));
     request.target = target();
     return request;
-}
-
-namespace
-{
-
-/// Whether nobody works on the operation of a journal any more.
-bool isFree(const QByteArray& journal)
-{
-    const FileHandle file(open(journal.constData(), O_RDWR | O_CLOEXEC));
-    return !file.isOpen() || flock(file.get(), LOCK_EX | LOCK_NB) == 0;
-}
-
-} // namespace
-
-void runToEnd(Operation& operation, Answer answer)
-{
-    QByteArray journal;
-    while (!operation.hasEnded()) {
-        if (!operation.journal().isEmpty())
-            journal = operation.journal();
-        switch (operation.step(100)) {
-        case Operation::State::Surveyed:
-            operation.decideForAll(answer);
-            operation.begin();
-            break;
-        case Operation::State::Asking:
-            operation.answer(answer, true);
-            break;
-        default:
-            break;
-        }
-    }
-    // On a machine that has much to do what was stopped may still be put in order.
-    QTRY_VERIFY(journal.isEmpty() || isFree(journal));
 }
 
 void runWell(const OperationRequest& request, Answer answer)

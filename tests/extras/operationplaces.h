@@ -1,6 +1,7 @@
 #pragma once
 
 #include "extras/operation.h"
+#include "tests/extras/operationloop.h"
 #include "tests/tools/filesystems.h"
 
 #include <QByteArrayList>
@@ -36,9 +37,6 @@ private:
     std::optional<OwnFolder> far_;
 };
 
-/// Runs an operation to its end, and waits for what it leaves behind the scenes. Everything in the
-/// way is answered so.
-void runToEnd(Operation& operation, Answer answer = Answer::Replace);
 /// Runs one without anything that could go wrong; the test fails if it did.
 void runWell(const OperationRequest& request, Answer answer = Answer::Replace);
 

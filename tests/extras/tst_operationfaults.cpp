@@ -237,6 +237,36 @@ private slots:
         }
     }
 
+    void aFolderThatCannotGetItsNameIsToldOnce_data()
+    {
+        QTest::addColumn<bool>("isMove");
+        QTest::newRow("copy") << false;
+        QTest::newRow("move to another disk") << true;
+    }
+    void aFolderThatCannotGetItsNameIsToldOnce()
+    {
+        QFETCH(bool, isMove);
+        const OperationPlaces places(isMove ? OperationPlaces::Apart : OperationPlaces::Together);
+        making::folder(places.source("tree"));
+        writeFile(places.source("tree/in"), "in");
+        making::folder(places.source("tree/sub"));
+        writeFile(places.source("tree/sub/deep"), "deep");
+        const QByteArrayList before = wholeText(places.source("tree"));
+        Operation operation(
+            places.request(isMove ? OperationKind::Move : OperationKind::Copy, {"tree"}));
+        {
+            CallFaults faults;
+            faults.failRenaming(0, EPERM);
+            runToEnd(operation);
+        }
+        // What was to come into it is neither told of nor counted as still to be done.
+        QCOMPARE(told(operation), QByteArrayList{line("tree", Trouble::CannotRename, EPERM)});
+        QCOMPARE(operation.progress().entriesDone, operation.progress().entriesTotal);
+        QCOMPARE(operation.outcomes(), QList<SourceOutcome>{SourceOutcome::Failed});
+        QCOMPARE(withoutFolderTimes(wholeText(places.source("tree"))), withoutFolderTimes(before));
+        QVERIFY(namesIn(places.target()).isEmpty());
+    }
+
     void worksWithoutRenamingToFreeNames()
     {
         const OperationPlaces places;

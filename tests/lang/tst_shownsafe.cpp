@@ -1,14 +1,11 @@
 #include "extras/failurerows.h"
 #include "extras/operationbox.h"
 #include "extras/operationtexts.h"
-#include "extras/safetexts.h"
 #include "extras/surveypage.h"
-#include "lang/texts.h"
 #include "platform/zlistbox.h"
 #include "platform/zoptionsmenu.h"
-#include "tests/lang/languages.h"
+#include "tests/lang/shownsafe.h"
 #include "tests/support/keys.h"
-#include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
 #include "widgets/boxparts.h"
 
@@ -27,10 +24,7 @@ private slots:
     void init()
     {
         QFETCH(QString, language);
-        main_ = showMainWidget();
-        loadTexts(stagedLanguageFile(language));
-        SafeTexts::load(stagedLanguageFile(language));
-        ZOptionsMenu::setSoftKeyTexts(LANG_SELECT, LANG_BACK);
+        main_ = mainWidgetForSafe(language);
     }
 
     void cleanup() { main_.reset(); }

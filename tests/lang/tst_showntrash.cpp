@@ -1,13 +1,10 @@
 #include "extras/operationtexts.h"
-#include "extras/safetexts.h"
 #include "extras/trashpage.h"
 #include "extras/trashwords.h"
-#include "lang/texts.h"
 #include "platform/keymap.h"
 #include "platform/zoptionsmenu.h"
-#include "tests/lang/languages.h"
+#include "tests/lang/shownsafe.h"
 #include "tests/support/keys.h"
-#include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
 #include "widgets/boxparts.h"
 
@@ -28,10 +25,7 @@ private slots:
     void init()
     {
         QFETCH(QString, language);
-        main_ = showMainWidget();
-        loadTexts(stagedLanguageFile(language));
-        SafeTexts::load(stagedLanguageFile(language));
-        ZOptionsMenu::setSoftKeyTexts(LANG_SELECT, LANG_BACK);
+        main_ = mainWidgetForSafe(language);
     }
 
     void cleanup() { main_.reset(); }

@@ -128,6 +128,9 @@ private slots:
         QTest::newRow("a pixel less than three times") << QSize(1920, 1439) << QSize(480, 640);
         QTest::newRow("no more than its width") << QSize(300, 2000) << QSize(300, 400);
         QTest::newRow("smaller than the screen") << QSize(320, 240) << QSize(180, 240);
+        QTest::newRow("narrower than the screen") << QSize(239, 1000) << QSize(180, 240);
+        QTest::newRow("half as wide") << QSize(120, 1000) << QSize(120, 160);
+        QTest::newRow("narrower than all scales") << QSize(40, 1000) << QSize(60, 80);
         QTest::newRow("very large") << QSize(8000, 8000) << QSize(1440, 1920);
     }
 

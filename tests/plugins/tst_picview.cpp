@@ -1,14 +1,18 @@
 #include "platform/keymap.h"
 #include "platform/zscreen.h"
+#include "platform/zskinservice.h"
 #include "tests/browser/picturefiles.h"
 #include "tests/plugins/movinggif.h"
 #include "tests/plugins/pictureviewer.h"
+#include "tests/support/contrast.h"
 #include "tests/support/keys.h"
 #include "tests/support/pictures.h"
 #include "tests/support/scratchfolder.h"
 #include "tests/support/testmain.h"
 
 #include <QPainter>
+
+#include <algorithm>
 
 /// The picture viewer, driven by keys.
 class tst_PicView : public QObject
@@ -36,6 +40,8 @@ private slots:
     void movingPictureIsTurned();
     void pictureOfOneBitIsSmooth();
     void tapsOnTheSidesTurn();
+    void wordsOverAPictureCanBeRead_data();
+    void wordsOverAPictureCanBeRead();
 };
 
 namespace
@@ -378,6 +384,35 @@ void tst_PicView::tapsOnTheSidesTurn()
     QCOMPARE(viewer.title(), QString("b.png · 2/2"));
     QTest::mouseClick(area, Qt::LeftButton, {}, QPoint(10, 100));
     QCOMPARE(viewer.title(), QString("a.png · 1/2"));
+}
+
+void tst_PicView::wordsOverAPictureCanBeRead_data()
+{
+    QTest::addColumn<QColor>("colour");
+    QTest::newRow("snow") << QColor(Qt::white);
+    QTest::newRow("sand") << QColor(255, 240, 120);
+    QTest::newRow("sky") << QColor(120, 200, 255);
+    QTest::newRow("night") << QColor(Qt::black);
+}
+
+void tst_PicView::wordsOverAPictureCanBeRead()
+{
+    QFETCH(QColor, colour);
+    const ScratchFolder folder;
+    folder.write("a.png", pictureFile(WholeScreen.size(), "png", colour));
+    Viewer viewer(folder.path("a.png"));
+    pressKey('*');
+    QTRY_VERIFY(isPlain(viewer.screen(), WholeScreen, colour));
+    viewer.window.area()->say("Slide show");
+    const QImage said = viewer.screen();
+    // Beside the words is what they stand on.
+    const QColor ground = said.pixelColor(0, ZScreen::Height - 1);
+    double best = 1;
+    for (int y = ZScreen::Height - ZSkinService::HeaderHeight; y < ZScreen::Height; ++y) {
+        for (int x = 0; x < ZScreen::Width; ++x)
+            best = std::max(best, contrast(ground, said.pixelColor(x, y)));
+    }
+    QVERIFY2(best >= ContrastOfTexts, QByteArray::number(best).constData());
 }
 
 QUARN_TEST_MAIN(tst_PicView)

@@ -5,12 +5,36 @@
 #include "platform/zskinservice.h"
 #include "shell/settings.h"
 #include "tests/support/later.h"
+#include "tests/support/pictures.h"
+#include "tests/support/scratchfolder.h"
 #include "widgets/kwidget.h"
 
+#include <QColor>
 #include <QFontMetrics>
 #include <QTest>
 
 // What the tests of boxes share.
+
+constexpr int FrameWidth = 30;
+constexpr int FrameHeight = 20;
+
+/// The colour of a frame of the animation.
+inline QColor frameColour(int frame)
+{
+    return QColor(255, 30 * frame, 0);
+}
+
+/// The work folder's texts, "icon.png" and the frames of the animation.
+inline void stageBoxes(const ScratchFolder& folder)
+{
+    loadTexts(QString());
+    work_folder = folder.path() + QLatin1Char('/');
+    folder.write("icon.png", plainPng(40, 26, Qt::green));
+    for (int frame = 0; frame < 8; ++frame) {
+        folder.write(QStringLiteral("res/img/process/%1.png").arg(frame),
+                     plainPng(FrameWidth, FrameHeight, frameColour(frame)));
+    }
+}
 
 /// Whether a box is on the screen and gets the keys.
 inline bool hasKeys(const kWidget& box)

@@ -12,15 +12,6 @@
 namespace
 {
 
-constexpr int FrameWidth = 30;
-constexpr int FrameHeight = 20;
-
-/// The colour of a frame of the animation.
-QColor frameColour(int frame)
-{
-    return QColor(255, 30 * frame, 0);
-}
-
 /// The ink of a text as the toolkit draws it into a place of a box.
 QRect inkOf(const QString& text, const QFont& font, const QRect& place, int align)
 {
@@ -52,17 +43,7 @@ class tst_kWidgetDrawing : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        loadTexts(QString());
-        work_folder = folder_.path() + QLatin1Char('/');
-        folder_.write("icon.png", plainPng(40, 26, Qt::green));
-        for (int frame = 0; frame < 8; ++frame) {
-            folder_.write(QStringLiteral("res/img/process/%1.png").arg(frame),
-                          plainPng(FrameWidth, FrameHeight, frameColour(frame)));
-        }
-    }
-
+    void initTestCase() { stageBoxes(folder_); }
     void init() { box_ = std::make_unique<kWidget>(); }
     void cleanup() { box_.reset(); }
 

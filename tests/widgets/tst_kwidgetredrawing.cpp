@@ -40,17 +40,7 @@ class tst_kWidgetRedrawing : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        loadTexts(QString());
-        work_folder = folder_.path() + QLatin1Char('/');
-        folder_.write("icon.png", plainPng(40, 26, Qt::green));
-        for (int frame = 0; frame < 8; ++frame) {
-            folder_.write(QStringLiteral("res/img/process/%1.png").arg(frame),
-                          plainPng(30, 20, QColor(255, 30 * frame, 0)));
-        }
-    }
-
+    void initTestCase() { stageBoxes(folder_); }
     void init() { box_ = std::make_unique<kWidget>(); }
     void cleanup() { box_.reset(); }
 

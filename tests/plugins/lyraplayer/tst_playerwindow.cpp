@@ -11,6 +11,7 @@
 #include "tests/browser/picturefiles.h"
 #include "tests/plugins/lyraplayer/music.h"
 #include "tests/plugins/lyraplayer/taggedfiles.h"
+#include "tests/support/drawntexts.h"
 #include "tests/support/keys.h"
 #include "tests/support/pictures.h"
 #include "tests/support/scratchfolder.h"
@@ -56,6 +57,7 @@ private slots:
     void artistAndAlbumHaveLinesOfTheirOwn();
     void aLongArtistIsNotCutAtAWord();
     void anAbsurdArtistStaysInBounds();
+    void noWordsStandOnTheCover();
 
 private:
     struct Fixture {
@@ -494,6 +496,23 @@ void tst_PlayerWindow::anAbsurdArtistStaysInBounds()
     const QImage page = f.picture();
     QVERIFY(isPlain(page, QRect(0, 22, 8, 270), ground));
     QVERIFY(isPlain(page, QRect(232, 22, 8, 270), ground));
+}
+
+void tst_PlayerWindow::noWordsStandOnTheCover()
+{
+    const ScratchFolder folder;
+    const QByteArray endless = QByteArray("word ").repeated(30);
+    folder.write("a.wav", wav(60, endless, endless, endless));
+    folder.write("cover.png", pictureFile({300, 300}, "png", Qt::green));
+    Fixture f({trackIn(folder, "a.wav")});
+    QTRY_VERIFY_WITH_TIMEOUT(!f.window->nowPlaying()->cover().isNull(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(f.window->nowPlaying()->shownLines().size(), 5, Patience);
+    const QRect cover = boundsOf(f.picture().convertToFormat(QImage::Format_RGB32), Qt::green);
+    QVERIFY(cover.height() > 40);
+    const QList<DrawnText> drawn = textsDrawnBy(*f.window);
+    QVERIFY(drawn.size() > 8);
+    for (const DrawnText& text : drawn)
+        QVERIFY2(!text.area.intersects(cover), qPrintable(text.text));
 }
 
 QUARN_TEST_MAIN(tst_PlayerWindow)

@@ -1,0 +1,136 @@
+// A trash on a medium that takes long to answer.
+
+#include "tests/extras/callfaults.h"
+#include "tests/extras/opengate.h"
+#include "tests/extras/trashcommandtest.h"
+#include "tests/support/testmain.h"
+
+#include <QFile>
+
+class tst_SlowTrash : public TrashCommandTest
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        TrashCommandTest::init();
+        shown_.clear();
+        fixture_->write(1, {"a"});
+        fixture_->start();
+        throwAway("a");
+        log();
+    }
+    void cleanup()
+    {
+        gate_.open();
+        QTRY_COMPARE(gate_.waiting(), 0);
+        TrashCommandTest::cleanup();
+    }
+
+    void theUserCanStopTheList()
+    {
+        gate_.shut(trash());
+        follow({{isStuck(), stop()}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QCOMPARE(shown_, QStringList("Counting: 0"));
+        QVERIFY(entryPage() == nullptr);
+        QCOMPARE(log(), QStringList());
+    }
+
+    void theUserCanStopTheLookForWhatIsToGo()
+    {
+        gate_.shut(trash(), 1);
+        follow({{isStuck(), stop()}, {rows(1), leave}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QCOMPARE(shown_, QStringList("Please wait.."));
+    }
+
+    void theUserCanStopTheCount()
+    {
+        follow({{rows(1),
+                 [this] {
+                     gate_.shut(trash());
+                     choosing('2')();
+                 }},
+                {isStuck(), stop()},
+                {rows(1), leave}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QCOMPARE(shown_, QStringList("Counting: 0|0 b"));
+        // Nothing was asked, and nothing is gone.
+        QCOMPARE(log(), QStringList());
+        QCOMPARE(trashed(), QStringList("a"));
+    }
+
+    void whatIsStoppedBeforeItIsDeletedStays()
+    {
+        fixture_->log().expect({[this] {
+            gate_.shut(trash());
+            yes();
+        }});
+        follow({{rows(1), choosing('2')}, {isStuck(), stop()}, {rows(1), leave}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QCOMPARE(shown_, QStringList("Entries: 0 / 1"));
+        QCOMPARE(trashed(), QStringList("a"));
+    }
+
+    /// What the user wants while the list is looked for anew is done when it is there.
+    void whatIsAskedForMeanwhileIsDone()
+    {
+        fixture_->log().expect({[this] {
+            gate_.shut(trash());
+            no();
+        }});
+        follow({{rows(1), choosing('2')},
+                {[this] { return gate_.waiting() > 0; },
+                 [this] {
+                     constexpr int Restore = 0;
+                     QMetaObject::invokeMethod(entryPage(), "commanded", Q_ARG(int, Restore));
+                     gate_.open();
+                 }},
+                {rows(0), leave}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QCOMPARE(files().read("left/a"), QByteArray("a"));
+    }
+
+    void nobodyWaitsForARestoreToReachTheMedium()
+    {
+        CallFaults faults;
+        faults.holdFlushing();
+        bool isShown = false;
+        follow({{rows(1), choosing('1')},
+                {[&faults] { return operationBox() != nullptr && faults.isFlushing(); },
+                 [&isShown] {
+                     isShown = true;
+                     leave();
+                 }},
+                {[] { return pageWithKeys() != nullptr; }, leave}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QVERIFY(isShown);
+        QCOMPARE(files().read("left/a"), QByteArray("a"));
+    }
+
+private:
+    QByteArray trash() const { return QFile::encodeName(data_->path("Trash")); }
+
+    /// A box tells of something that does not come to an end.
+    std::function<bool()> isStuck()
+    {
+        return [this] { return operationBox() != nullptr && gate_.waiting() > 0; };
+    }
+    /// Stops it; then the medium answers.
+    std::function<void()> stop()
+    {
+        return [this] {
+            shown_.append(operationBox()->property("lines").toStringList().join('|'));
+            leave();
+            gate_.open();
+        };
+    }
+
+    OpenGate gate_;
+    QStringList shown_; ///< in boxes that were stopped
+};
+
+QUARN_TEST_MAIN(tst_SlowTrash)
+#include "tst_slowtrash.moc"
