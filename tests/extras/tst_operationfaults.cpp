@@ -260,7 +260,8 @@ private slots:
             runToEnd(operation);
         }
         // What was to come into it is neither told of nor counted as still to be done.
-        QCOMPARE(told(operation), QByteArrayList{line("tree", Trouble::CannotRename, EPERM)});
+        QCOMPARE(toldLines(operation),
+                 QByteArrayList{toldLine("tree", Trouble::CannotRename, EPERM)});
         QCOMPARE(operation.progress().entriesDone, operation.progress().entriesTotal);
         QCOMPARE(operation.outcomes(), QList<SourceOutcome>{SourceOutcome::Failed});
         QCOMPARE(withoutFolderTimes(wholeText(places.source("tree"))), withoutFolderTimes(before));
