@@ -43,8 +43,8 @@ struct Work {
 
 } // namespace
 
-bool runAside(const QString& title, std::function<void(const std::atomic<bool>& isStopped)> work,
-              const std::function<QStringList()>& lines)
+Aside runAside(const QString& title, std::function<void(const std::atomic<bool>& isStopped)> work,
+               const std::function<QStringList()>& lines)
 {
     const auto shared = std::make_shared<Work>();
     shared->run = std::move(work);
@@ -55,14 +55,14 @@ bool runAside(const QString& title, std::function<void(const std::atomic<bool>& 
     }
     // What is quick is over before anything else is drawn.
     if (shared->waitDone(TurnMs))
-        return true;
+        return Aside::Done;
     if (runInSlices(
             title,
             [&shared](int milliseconds) {
                 return !shared->waitDone(std::min(milliseconds, TurnMs));
             },
             lines))
-        return true;
+        return Aside::Done;
     shared->isStopped = true;
-    return shared->waitDone(EndMs);
+    return shared->waitDone(EndMs) ? Aside::Stopped : Aside::GoesOn;
 }

@@ -26,7 +26,6 @@ QStringList countLines(const QString& text, qint64 count)
 struct Listing {
     QList<TrashEntry> entries;
     std::atomic<qsizetype> count = 0;
-    bool isWhole = false;
 };
 
 /// What a thread deletes. The lock is for what is read before it has ended.
@@ -85,53 +84,45 @@ std::optional<QList<TrashEntry>> listAside(const Trash& trash)
 {
     const SafeTexts& texts = SafeTexts::instance();
     const auto listing = std::make_shared<Listing>();
-    const bool isDone = runAside(
+    const Aside end = runAside(
         texts.trash,
         [listing, trash](const std::atomic<bool>& isStopped) {
             listing->entries = trash.entries([&listing, &isStopped](qsizetype count) {
                 listing->count = count;
                 return !isStopped;
             });
-            listing->isWhole = !isStopped;
         },
         [&listing, &texts] { return countLines(texts.counting, listing->count); });
-    return isDone && listing->isWhole ? std::optional(listing->entries) : std::nullopt;
+    return end == Aside::Done ? std::optional(listing->entries) : std::nullopt;
 }
 
 std::shared_ptr<const TrashAmount> countAside(const Trash& trash, const QList<TrashEntry>& entries)
 {
     const SafeTexts& texts = SafeTexts::instance();
-    struct Counting {
-        TrashAmount amount;
-        bool isWhole = false;
-    };
-    const auto counting = std::make_shared<Counting>();
-    const bool isDone = runAside(
+    const auto amount = std::make_shared<TrashAmount>();
+    const Aside end = runAside(
         texts.deleting,
-        [counting, trash, entries](const std::atomic<bool>& isStopped) {
-            counting->amount.add(trash, entries, isStopped);
-            counting->isWhole = !isStopped;
+        [amount, trash, entries](const std::atomic<bool>& isStopped) {
+            amount->add(trash, entries, isStopped);
         },
-        [&counting, &texts] {
-            return countLines(texts.counting, counting->amount.entries()) +
-                   QStringList{wideSizeText(counting->amount.bytes())};
+        [&amount, &texts] {
+            return countLines(texts.counting, amount->entries()) +
+                   QStringList{wideSizeText(amount->bytes())};
         });
-    if (!isDone || !counting->isWhole)
-        return nullptr;
-    return {counting, &counting->amount};
+    return end == Aside::Done ? amount : nullptr;
 }
 
 Trash::Result restoreAside(const Trash& trash, const TrashEntry& entry, const QByteArray& path,
                            Trash::WhenTaken whenTaken)
 {
     const auto result = std::make_shared<Trash::Result>();
-    const bool isDone = runAside(
+    const Aside end = runAside(
         SafeTexts::instance().restore,
         [result, trash, entry, path, whenTaken](const std::atomic<bool>&) {
             *result = trash.restore(entry, path, whenTaken);
         },
         [&entry] { return QStringList{formerNameText(entry)}; });
-    return isDone ? *result : Trash::Result();
+    return end == Aside::GoesOn ? Trash::Result() : *result;
 }
 
 Expunged expungeAside(const Trash& trash, const QList<TrashEntry>& entries)
@@ -159,17 +150,17 @@ void removeAside(const Trash& trash, const QByteArrayList& paths)
     const SafeTexts& texts = SafeTexts::instance();
     const auto removing = std::make_shared<Removing>();
     // To look whether there is anything must not seem as if something were deleted.
-    if (!runAside(
-            texts.trash,
-            [removing, trash, paths](const std::atomic<bool>&) { removing->look(trash, paths); },
-            [] { return QStringList{LANG_PLEASE_WAIT}; }) ||
-        removing->removal == nullptr)
+    const Aside look = runAside(
+        texts.trash,
+        [removing, trash, paths](const std::atomic<bool>&) { removing->look(trash, paths); },
+        [] { return QStringList{LANG_PLEASE_WAIT}; });
+    if (look != Aside::Done || removing->removal == nullptr)
         return;
-    const bool isDone = runAside(
+    const Aside end = runAside(
         texts.deleting,
         [removing](const std::atomic<bool>& isStopped) { removing->run(isStopped); },
         [&removing, &texts] { return countLines(texts.entries, removing->removed); });
-    if (isDone && removing->removal->failures() > 0)
+    if (end != Aside::GoesOn && removing->removal->failures() > 0)
         showError(texts.notAllDeleted + QLatin1Char('\n') +
                   errorText(removing->removal->firstError()));
 }
