@@ -80,7 +80,7 @@ public:
     /// Bytes of waiting entries that have been written out already.
     qint64 flushedBytes() const { return flushedBytes_; }
 
-    /// Begins to make the changes, or goes on with that, for a hundredth of a second at most. True
+    /// Begins to make the changes, or goes on with that, with one wait for the medium at most. True
     /// when all are made; until then nothing but what finishes folders is added.
     bool commit();
     bool isCommitting() const { return stage_ != Stage::Idle; }

@@ -13,7 +13,6 @@ namespace
 /// So many files, or folders, are flushed one by one. More are flushed with their whole file
 /// system, which is faster for them, but waits for what others have written there.
 constexpr qsizetype FewFlushes = 16;
-constexpr int WaitMilliseconds = 10;
 constexpr qint64 HurryMicroseconds = 400 * 1000;
 
 bool isNewFile(const BatchItem& item)
@@ -207,7 +206,7 @@ void Batch::keepSources(int error)
 
 bool Batch::hasFlushed()
 {
-    return flushing_->isDone(WaitMilliseconds);
+    return flushing_->isDone(work_.patienceMs);
 }
 
 bool Batch::settle()

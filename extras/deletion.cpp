@@ -37,8 +37,7 @@ QByteArray Deletion::folderOf(int source) const
 
 bool Deletion::isFlushed()
 {
-    constexpr int WaitMilliseconds = 10;
-    if (flushing_ && !flushing_->isDone(WaitMilliseconds))
+    if (flushing_ && !flushing_->isDone(work_.patienceMs))
         return false;
     flushing_.reset();
     return true;

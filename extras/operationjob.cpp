@@ -227,9 +227,10 @@ void OperationJob::run(int milliseconds)
 
 void OperationJob::runToEnd()
 {
-    constexpr int Long = 1000;
+    constexpr int LongMs = 60 * 1000;
+    work_.patienceMs = LongMs;
     while (!hasEnded())
-        run(Long);
+        run(LongMs);
 }
 
 void OperationJob::step()

@@ -52,7 +52,6 @@ bool TakingBack::step()
 /// Whether all that was done is on the medium.
 bool TakingBack::isFlushed()
 {
-    constexpr int WaitMilliseconds = 10;
     if (!flushing_) {
         flushing_.emplace();
         QSet<quint64> devices;
@@ -68,7 +67,7 @@ bool TakingBack::isFlushed()
             add(work_.isUsable(source) ? sources_.of(source).top() : -1);
         flushing_->start();
     }
-    return flushing_->isDone(WaitMilliseconds);
+    return flushing_->isDone(work_.patienceMs);
 }
 
 void TakingBack::undo(const JournalRecord& record)
@@ -342,8 +341,7 @@ void TakingBack::placeBack(const JournalRecord& record, const QByteArray& tempor
 
 void TakingBack::stepReturn()
 {
-    constexpr int WaitMilliseconds = 10;
-    if (!returned_->isDone(WaitMilliseconds))
+    if (!returned_->isDone(work_.patienceMs))
         return;
     const int error = returned_->error(0);
     if (error != 0) {

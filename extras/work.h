@@ -39,6 +39,9 @@ struct Work {
     std::unique_ptr<Journal> journal; ///< null if there is none
     QByteArray temporaryPrefix;       ///< what temporary names begin with
     int journalError = 0;
+    /// For how long one step waits for the medium. Long when nobody waits for the operation: then
+    /// nothing wakes the processor before the medium does.
+    int patienceMs = 10;
 
     /// The full path of an entry of a source, by its path from the source's folder on.
     QByteArray fullSource(int source, const QByteArray& from) const;
