@@ -30,7 +30,7 @@ QString FileBrowserFtab::entryName(int row) const
 {
     if (row < 0 || row >= count())
         return {};
-    const int number = row - (hasBackEntry_ ? 1 : 0);
+    const int number = row - backEntries();
     return number < 0 ? QStringLiteral("..") : entries_->name(number);
 }
 
