@@ -1,6 +1,7 @@
 #include "shell/consolelines.h"
 
 #include "files/names.h"
+#include "shell/toolkitlines.h"
 
 #include <QByteArrayList>
 #include <QGuiApplication>
@@ -25,33 +26,9 @@ Lines& lines()
     return theLines;
 }
 
-/// The toolkit's word, among our own lines, on names in some scripts, whose letters it then takes
-/// from another font.
-bool isAboutFonts(const QString& message)
-{
-    return message.startsWith(QLatin1String("  OpenType support missing for "));
-}
-
-/// The toolkit's server for VNC looks for its port when the event loop begins, and the program
-/// would go on where nobody sees it.
-bool isWithoutServer(const QString& message)
-{
-    return message.startsWith(QLatin1String("QVncServer could not connect"));
-}
-
 void write(const QByteArray& line)
 {
     std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
-}
-
-/// What failed stands before the toolkit's word on its plugin, or first.
-QByteArray reason(const QByteArrayList& kept)
-{
-    for (qsizetype i = 1; i < kept.size(); ++i) {
-        if (kept.at(i).contains("Qt platform plugin"))
-            return kept.at(i - 1);
-    }
-    return kept.value(0, "the toolkit does not say why");
 }
 
 /// Nothing is open yet that would have to be closed, and the toolkit's own end is a crash.
@@ -67,7 +44,7 @@ void take(QtMsgType type, const QMessageLogContext& /*context*/, const QString& 
     if (isAboutFonts(message))
         return;
     if (type == QtFatalMsg && lines().areKept)
-        endWithoutDisplay(reason(lines().kept));
+        endWithoutDisplay(whyNoDisplay(lines().kept));
     const QByteArray line = encodeName(message).value_or(message.toUtf8()) + '\n';
     if (lines().areKept) {
         lines().kept.append(line);
@@ -101,7 +78,7 @@ void ConsoleLines::install()
 void ConsoleLines::displayIsLookedFor()
 {
     if (QGuiApplication::primaryScreen() == nullptr)
-        endWithoutDisplay(reason(lines().kept));
+        endWithoutDisplay(whyNoDisplay(lines().kept));
     lines().areKept = false;
     for (const QByteArray& line : std::as_const(lines().kept))
         write(line);
