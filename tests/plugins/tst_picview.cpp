@@ -68,6 +68,13 @@ QImage stripes(QSize size)
     return image;
 }
 
+/// But for what the toolkit makes of the edge of a reduced picture.
+bool isNearly(const QRect& one, const QRect& other)
+{
+    const QMargins edge(1, 1, 1, 1);
+    return (one + edge).contains(other) && (other + edge).contains(one);
+}
+
 } // namespace
 
 void tst_PicView::pictureIsShownInTheMiddle()
@@ -302,8 +309,8 @@ void tst_PicView::digitsTurnThePicture()
             boundsOf(viewer.picture(), Qt::blue).right());
     viewer.press('7');
     viewer.press('7');
-    QCOMPARE(boundsOf(viewer.picture(), Qt::red), red);
-    QCOMPARE(boundsOf(viewer.picture(), Qt::blue), blue);
+    QVERIFY(isNearly(boundsOf(viewer.picture(), Qt::red), red));
+    QVERIFY(isNearly(boundsOf(viewer.picture(), Qt::blue), blue));
 }
 
 void tst_PicView::turningWhileItLoadsIsNotLost()
