@@ -6,7 +6,7 @@ namespace
 {
 
 struct SafeTextRow {
-    QString SafeTexts::*text;
+    QString SafeTexts::* text;
     const char* key;
 };
 

@@ -21,7 +21,7 @@ private:
 /// A text of a structure of texts, and its key in the language files.
 template<typename Texts>
 struct KeyedText {
-    QString Texts::*text;
+    QString Texts::* text;
     const char* key;
 };
 

@@ -120,8 +120,7 @@ void ZAccessibleParts::forgetParts()
         static_cast<Part*>(QAccessible::accessibleInterface(id))->setGone();
         forgotten_.append(id);
     }
-    QMetaObject::invokeMethod(
-        object(), [this] { endForgotten(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(object(), [this] { endForgotten(); }, Qt::QueuedConnection);
 }
 
 void ZAccessibleParts::endForgotten()

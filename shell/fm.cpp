@@ -159,8 +159,7 @@ void FM::connectSignals()
     if (VncDisplay::isUsed())
         new VncNotice(this);
     if (const QString notice = takeNoticeFile(); !notice.isNull())
-        new AfterStart(
-            this, [] { return true; }, [notice] { showNotice(notice); });
+        new AfterStart(this, [] { return true; }, [notice] { showNotice(notice); });
     if (extras.safe || extras.trash)
         new AfterStart(this, hasUnfinished, [this] { offerUnfinished(); });
 }

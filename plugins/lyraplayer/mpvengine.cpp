@@ -353,7 +353,7 @@ void MpvEngine::trackEnded(const QJsonObject& event)
 void MpvEngine::trackLoaded()
 {
     const auto track = std::make_shared<TrackInfo>();
-    const auto askTag = [this, track](const char* name, QString TrackInfo::*tag) {
+    const auto askTag = [this, track](const char* name, QString TrackInfo::* tag) {
         send({quoted("get_property"), quoted(QByteArray("metadata/by-key/") + name)},
              [track, tag](const QJsonValue& value) { (*track).*tag = tagLine(value.toString()); });
     };

@@ -11,7 +11,7 @@ namespace
 
 struct SystemText {
     int error;
-    QString PluginTexts::*text;
+    QString PluginTexts::* text;
 };
 
 constexpr SystemText SystemTexts[] = {

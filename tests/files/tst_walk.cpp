@@ -204,8 +204,7 @@ private slots:
         folder_->makeLink("link", "a");
         TreeCount count;
         int steps = 0;
-        countTree(
-            folder_->path(), count, [&steps] { ++steps; }, [] { return false; });
+        countTree(folder_->path(), count, [&steps] { ++steps; }, [] { return false; });
         QCOMPARE(count.bytes, 10 * GiB + 10);
         QCOMPARE(count.files, 3);
         QCOMPARE(count.folders, 3);

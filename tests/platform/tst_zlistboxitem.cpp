@@ -200,8 +200,7 @@ private slots:
         for (const int turning : {0x061c, 0x200e, 0x200f, 0x202a, 0x202b, 0x202c, 0x202d, 0x202e,
                                   0x2066, 0x2067, 0x2068, 0x2069}) {
             QTest::newRow(qPrintable(QString("direction %1").arg(turning, 0, 16)))
-                << QString("a") + QChar(turning) + "gpj.exe"
-                << "a" + mark + "gpj.exe";
+                << QString("a") + QChar(turning) + "gpj.exe" << "a" + mark + "gpj.exe";
         }
         QTest::newRow("joiner of emoji")
             << QString("a") + QChar(0x200d) << QString("a") + QChar(0x200d);

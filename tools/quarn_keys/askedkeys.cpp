@@ -8,7 +8,7 @@ namespace
 
 struct AskedKey {
     int code;
-    QString PluginTexts::*name;
+    QString PluginTexts::* name;
 };
 
 /// Those without which nothing works come first: who has no more keys ends the questions there.
