@@ -297,9 +297,18 @@ class Test(quarn.Case):
         box = self.find(Atspi.Role.ALERT)
         self.assertTrue(is_in(box, Atspi.StateType.BUSY))
         self.wait_heard("object:state-changed:showing", box.get_name())
-        self.gate.step()
         progress = self.find(Atspi.Role.PROGRESS_BAR, box.get_name(), box)
-        quarn.wait_until(lambda: 0 < Atspi.Value.get_current_value(progress) < 100, "some percent")
+
+        def has_come_on():
+            """On a slow machine the first flushes are of less than a percent."""
+            if Atspi.Value.get_current_value(progress) > 0:
+                return True
+            if self.gate.reached.exists():
+                self.gate.step()
+            return False
+
+        quarn.wait_until(has_come_on, "some percent")
+        self.assertLess(Atspi.Value.get_current_value(progress), 100)
         self.assertEqual(Atspi.Value.get_maximum_value(progress), 100)
         self.wait_heard("object:property-change:accessible-value", box.get_name())
         percent = f"{Atspi.Value.get_current_value(progress):.0f}%"
