@@ -108,6 +108,7 @@ public:
     bool wait(Milliseconds most);
     bool isOverdue() const;
     void leave();
+    void obeyStop();
 
     std::shared_ptr<OperationJob> job; ///< null when it goes on by itself
     OperationRequest request;
@@ -149,6 +150,20 @@ void Operation::Private::leave()
     job.reset();
     view.state = State::Cancelled;
     view.journal.clear();
+}
+
+/// Nobody is asked any more: neither what a slice came to ask before it could hear of the stop, nor
+/// whether to begin.
+void Operation::Private::obeyStop()
+{
+    if (!stopped || slice)
+        return;
+    if (view.state == State::Surveyed) {
+        job->run(0);
+        view = job->view();
+    } else if (view.state == State::Asking) {
+        view.state = State::Working;
+    }
 }
 
 Operation::Operation(const OperationRequest& request)
@@ -201,6 +216,7 @@ Operation::State Operation::step(int milliseconds)
     if (!own_->slice)
         own_->start([milliseconds](OperationJob& job) { job.run(milliseconds); });
     own_->wait(Milliseconds(milliseconds) + Patience);
+    own_->obeyStop();
     if (!hasEnded() && own_->isOverdue())
         own_->leave();
     return state();
@@ -260,12 +276,7 @@ void Operation::stop(bool isForGood)
     own_->stopped = Clock::now();
     own_->timeToStop = isForGood ? TimeToStop : TimeToInterrupt;
     own_->job->stop(isForGood ? OperationJob::Stop::ForGood : OperationJob::Stop::Interrupt);
-    if (state() == State::Surveyed) {
-        own_->job->run(0);
-        own_->view = own_->job->view();
-    } else if (state() == State::Asking) {
-        own_->view.state = State::Working;
-    }
+    own_->obeyStop();
 }
 
 OperationProgress Operation::progress() const

@@ -2,6 +2,7 @@
 
 #include "extras/operation.h"
 #include "extras/pace.h"
+#include "tests/extras/opengate.h"
 #include "tests/extras/operationplaces.h"
 #include "tests/support/bytefiles.h"
 #include "tests/support/testmain.h"
@@ -202,6 +203,47 @@ private slots:
         QVERIFY(wasWaiting);
     }
 
+    void whoHasCancelledIsAskedNothing_data()
+    {
+        QTest::addColumn<bool>("isForGood");
+        QTest::newRow("cancelled") << true;
+        QTest::newRow("interrupted") << false;
+    }
+    /// The medium answers when the user waits no more, and what it tells is a reason to ask.
+    void whoHasCancelledIsAskedNothing()
+    {
+        QFETCH(bool, isForGood);
+        const OperationPlaces places(OperationPlaces::Apart);
+        writeFile(places.source("new"), "new");
+        Operation operation(places.request(OperationKind::Copy, {"new"}));
+        while (operation.step(100) == Operation::State::Surveying) {
+        }
+        writeFile(places.target("new"), "old");
+        OpenGate gate;
+        // The journal looks there first.
+        gate.shut(places.source(), 1);
+        operation.begin();
+        while (gate.waiting() == 0)
+            operation.step(0);
+        QVERIFY(stopsWhenOpened(operation, gate, isForGood));
+        QCOMPARE(readFile(places.target("new")), QByteArray("old"));
+        QCOMPARE(places.journals().size(), qsizetype(isForGood ? 0 : 1));
+    }
+
+    void whoHasCancelledTheCountIsNotAskedToBegin()
+    {
+        const OperationPlaces places;
+        OperationRequest request = places.request(OperationKind::Copy, {"new"});
+        // There is nothing to count, so that it is over as soon as the target answers.
+        request.sources = {"no full path"};
+        Operation operation(request);
+        OpenGate gate;
+        gate.shut(places.target());
+        while (gate.waiting() == 0)
+            operation.step(0);
+        QVERIFY(stopsWhenOpened(operation, gate, true));
+    }
+
     void piecesSuitTheMedium_data()
     {
         QTest::addColumn<qint64>("bytesPerSecond");
@@ -236,6 +278,22 @@ private slots:
         for (int i = 0; i < 20; ++i)
             pace.noteFlush(1000, pace.batchEntries(), pace.batchEntries() * 10);
         QVERIFY(pace.batchEntries() >= 1000);
+    }
+
+private:
+    static bool stopsWhenOpened(Operation& operation, OpenGate& gate, bool isForGood)
+    {
+        if (isForGood)
+            operation.cancel();
+        else
+            operation.interrupt();
+        gate.open();
+        constexpr int LongestMs = 20000;
+        QElapsedTimer timer;
+        timer.start();
+        while (!operation.hasEnded() && timer.elapsed() < LongestMs)
+            operation.step(30);
+        return operation.state() == Operation::State::Cancelled;
     }
 };
 
