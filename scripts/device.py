@@ -27,7 +27,7 @@ class Device:
         width, height = size.split("x")
         self.folder = folder
         self.console = folder / "console.txt"
-        self.console.touch()
+        self.console.write_text("")
         self.steps = 0
         self.monitor = folder / "monitor"
         self.process = subprocess.Popen(
@@ -123,11 +123,16 @@ class Device:
                 last, since = now, time.monotonic()
             return time.monotonic() - since > CALM and last != before
         self.wait(settled, f"a picture of {name}")
+        self.keep(name)
+        return last
+
+    def keep(self, name):
+        """Saves the picture of a step as it is now."""
+        self.screen()
         self.steps += 1
         target = self.folder / f"{self.steps}-{name}.png"
         subprocess.run(["convert", str(self.folder / "screen.ppm"), str(target)], check=True)
         print(f"{target.name}", flush=True)
-        return last
 
     def shows_box(self):
         """Whether a message or progress box is up, by its black title: a box is 220 wide and in the
