@@ -36,11 +36,13 @@ std::optional<Lengths> lengthsIn(const QByteArray& header)
     const auto number = [&header](size_t index) {
         return qFromBigEndian<quint32>(header.constData() + index * sizeof(quint32));
     };
-    const Lengths lengths{qsizetype(number(1)), qsizetype(number(2))};
-    if (number(0) != Magic || lengths.message > QCopChannel::MaxMessageBytes ||
-        lengths.data > QCopChannel::MaxDataBytes)
+    // As they came: on a processor of 32 bits the largest ones would be negative sizes.
+    const quint32 message = number(1);
+    const quint32 data = number(2);
+    if (number(0) != Magic || message > quint32{QCopChannel::MaxMessageBytes} ||
+        data > quint32{QCopChannel::MaxDataBytes})
         return std::nullopt;
-    return lengths;
+    return Lengths{qsizetype(message), qsizetype(data)};
 }
 
 bool bindTo(int socket, const QByteArray& path)
