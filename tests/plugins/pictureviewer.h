@@ -28,8 +28,14 @@ public:
     }
     const PicturePlace& place() const { return window.area()->place(); }
     QString title() const { return window.mainWidgetTitle(); }
-    /// What the whole screen shows.
-    QImage screen() { return window.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+    /// What the whole screen shows. Where nothing is painted yet there is no colour of a test's.
+    QImage screen()
+    {
+        QImage image(window.size(), QImage::Format_RGB32);
+        image.fill(Qt::magenta);
+        window.render(&image);
+        return image;
+    }
     bool hasBar() const { return window.findChild<ZSoftKey*>()->isVisible(); }
     QImage picture() const
     {
