@@ -1,5 +1,6 @@
 #include "platform/zscreenframe.h"
 
+#include "platform/narrowwindow.h"
 #include "platform/screenscale.h"
 #include "platform/x11focus.h"
 #include "platform/zaccessiblewidget.h"
@@ -9,6 +10,7 @@
 
 #include <QBackingStore>
 #include <QCloseEvent>
+#include <QExposeEvent>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -107,6 +109,8 @@ ZScreenFrame::ZScreenFrame() : QWidget(nullptr)
     if (isOwn)
         openFollowing();
 }
+
+ZScreenFrame::~ZScreenFrame() = default;
 
 /// The glass is nothing by itself.
 class ZScreenFrame::Accessible final : public ZAccessibleWidget
@@ -226,14 +230,36 @@ bool ZScreenFrame::windowResized()
         return true;
     follow(size);
     const QSize needed = size.expandedTo(QSize(ZScreen::Width, ZScreen::Height));
-    if (needed == size)
+    if (needed == size) {
+        narrow_.reset();
         return false;
+    }
+    if (narrow_ == nullptr) {
+        narrow_ = std::make_unique<NarrowWindow>(
+            this, [this](QPainter& painter) { paintPicture(painter); });
+    }
     // The toolkit leaves out what lies beyond the widget; the whole screen must fit into it, even
     // if less is seen of the window. A widget that is not there is resized without its window.
     setAttribute(Qt::WA_WState_Visible, false);
     resize(needed);
     setAttribute(Qt::WA_WState_Visible, true);
     arrange();
+    return true;
+}
+
+/// Whether the toolkit must not hear of it: it would hand over what it draws. What it has put off
+/// until now it does after a request.
+bool ZScreenFrame::windowExposed()
+{
+    renderWhole();
+    if (narrow_ == nullptr || isExposing_)
+        return false;
+    isExposing_ = true;
+    QExposeEvent withoutPart{QRegion()};
+    QCoreApplication::sendEvent(windowHandle(), &withoutPart);
+    isExposing_ = false;
+    QCoreApplication::postEvent(this, new QEvent(QEvent::UpdateRequest));
+    narrow_->presentAll();
     return true;
 }
 
@@ -297,9 +323,12 @@ bool ZScreenFrame::event(QEvent* event)
         return QWidget::event(event);
     isUpdating_ = true;
     const bool isNew = renderWhole();
-    const bool isDone = QWidget::event(event);
+    const auto sync = [this, event] { return QWidget::event(event); };
+    const bool isDone = narrow_ != nullptr ? narrow_->withoutHandingOver(sync) : sync();
     if (isNew)
         dirty_ = QRegion();
+    if (isNew && narrow_ != nullptr)
+        narrow_->presentAll();
     presentDirty();
     isUpdating_ = false;
     return isDone;
@@ -316,8 +345,7 @@ bool ZScreenFrame::eventFilter(QObject* watched, QEvent* event)
     case QEvent::Resize:
         return windowResized();
     case QEvent::Expose:
-        renderWhole();
-        return false;
+        return windowExposed();
     default:
         return isMagnified_ && !isMapping_ && mapPointer(event);
     }
@@ -440,6 +468,10 @@ void ZScreenFrame::presentDirty()
         seen += QRectF(pixels.topLeft() / density, pixels.size() / density).toAlignedRect();
     }
     seen &= QRect(QPoint(), windowHandle()->size());
+    if (narrow_ != nullptr) {
+        narrow_->present(seen);
+        return;
+    }
     QBackingStore* store = backingStore();
     if (store == nullptr || store->size() != size() || !windowHandle()->isExposed()) {
         glass_->update();

@@ -8,6 +8,9 @@
 #include <QRegion>
 #include <QWidget>
 
+#include <memory>
+
+class NarrowWindow;
 class QPaintEvent;
 
 /// The window around the screen. It may be larger than the screen, which then sits in its middle.
@@ -23,6 +26,7 @@ class ZScreenFrame : public QWidget, public ZAccessibleSource
 
 public:
     ZScreenFrame();
+    ~ZScreenFrame() override;
 
     /// The screen, a child of the frame, which lives until the frame goes.
     void setContent(QWidget* content);
@@ -65,6 +69,7 @@ private:
     bool fillsDisplay() const;
     void sizeWindow();
     bool windowResized();
+    bool windowExposed();
     void follow(QSize size);
     void arrange();
     bool mapPointer(QEvent* event);
@@ -75,7 +80,8 @@ private:
     void paintPicture(QPainter& painter) const;
 
     QWidget* content_ = nullptr;
-    Glass* glass_ = nullptr; ///< made when it is first needed
+    Glass* glass_ = nullptr;               ///< made when it is first needed
+    std::unique_ptr<NarrowWindow> narrow_; ///< where the window has no room for the widget
     QSize size_; ///< of the window, in the toolkit's pixels; empty if nothing follows it
     double scale_ = 0;
     bool isMagnified_ = false; ///< drawn at another scale than the toolkit's
@@ -85,4 +91,5 @@ private:
     bool isRendering_ = false;
     bool isUpdating_ = false;
     bool isMapping_ = false;
+    bool isExposing_ = false;
 };

@@ -160,7 +160,8 @@ def on_wayland(folder):
                 session = Session(folder, name, program, compositor.picture, None)
                 session.expect_scale(session.walk(), scale)
     # Full screen it is shown to a seat, which a compositor without a display has none of.
-    for size in ((720, 1440), (640, 480), (240, 320)):
+    for size in ((240, 320), (320, 240), (480, 640), (640, 480), (720, 1440), (800, 600),
+                 (1920, 1080)):
         with display_of(*size) as display, \
                 compositor_on(display, "x11", size, "--shell=kiosk-shell.so") as compositor, \
                 program_on(display, **compositor.environment()) as program:

@@ -5,6 +5,15 @@ import quarn
 import wayland
 
 
+POINTER = 24  # pixels
+
+
+def without_pointer(picture):
+    """Without what is in the corner at the lower right."""
+    picture.paste((0, 0, 0), (picture.width - POINTER, picture.height - POINTER, *picture.size))
+    return picture
+
+
 class OnWayland:
     """A program in a compositor of its own."""
 
@@ -49,6 +58,53 @@ class TestWayland(OnWayland, quarn.Case):
         quarn.wait_until(lies_in_the_middle, program.describe)
         self.display.client.press("Down", "Return")
         program.wait_for_listing(program.home / "Documents")
+
+
+class TestFullScreen(quarn.Case):
+    """On a display of each size it looks as it does on X11 without a window manager."""
+
+    def shown(self, size, start):
+        """The picture after a step down, as `start` has it shown: a function that gives how to take one
+        and the environment, of a display of its own."""
+        display = quarn.Display(*size)
+        self.addCleanup(display.stop)
+        picture, environment = start(display)
+        program = quarn.Program(display)
+        self.addCleanup(program.stop)
+        for name in ("Albums", "Documents"):
+            quarn.make_folder(program.home / name)
+        program.start(wait=False, QUARN_SCALE=None, **environment)
+        quarn.wait_until(lambda: len(program.listings()) >= 2 or not program.is_running(),
+                         program.describe)
+        quarn.wait_until(lambda: wayland.screen_in(picture()) and not wayland.shows_box(picture()),
+                         "the first listing")
+        # The compositor draws the pointer.
+        display.client.point(size[0] - 1, size[1] - 1)
+        display.client.press("Down")
+        return picture, program
+
+    def on_x11(self, size):
+        return self.shown(size, lambda display: (
+            lambda: display.client.picture(0, 0, *size), {}))
+
+    def on_wayland(self, size):
+        def start(display):
+            compositor = wayland.Compositor(display.environment(), "x11", size,
+                                            "--shell=kiosk-shell.so")
+            self.addCleanup(compositor.stop)
+            return compositor.picture, compositor.environment()
+
+        return self.shown(size, start)
+
+    def test_everySizeLooksAsOnX11(self):
+        for size in ((320, 240), (480, 640), (640, 480), (720, 1440), (800, 600), (1920, 1080)):
+            with self.subTest(size):
+                _, x11 = self.on_x11(size)
+                expected = without_pointer(x11.wait_stable())
+                self.assertEqual(wayland.screen_in(expected), quarn.screen_in(size))
+                picture, program = self.on_wayland(size)
+                quarn.wait_until(lambda: (without_pointer(picture()).tobytes()
+                                          == expected.tobytes()), program.describe)
 
 
 class TestSmallDisplay(OnWayland, quarn.Case):
