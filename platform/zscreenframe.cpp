@@ -408,23 +408,27 @@ QPointF ZScreenFrame::toScreen(QPointF point) const
 
 QRect ZScreenFrame::seenAt(const QWidget& widget, const QRect& part) const
 {
-    if (!isMagnified_ || content_ == nullptr)
-        return {widget.mapToGlobal(part.topLeft()), part.size()};
-    if (&widget == this)
-        return {mapToGlobal(QPoint()), windowHandle()->size()};
     const double density = devicePixelRatioF();
+    const QPointF window = QPointF(mapToGlobal(QPoint())) * density;
+    if (!isMagnified_ || content_ == nullptr) {
+        const QPointF corner(widget.mapTo(this, part.topLeft()));
+        return QRectF(window + corner * density, QSizeF(part.size()) * density).toRect();
+    }
+    if (&widget == this)
+        return QRectF(window, QSizeF(windowHandle()->size()) * density).toRect();
     const QPointF corner = QPointF(widget.mapTo(content_, part.topLeft())) * scale_ + corner_;
-    const QRectF seen(mapToGlobal(QPointF()) + corner / density,
-                      QSizeF(part.size()) * scale_ / density);
-    return seen.toRect();
+    return QRectF(window + corner, QSizeF(part.size()) * scale_).toRect();
 }
 
 QPoint ZScreenFrame::pointSeenAt(const QWidget& widget, QPoint point) const
 {
-    if (!isMagnified_ || content_ == nullptr)
-        return widget.mapFromGlobal(point);
-    const QPointF inside = toScreen(QPointF(mapFromGlobal(point)));
-    // The frame's own pixels are those of the screen, which lies in its corner.
+    const double density = devicePixelRatioF();
+    // In its middle: pixels of the toolkit need not begin where one of the display does.
+    const QPointF inWindow =
+        (QPointF(point) + QPointF(0.5, 0.5)) / density - QPointF(mapToGlobal(QPoint()));
+    const bool isElsewhere = isMagnified_ && content_ != nullptr;
+    const QPointF inside = isElsewhere ? toScreen(inWindow) : inWindow;
+    // The frame's own pixels are those of a magnified screen, which lies in its corner.
     return widget.mapFrom(&widget == this ? &widget : this,
                           QPoint(int(std::floor(inside.x())), int(std::floor(inside.y()))));
 }

@@ -37,7 +37,7 @@ public:
     QByteArray place() const;
 
     /// Where a part of a widget in the screen, or of the frame, is seen on the display, and the
-    /// point of such a widget that is seen at one of the display; in the toolkit's pixels.
+    /// point of such a widget that is seen at one of the display; in pixels of the display.
     QRect seenAt(const QWidget& widget, const QRect& part) const;
     QPoint pointSeenAt(const QWidget& widget, QPoint point) const;
 

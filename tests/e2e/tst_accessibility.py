@@ -1,7 +1,10 @@
 #!/usr/bin/python3
 """What a program that reads the screen to its user gets from the staged program, and can do in it."""
 
+import functools
 import shutil
+
+from PIL import Image, ImageChops
 
 import operations
 import quarn
@@ -13,6 +16,17 @@ from gi.repository import Atspi, GLib
 EXTRAS = {"Find": 1, "Status": 1}
 MANY = 20000
 MANY_SMALL = 600  # files that are flushed in some parts
+
+
+HIGHLIGHT = (255, 230, 214)
+
+
+def highlight_in(picture):
+    """(left, top, right, bottom) of the highlighted row, by its ground and the bar at its left."""
+    apart = ImageChops.difference(picture, Image.new("RGB", picture.size, HIGHLIGHT)).split()
+    same = functools.reduce(ImageChops.lighter, apart).point(lambda value: 0 if value else 255)
+    left, top, right, bottom = same.getbbox()
+    return 0, top, right, bottom
 
 
 class Test(quarn.Case):
@@ -208,15 +222,48 @@ class Test(quarn.Case):
         name = "W W  WiW"
         expected, scale = self.places_in_the_field(name)
         self.assertEqual(scale, 1)
-        large = quarn.Display(480, 640)
+        large = quarn.Display(720, 960)
         self.addCleanup(large.stop)
-        for where, scale in (({"display": large, "scale": None}, 2), ({"scale": "0.75"}, 0.75)):
-            with self.subTest(scale):
+        cases = [({"display": large, "scale": None}, 3), ({"scale": "0.75"}, 0.75)]
+        cases += [({"display": large, "scale": str(scale)}, scale) for scale in (1, 1.5, 2, 3)]
+        for where, scale in cases:
+            with self.subTest(**where):
                 found, found_scale = self.places_in_the_field(name, **where)
                 self.assertEqual(found_scale, scale)
                 for one, other in zip(expected, found):
                     for length, other_length in zip(one, other):
                         self.assertAlmostEqual(length, other_length, delta=1 / scale)
+
+    def test_rowsAreWhereTheyAreSeenAtEveryScale(self):
+        large = quarn.Display(760, 1000)
+        self.addCleanup(large.stop)
+        for scale in ("0.75", "1", "1.5", "2", "3"):
+            with self.subTest(scale):
+                program = self.begin("Albums/", "a.txt", display=large, scale=scale)
+                rows = self.find(Atspi.Role.LIST, "desk")
+                large.client.move(program.window(), 36, 24)
+                program.place = None
+                window = quarn.wait_until(program.rectangle, "the window")
+                self.assertEqual(window[:2], (36, 24))
+                for number, key in enumerate(("up", "down", "down")):
+                    program.key(*[key] * (number > 0))
+                    picture = program.wait_stable()
+                    place = Atspi.Component.get_extents(rows.get_child_at_index(number),
+                                                        Atspi.CoordType.SCREEN)
+                    seen = highlight_in(picture)
+                    told = (place.x - window[0], place.y - window[1])
+                    told = (*told, told[0] + place.width, told[1] + place.height)
+                    for side, seen_side in zip(told[:2] + told[3:], seen[:2] + seen[3:]):
+                        self.assertAlmostEqual(side, seen_side, delta=1)
+                    middle = place.x + place.width // 2, place.y + place.height // 2
+                    found = Atspi.Component.get_accessible_at_point(rows, *middle,
+                                                                    Atspi.CoordType.SCREEN)
+                    self.assertEqual(found.get_index_in_parent(), number)
+                    # Of the top-left corner of the window.
+                    inside = Atspi.Component.get_extents(rows.get_child_at_index(number),
+                                                         Atspi.CoordType.WINDOW)
+                    self.assertEqual((inside.x, inside.y), told[:2])
+                program.stop()
 
     def test_modeOfAKeypadIsSaid(self):
         program = self.begin("a.txt")
