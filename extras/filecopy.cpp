@@ -32,12 +32,6 @@ bool isWrittenAsAWhole(int error)
     return error == EINVAL || error == ESPIPE || error == ENOSYS;
 }
 
-bool cannotBeInRange(int error)
-{
-    return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP ||
-           error == EBADF || error == EPERM || error == ETXTBSY;
-}
-
 } // namespace
 
 FileCopy::FileCopy(const QByteArray& name, const struct stat& info, Pace& pace)
@@ -162,13 +156,10 @@ qint64 FileCopy::copyBytes(qint64 size)
         off_t from = at_;
         off_t to = at_;
         const ssize_t copied = copy_file_range(from_.get(), &from, to_.get(), &to, size_t(size), 0);
-        // The system does not say what failed, and for some files that there is nothing.
         if (copied > 0)
             return copied;
-        if (copied < 0 && !cannotBeInRange(errno) && errno != EINTR) {
-            failed(Trouble::CannotWrite, errno);
-            return -1;
-        }
+        // It does not say which of the two files an error is of, and of some files that there is
+        // nothing: block by block it comes out.
         means_ = Means::Blocks;
     }
     return copyByBlocks(size);

@@ -309,12 +309,13 @@ ssize_t pwrite(int file, const void* bytes, size_t size, off_t offset)
     return put;
 }
 
-// What copies files without reading them is not there while something is to go wrong.
+// What copies files without reading them is not there while something is to go wrong; of a file
+// that cannot be read it knows no more than that one of two has a fault.
 ssize_t copy_file_range(int from, off64_t* fromAt, int to, off64_t* toAt, size_t size,
                         unsigned flags)
 {
     if (current != nullptr && !current.load()->letsCopy)
-        return failed<ssize_t>(ENOSYS);
+        return failed<ssize_t>(current.load()->readError != 0 ? current.load()->readError : ENOSYS);
     if (current != nullptr)
         ++current.load()->copied;
     return syscall(SYS_copy_file_range, from, fromAt, to, toAt, size, flags);
