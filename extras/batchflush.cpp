@@ -111,10 +111,14 @@ void Batch::flushEach()
         if (!isNewFile(item))
             continue;
         const int folder = target_.folder(item.workFolder);
-        flushing_->add(FileHandle(folder < 0 ? -1
-                                             : openat(folder, item.temporary.constData(),
-                                                      O_RDONLY | O_NOFOLLOW | O_CLOEXEC)),
-                       Flushing::What::File);
+        FileHandle file(folder < 0 ? -1
+                                   : openat(folder, item.temporary.constData(),
+                                            O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+        // One with the permissions of a source of somebody else's may be closed to its own owner.
+        if (!file.isOpen() && errno == EACCES)
+            flushing_->add(sameFile(target_.cursor().top()), Flushing::What::FileSystem);
+        else
+            flushing_->add(std::move(file), Flushing::What::File);
         flushed_.push_back(number);
     }
     if (!drops_.empty())

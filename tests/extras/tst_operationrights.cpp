@@ -2,6 +2,7 @@
 
 #include "extras/journals.h"
 #include "extras/operation.h"
+#include "tests/extras/callfaults.h"
 #include "tests/extras/operationplaces.h"
 #include "tests/support/bytefiles.h"
 #include "tests/support/rootpowers.h"
@@ -123,6 +124,46 @@ private slots:
         QCOMPARE(listOf(places.target("tree"), Access), listFor(78, All));
         QCOMPARE(listOf(places.target("tree/file"), Access), listFor(79, All));
         QCOMPARE(listOf(places.target("tree/plain"), Access), inherited);
+    }
+
+    /// As of a file of somebody else's that others may read.
+    void aCopyThatItsOwnerMayNotReadIsWrittenOutAllTheSame_data()
+    {
+        QTest::addColumn<int>("flushError");
+        QTest::newRow("well") << 0;
+        QTest::newRow("broken medium") << EIO;
+    }
+    void aCopyThatItsOwnerMayNotReadIsWrittenOutAllTheSame()
+    {
+        QFETCH(int, flushError);
+        const OperationPlaces places(OperationPlaces::Apart);
+        constexpr mode_t OthersRead = 0044;
+        writeFile(places.source("theirs"), "theirs");
+        Operation operation(places.request(OperationKind::Copy, {"theirs"}));
+        beginWork(operation);
+        {
+            CallFaults faults;
+            // It is open for reading by then, as one that belongs to somebody else could be.
+            faults.beforeReading([&places](int number) {
+                if (number == 0)
+                    QCOMPARE(chmod(places.source("theirs").constData(), OthersRead), 0);
+            });
+            if (flushError != 0)
+                faults.failFlushing(flushError, false);
+            runToEnd(operation);
+        }
+        struct stat made = {};
+        const bool isMade = lstat(places.target("theirs").constData(), &made) == 0;
+        QCOMPARE(isMade, flushError == 0);
+        if (!isMade) {
+            QCOMPARE(toldLines(operation),
+                     QByteArrayList{toldLine("theirs", Trouble::CannotWrite, flushError)});
+            return;
+        }
+        QCOMPARE(toldLines(operation), QByteArrayList());
+        QCOMPARE(made.st_mode & 07777, OthersRead);
+        QCOMPARE(chmod(places.target("theirs").constData(), 0600), 0);
+        QCOMPARE(readFile(places.target("theirs")), QByteArray("theirs"));
     }
 
     void listsOfPipesAreKept()
