@@ -151,9 +151,13 @@ def gives_the_login_when_left(device, before):
 def comes_back_after_a_crash(device):
     device.run(f"systemctl reset-failed {UNIT}; systemctl start {UNIT}")
     device.wait_for_program("started-again")
+    login = f"systemctl show -P ActiveEnterTimestampMonotonic {LOGIN}"
+    shown = device.run(login)
     process = device.crash()
     device.wait(lambda: device.run(f"systemctl show -P MainPID {UNIT}") not in ("0", process), "the restart")
     device.wait_for_program("after-a-crash")
+    if device.run(login) != shown:
+        raise Failure("the login was shown between the crash and the restart")
     device.tell(f"systemctl show -P Result -P NRestarts {UNIT}")
 
 

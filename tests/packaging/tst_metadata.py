@@ -146,7 +146,13 @@ class StartingWithTheDevice(unittest.TestCase):
             copy = folder / unit.name
             # Here nothing is installed.
             copy.write_text(unit.read_text().replace("=/usr/bin/quarn", "=/bin/true"))
-            self.assertEqual(run("systemd-analyze", "verify", "--man=no", "--recursive-errors=no", copy), (0, ""))
+            verify = "systemd-analyze", "verify", "--man=no", "--recursive-errors=no", copy
+            status, lines = run(*verify)
+            # systemd before 254 does not know that key, and goes on without.
+            if re.fullmatch(r".*Unknown key (name )?'RestartMode' in section .Service., ignoring\.\n", lines):
+                copy.write_text(copy.read_text().replace("\nRestartMode=direct\n", "\n"))
+                status, lines = run(*verify)
+            self.assertEqual((status, lines), (0, ""))
 
     def test_console_gets_a_login_when_the_program_does_not_start(self):
         text = (prefix / self.examples / "quarn-console.service").read_text()
@@ -158,6 +164,7 @@ class StartingWithTheDevice(unittest.TestCase):
         # Starts that last some seconds are counted together, and one that cannot succeed is no more tried.
         self.assertGreater(interval, burst * (pause + 10))
         self.assertIn("\nRestartPreventExitStatus=1\n", text)
+        self.assertIn("\nRestartMode=direct\n", text)
 
     def test_profile_starts_it_on_the_first_console_alone(self):
         profile = prefix / self.examples / "profile.sh"
