@@ -4,15 +4,13 @@
 Boots a device that starts Quarn on its console, has it left, crashed and kept from starting, and saves a
 picture of each step in FOLDER; for scripts/try-console."""
 
-import contextlib
 import pathlib
 import re
 import sys
-import time
 
 sys.dont_write_bytecode = True
 
-from device import BOOT_DEADLINE, Device, Failure  # noqa: E402
+from device import BOOT_DEADLINE, Device, Failure, try_on  # noqa: E402
 
 UNIT = "quarn-console.service"
 LOGIN = "getty@tty1.service"
@@ -84,6 +82,9 @@ class Console(Device):
     def tell(self, *commands):
         for command in commands:
             print(f"  {command}:", *self.run(command).splitlines(), sep="\n    ", flush=True)
+
+    def explain(self):
+        self.tell(f"systemctl status --no-pager -l {UNIT} {LOGIN}", "journalctl -o cat -b | tail -n 60")
 
 
 def starts_with_the_device(device):
@@ -188,30 +189,20 @@ def gives_the_login_when_it_cannot_start(device):
         device.run(mended)
 
 
+def session(device):
+    starts_with_the_device(device)
+    gives_the_login_when_left(device, takes_keys_by_any_means(device))
+    comes_back_after_a_crash(device)
+    gives_the_login_after_crashes(device)
+    gives_the_login_when_it_cannot_start(device)
+
+
 def main():
     size, kernel, system, folder, memory = sys.argv[1:]
-    start = time.monotonic()
     # What is said goes to the serial line, and the console of the display is as a user finds it.
     device = Console(size, kernel, system, pathlib.Path(folder), memory,
                      options="systemd.getty_auto=0 systemd.show_status=0 vt.global_cursor_default=0")
-    try:
-        starts_with_the_device(device)
-        gives_the_login_when_left(device, takes_keys_by_any_means(device))
-        comes_back_after_a_crash(device)
-        gives_the_login_after_crashes(device)
-        gives_the_login_when_it_cannot_start(device)
-    except Failure as failure:
-        with contextlib.suppress(Exception):
-            device.picture("failure")
-        with contextlib.suppress(Exception):
-            device.tell(f"systemctl status --no-pager -l {UNIT} {LOGIN}", "journalctl -o cat -b | tail -n 60")
-        print(f"try-console: {failure}; the device said:", *device.lines()[-40:], sep="\n    ",
-              file=sys.stderr)
-        return 1
-    finally:
-        device.end()
-    print(f"All steps came about, in {time.monotonic() - start:.0f} s.")
-    return 0
+    return try_on(device, session, "try-console", lines=40)
 
 
 if __name__ == "__main__":

@@ -5,6 +5,7 @@ import json
 import re
 import socket
 import subprocess
+import sys
 import threading
 import time
 
@@ -156,3 +157,25 @@ class Device:
         self.serial.close()
         for name in ("screen.ppm", "monitor", "serial"):
             (self.folder / name).unlink(missing_ok=True)
+
+    def explain(self):
+        """Tells what the console does not, after a failure."""
+
+
+def try_on(device, session, name, lines=20):
+    """Walks a session on a device, which ends with it. 0, or 1 with the last lines of its console told if a
+    step did not come about."""
+    start = time.monotonic()
+    try:
+        session(device)
+    except Failure as failure:
+        with contextlib.suppress(Exception):
+            device.picture("failure")
+        with contextlib.suppress(Exception):
+            device.explain()
+        print(f"{name}: {failure}; the device said:", *device.lines()[-lines:], sep="\n    ", file=sys.stderr)
+        return 1
+    finally:
+        device.end()
+    print(f"All steps came about, in {time.monotonic() - start:.0f} s.")
+    return 0

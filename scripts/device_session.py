@@ -4,14 +4,12 @@
 Boots a device in an emulator, presses keys on it and saves a picture of each step in FOLDER; for
 scripts/try-device."""
 
-import contextlib
 import pathlib
 import sys
-import time
 
 sys.dont_write_bytecode = True
 
-from device import BOOT_DEADLINE, Device, Failure  # noqa: E402
+from device import BOOT_DEADLINE, Device, try_on  # noqa: E402
 
 
 def session(device):
@@ -48,22 +46,9 @@ def session(device):
 
 def main():
     size, kernel, system, folder, *memory = sys.argv[1:]
-    folder = pathlib.Path(folder)
-    start = time.monotonic()
     # Nothing blinks on the display.
-    device = Device(size, kernel, system, folder, *memory, options="vt.global_cursor_default=0")
-    try:
-        session(device)
-    except Failure as failure:
-        with contextlib.suppress(Exception):
-            device.picture("failure")
-        print(f"try-device: {failure}; the device said:", *device.lines()[-20:], sep="\n    ",
-              file=sys.stderr)
-        return 1
-    finally:
-        device.end()
-    print(f"All steps came about, in {time.monotonic() - start:.0f} s.")
-    return 0
+    device = Device(size, kernel, system, pathlib.Path(folder), *memory, options="vt.global_cursor_default=0")
+    return try_on(device, session, "try-device")
 
 
 if __name__ == "__main__":
