@@ -125,6 +125,18 @@ Trash::Result restoreAside(const Trash& trash, const TrashEntry& entry, const QB
     return end == Aside::GoesOn ? Trash::Result() : *result;
 }
 
+bool forgetAside(const Trash& trash, const TrashEntry& entry)
+{
+    const auto isForgotten = std::make_shared<bool>(false);
+    const Aside end = runAside(
+        SafeTexts::instance().restore,
+        [isForgotten, trash, entry](const std::atomic<bool>&) {
+            *isForgotten = trash.forget(entry);
+        },
+        [&entry] { return QStringList{formerNameText(entry)}; });
+    return end != Aside::GoesOn && *isForgotten;
+}
+
 Expunged expungeAside(const Trash& trash, const QList<TrashEntry>& entries)
 {
     const SafeTexts& texts = SafeTexts::instance();

@@ -23,6 +23,10 @@ std::shared_ptr<const TrashAmount> countAside(const Trash& trash, const QList<Tr
 Trash::Result restoreAside(const Trash& trash, const TrashEntry& entry, const QByteArray& path,
                            Trash::WhenTaken whenTaken);
 
+/// Has the trash forget an entry that was brought to its place; see Trash::forget(). False, too, if
+/// nobody waited for its end.
+bool forgetAside(const Trash& trash, const TrashEntry& entry);
+
 struct Expunged {
     QList<TrashEntry> gone;              ///< from their trashes
     std::optional<TrashFailure> failure; ///< the last one

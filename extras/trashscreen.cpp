@@ -159,7 +159,7 @@ private:
             return;
         run.work();
         changed_ = true;
-        if (trash_.forget(entry))
+        if (forgetAside(trash_, entry))
             far_.drop(entry);
     }
 

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdarg>
+#include <cstring>
 #include <mutex>
 
 namespace
@@ -42,7 +43,8 @@ struct Gate {
     {
         constexpr std::chrono::seconds Longest(20);
         std::unique_lock lock(mutex);
-        if (path.isEmpty() || !QByteArrayView(wanted).startsWith(path))
+        const QByteArrayView whole(wanted, qsizetype(std::strlen(wanted)) + 1);
+        if (path.isEmpty() || !whole.startsWith(path))
             return;
         ++passes;
         if (isOpen || passes <= free)

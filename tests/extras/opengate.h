@@ -12,7 +12,8 @@ public:
     OpenGate(const OpenGate&) = delete;
     OpenGate& operator=(const OpenGate&) = delete;
 
-    /// Counts from here on whoever opens a path that begins so.
+    /// Counts from here on whoever opens a path that begins so; if it ends with a NUL, that path
+    /// alone.
     void watch(const QByteArray& start);
     /// The same, and makes them wait until it is opened, but for so many who come first. Nobody
     /// waits for longer than a test may.

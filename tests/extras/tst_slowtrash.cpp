@@ -114,6 +114,31 @@ private slots:
         QCOMPARE(files().read("left/a"), QByteArray("a"));
     }
 
+    /// What has been brought to another file system is there, whatever its trash still has to do.
+    void nobodyWaitsForATrashToForget()
+    {
+        const ScratchFolder data(ScratchFolder::Memory);
+        const ScratchFolder state;
+        qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
+        data.write("Trash/files/f/in", "content");
+        data.write("Trash/info/f.trashinfo",
+                   "[Trash Info]\nPath=" + QFile::encodeName(fixture_->left("f")) +
+                       "\nDeletionDate=2026-01-01T00:00:00\n");
+        follow({{rows(1),
+                 [this, &data] {
+                     // It is opened once before, to see that it has to be copied.
+                     gate_.shut(QFile::encodeName(data.path("Trash")) + '\0', 1);
+                     choosing('1')();
+                 }},
+                {isStuck(), stopAndAnswer()},
+                {rows(0), leave}});
+        CommandFixture::choose(CommandFixture::Trash);
+        QCOMPARE(shown_, QStringList("f"));
+        QCOMPARE(files().read("left/f/in"), QByteArray("content"));
+        QVERIFY(!data.exists("Trash/info/f.trashinfo"));
+    }
+
 private:
     QByteArray trash() const { return QFile::encodeName(data_->path("Trash")); }
 
