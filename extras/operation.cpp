@@ -48,11 +48,11 @@ public:
         std::unique_lock lock(shared_->mutex);
         return shared_->ended.wait_for(lock, most, [this] { return shared_->isDone; });
     }
-    /// When the slice is done its thread brings the job to its end. False if it is done already.
-    bool leave()
+    /// When the slice is done its thread does the rest, too. False if it is done already.
+    bool leave(const std::function<void(OperationJob&)>& rest)
     {
         const std::lock_guard lock(shared_->mutex);
-        shared_->isLeft = true;
+        shared_->rest = rest;
         return !shared_->isDone;
     }
 
@@ -63,7 +63,7 @@ private:
         std::mutex mutex;
         std::condition_variable ended;
         bool isDone = false;
-        bool isLeft = false;
+        std::function<void(OperationJob&)> rest; ///< if somebody has left it
     };
 
     static void run(Shared& shared)
@@ -73,10 +73,10 @@ private:
             const std::lock_guard lock(shared.mutex);
             shared.isDone = true;
             shared.ended.notify_all();
-            if (!shared.isLeft)
+            if (!shared.rest)
                 return;
         }
-        shared.job->runToEnd();
+        shared.rest(*shared.job);
     }
 
     std::shared_ptr<Shared> shared_;
@@ -116,6 +116,7 @@ public:
     std::optional<Slice> slice;
     std::optional<Clock::time_point> stopped;
     Milliseconds timeToStop = TimeToStop;
+    std::function<void()> lateEnd;
 };
 
 void Operation::Private::start(std::function<void(OperationJob&)> work)
@@ -144,8 +145,13 @@ bool Operation::Private::isOverdue() const
 /// its name when it is on the medium, and the journal stays until then.
 void Operation::Private::leave()
 {
-    if (!slice || !slice->leave())
-        Slice(job, [](OperationJob& left) { left.runToEnd(); });
+    const auto rest = [ended = lateEnd](OperationJob& left) {
+        left.runToEnd();
+        if (ended)
+            ended();
+    };
+    if (!slice || !slice->leave(rest))
+        Slice(job, rest);
     slice.reset();
     job.reset();
     view.state = State::Cancelled;
@@ -277,6 +283,11 @@ void Operation::stop(bool isForGood)
     own_->timeToStop = isForGood ? TimeToStop : TimeToInterrupt;
     own_->job->stop(isForGood ? OperationJob::Stop::ForGood : OperationJob::Stop::Interrupt);
     own_->obeyStop();
+}
+
+void Operation::setLateEnd(std::function<void()> ended)
+{
+    own_->lateEnd = std::move(ended);
 }
 
 OperationProgress Operation::progress() const

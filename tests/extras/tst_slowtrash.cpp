@@ -1,5 +1,6 @@
 // A trash on a medium that takes long to answer.
 
+#include "browser/filebrowserftab.h"
 #include "tests/extras/callfaults.h"
 #include "tests/extras/opengate.h"
 #include "tests/extras/trashcommandtest.h"
@@ -112,6 +113,23 @@ private slots:
         CommandFixture::choose(CommandFixture::Trash);
         QVERIFY(isShown);
         QCOMPARE(files().read("left/a"), QByteArray("a"));
+    }
+
+    void whatGoesToTheTrashAtLastIsListedNoMore()
+    {
+        fixture_->write(1, {"b"});
+        fixture_->panel(1)->setDir(fixture_->left(), 0);
+        {
+            CallFaults faults;
+            faults.hold(CallFaults::Call::Rename);
+            follow(
+                {{[&faults] { return operationBox() != nullptr && faults.isHolding(); }, leave}});
+            throwAway("b");
+            QVERIFY(faults.isHolding());
+            QCOMPARE(fixture_->program().rows(1), (QStringList{"..", "b"}));
+        }
+        QTRY_COMPARE(fixture_->program().rows(1), QStringList(".."));
+        QCOMPARE(trashed(), (QStringList{"a", "b"}));
     }
 
 private:
