@@ -72,6 +72,26 @@ private slots:
         QCOMPARE(fixture_->panel(2)->curFile, fixture_->right("z"));
     }
 
+    /// As when the program is killed meanwhile.
+    void theNextStartSaysThatItWasCancelled()
+    {
+        copyAndCancel();
+        const QString journal = "quarn/journals/" + journals().value(0);
+        const QByteArray notes = state_->read(journal);
+        faults_.reset();
+        QTRY_VERIFY(journals().isEmpty());
+        state_->write(journal, notes);
+        QStringList lines;
+        once(pageHasKeys, [&lines] {
+            lines = pageLines();
+            pressKey(PhoneKey::SoftRight);
+        });
+        window()->offerUnfinished();
+        QVERIFY(QFile::remove(state_->path(journal)));
+        QCOMPARE(lines.value(0), QString("Copying: f"));
+        QCOMPARE(lines.mid(2), QStringList("Was cancelled, not yet ended"));
+    }
+
     void aWindowThatIsGoneIsNotTold()
     {
         copyAndCancel();
