@@ -25,13 +25,26 @@ struct Work {
     std::mutex mutex;
     std::condition_variable ended;
     bool isDone = false;
+    std::function<void()> lateEnd; ///< set when it is left alone
 
     void go()
     {
         run(isStopped);
+        {
+            const std::lock_guard lock(mutex);
+            isDone = true;
+            ended.notify_all();
+        }
+        if (lateEnd)
+            lateEnd();
+    }
+    /// False if it is done already.
+    bool leave(std::function<void()> atEnd)
+    {
         const std::lock_guard lock(mutex);
-        isDone = true;
-        ended.notify_all();
+        if (!isDone)
+            lateEnd = std::move(atEnd);
+        return !isDone;
     }
     bool waitDone(int milliseconds)
     {
@@ -44,7 +57,7 @@ struct Work {
 } // namespace
 
 Aside runAside(const QString& title, std::function<void(const std::atomic<bool>& isStopped)> work,
-               const std::function<QStringList()>& lines)
+               const std::function<QStringList()>& lines, std::function<void()> lateEnd)
 {
     const auto shared = std::make_shared<Work>();
     shared->run = std::move(work);
@@ -64,5 +77,6 @@ Aside runAside(const QString& title, std::function<void(const std::atomic<bool>&
             lines))
         return Aside::Done;
     shared->isStopped = true;
-    return shared->waitDone(EndMs) ? Aside::Stopped : Aside::GoesOn;
+    return shared->waitDone(EndMs) || !shared->leave(std::move(lateEnd)) ? Aside::Stopped
+                                                                         : Aside::GoesOn;
 }

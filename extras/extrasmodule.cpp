@@ -1,5 +1,6 @@
 #include "extras/extrasmodule.h"
 
+#include "extras/lateends.h"
 #include "extras/operation.h"
 #include "extras/operationrun.h"
 #include "extras/operationtexts.h"
@@ -110,6 +111,12 @@ public:
             return false;
         const Working now;
         return showTrashScreen(encodedPath(folder), Trash::placesOfUser());
+    }
+
+    void setReceiver(QObject* receiver,
+                     const std::function<void(const QStringList& folders)>& changed) override
+    {
+        LateEnds::setReceiver(receiver, changed);
     }
 
 private:

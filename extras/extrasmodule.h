@@ -3,6 +3,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
+class QObject;
+
 /// What the module "extras" does for the main window. Its screens come up over the window, and its
 /// functions return when the user has left them; the event loop runs meanwhile. One runs at a time:
 /// called while another one does, a function does nothing.
@@ -35,6 +39,12 @@ public:
     /// Shows what is in the trash until the user leaves it. What nobody knows the place of can be
     /// restored to `folder`; not if that is empty. True when files elsewhere may have changed.
     virtual bool showTrash(const QString& folder) = 0;
+
+    /// What was cancelled may come to its end behind the scenes, when a function has returned: then
+    /// the event loop calls `changed` with the folders that it worked in, as long as the receiver
+    /// lives. There is one receiver.
+    virtual void setReceiver(QObject* receiver,
+                             const std::function<void(const QStringList& folders)>& changed) = 0;
 
 protected:
     ~ExtrasModule() = default;

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <fcntl.h>
+#include <mutex>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,6 +26,13 @@ bool makeFolders(const QByteArray& path)
            mkdir(path.constData(), 0700) == 0;
 }
 
+/// Who writes to a journal: a record must not come into the midst of another one.
+std::mutex& writing()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
 bool writeAll(int file, const QByteArray& bytes)
 {
     for (qsizetype put = 0; put < bytes.size();) {
@@ -36,6 +44,18 @@ bool writeAll(int file, const QByteArray& bytes)
         put += written;
     }
     return true;
+}
+
+/// All or nothing: what follows must not stand behind half a record.
+bool append(int file, const QByteArray& bytes)
+{
+    const off_t before = lseek(file, 0, SEEK_END);
+    if (writeAll(file, bytes))
+        return true;
+    const int error = errno;
+    static_cast<void>(!ftruncate(file, before));
+    errno = error;
+    return false;
 }
 
 qint64 now()
@@ -113,20 +133,38 @@ std::unique_ptr<Journal> Journal::resume(const QByteArray& path)
         errno = EBADMSG;
         return nullptr;
     }
+    bool isCancelled = false;
     while (reader.next(record)) {
+        if (record.type == JournalRecord::Type::Cancelled)
+            isCancelled = true;
+        else if (record.type == JournalRecord::Type::Resumed)
+            isCancelled = false;
     }
     const bool isDamaged = reader.isDamaged();
     if (ftruncate(file.get(), reader.offset()) != 0)
         return nullptr;
     std::unique_ptr<Journal> journal(new Journal(path, std::move(file)));
-    if (isDamaged) {
-        JournalRecord damage;
-        damage.type = JournalRecord::Type::Damage;
-        journal->add(damage);
-        if (!journal->flush())
-            return nullptr;
-    }
-    return journal;
+    const auto add = [&journal](JournalRecord::Type type) {
+        JournalRecord note;
+        note.type = type;
+        journal->add(note);
+    };
+    if (isDamaged)
+        add(JournalRecord::Type::Damage);
+    if (isCancelled)
+        add(JournalRecord::Type::Resumed);
+    return journal->flush() ? std::move(journal) : nullptr;
+}
+
+void Journal::note(const QByteArray& path, JournalRecord::Type type)
+{
+    const FileHandle file(open(path.constData(), O_WRONLY | O_CLOEXEC | O_APPEND | O_NOFOLLOW));
+    if (!file.isOpen())
+        return;
+    JournalRecord record;
+    record.type = type;
+    const std::lock_guard lock(writing());
+    static_cast<void>(append(file.get(), JournalReader::framed(record.toBytes())));
 }
 
 void Journal::add(const JournalRecord& record)
@@ -138,14 +176,9 @@ bool Journal::write()
 {
     if (waiting_.isEmpty())
         return true;
-    const off_t before = lseek(file_.get(), 0, SEEK_END);
-    if (!writeAll(file_.get(), waiting_)) {
-        // What follows must not stand behind half a record.
-        const int error = errno;
-        static_cast<void>(!ftruncate(file_.get(), before));
-        errno = error;
+    const std::lock_guard lock(writing());
+    if (!append(file_.get(), waiting_))
         return false;
-    }
     waiting_.clear();
     isFlushed_ = false;
     return true;

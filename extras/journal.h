@@ -19,8 +19,12 @@ public:
     static std::unique_ptr<Journal> begin(const OperationRequest& request,
                                           const QList<JournalRecord>& decisions);
     /// Goes on with one. Null, with errno set, if it is gone or another instance's (EWOULDBLOCK).
-    /// What cannot be read at its end is cut off; a damage leaves a record of itself.
+    /// What cannot be read at its end is cut off; a damage leaves a record of itself, and so does
+    /// that what was cancelled goes on.
     static std::unique_ptr<Journal> resume(const QByteArray& path);
+    /// Adds a record to one that somebody else is at work with, in this process, and does not wait
+    /// for the medium. Nothing if it is gone, or there is no room.
+    static void note(const QByteArray& path, JournalRecord::Type type);
 
     /// Full path.
     const QByteArray& path() const { return path_; }

@@ -34,6 +34,9 @@ JournalIndex::JournalIndex(int file) : reader_(file)
         case JournalRecord::Type::Damage:
             isDamaged_ = true;
             break;
+        case JournalRecord::Type::Cancelled:
+        case JournalRecord::Type::Resumed:
+            break;
         case JournalRecord::Type::Place:
             folders_.append(record);
             break;

@@ -100,6 +100,8 @@ QByteArray JournalRecord::toBytes() const
         stream << to << temporary;
         break;
     case Type::Damage:
+    case Type::Cancelled:
+    case Type::Resumed:
         break;
     case Type::Source:
     case Type::Place:
@@ -140,6 +142,8 @@ bool JournalRecord::fromBytes(const QByteArray& bytes)
         stream >> to >> temporary;
         break;
     case Type::Damage:
+    case Type::Cancelled:
+    case Type::Resumed:
         break;
     case Type::Source:
     case Type::Place:

@@ -22,7 +22,9 @@ struct JournalRecord {
         /// A folder that entries come from or go into, also written with the request: the one that
         /// `source` lies in, or the target, which has no number.
         Place,
-        Damage ///< what stood here, and behind it, could not be read
+        Damage,    ///< what stood here, and behind it, could not be read
+        Cancelled, ///< the user has called it off; it is being brought to its end
+        Resumed    ///< after that the user has had it finished or taken back
     };
 
     Type type = Type::Made;

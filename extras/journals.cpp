@@ -76,6 +76,10 @@ InterruptedOperation look(const QByteArray& path, int file)
         found.entriesMade += isEntry ? 1 : 0;
         found.replaced += isEntry && record.replaces ? 1 : 0;
         found.isDamagedInPart = found.isDamagedInPart || record.type == JournalRecord::Type::Damage;
+        if (record.type == JournalRecord::Type::Cancelled)
+            found.wasCancelled = true;
+        else if (record.type == JournalRecord::Type::Resumed)
+            found.wasCancelled = false;
     }
     found.isDamagedInPart = found.isDamagedInPart || reader.isDamaged();
     return found;

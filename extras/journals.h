@@ -20,6 +20,8 @@ struct InterruptedOperation {
     bool isOlder = false; ///< because an older version has written it in its own way
     /// Or a part behind that: what it told there is not known.
     bool isDamagedInPart = false;
+    /// The user had called it off, and the program ended before it was at its end.
+    bool wasCancelled = false;
     OperationRequest request;
     qint64 started = 0;     ///< nanoseconds since 1970
     qint64 entriesMade = 0; ///< how many entries it had made, renamed or was about to

@@ -1,5 +1,6 @@
 #include "extras/operation.h"
 
+#include "extras/journal.h"
 #include "extras/operationjob.h"
 
 #include <algorithm>
@@ -25,6 +26,32 @@ constexpr Milliseconds PatienceToBegin(300);
 /// What was stopped has so long to come to its end; an interrupted one is asked to hurry itself.
 constexpr Milliseconds TimeToStop(400);
 constexpr Milliseconds TimeToInterrupt(850);
+/// A journal is told of a cancel in that time; if it takes longer nobody waits for it.
+constexpr Milliseconds TimeToNote(150);
+
+/// For the next start, if the program ends before the operation does. The thread that works on it
+/// may come to nothing any more.
+void noteCancelled(const QByteArray& journal)
+{
+    struct Note {
+        std::mutex mutex;
+        std::condition_variable ended;
+        bool isDone = false;
+    };
+    const auto note = std::make_shared<Note>();
+    try {
+        std::thread([note, journal] {
+            Journal::note(journal, JournalRecord::Type::Cancelled);
+            const std::lock_guard lock(note->mutex);
+            note->isDone = true;
+            note->ended.notify_all();
+        }).detach();
+    } catch (const std::system_error&) {
+        return;
+    }
+    std::unique_lock lock(note->mutex);
+    note->ended.wait_for(lock, TimeToNote, [&note] { return note->isDone; });
+}
 
 /// Some work on a job in a thread of its own, which may hang in the system.
 class Slice
@@ -48,11 +75,11 @@ public:
         std::unique_lock lock(shared_->mutex);
         return shared_->ended.wait_for(lock, most, [this] { return shared_->isDone; });
     }
-    /// When the slice is done its thread brings the job to its end. False if it is done already.
-    bool leave()
+    /// When the slice is done its thread does the rest, too. False if it is done already.
+    bool leave(const std::function<void(OperationJob&)>& rest)
     {
         const std::lock_guard lock(shared_->mutex);
-        shared_->isLeft = true;
+        shared_->rest = rest;
         return !shared_->isDone;
     }
 
@@ -63,7 +90,7 @@ private:
         std::mutex mutex;
         std::condition_variable ended;
         bool isDone = false;
-        bool isLeft = false;
+        std::function<void(OperationJob&)> rest; ///< if somebody has left it
     };
 
     static void run(Shared& shared)
@@ -73,10 +100,10 @@ private:
             const std::lock_guard lock(shared.mutex);
             shared.isDone = true;
             shared.ended.notify_all();
-            if (!shared.isLeft)
+            if (!shared.rest)
                 return;
         }
-        shared.job->runToEnd();
+        shared.rest(*shared.job);
     }
 
     std::shared_ptr<Shared> shared_;
@@ -116,6 +143,9 @@ public:
     std::optional<Slice> slice;
     std::optional<Clock::time_point> stopped;
     Milliseconds timeToStop = TimeToStop;
+    std::function<void()> lateEnd;
+    bool takesBack = false;
+    bool isCalledOff = false; ///< the operation itself, for good
 };
 
 void Operation::Private::start(std::function<void(OperationJob&)> work)
@@ -144,8 +174,15 @@ bool Operation::Private::isOverdue() const
 /// its name when it is on the medium, and the journal stays until then.
 void Operation::Private::leave()
 {
-    if (!slice || !slice->leave())
-        Slice(job, [](OperationJob& left) { left.runToEnd(); });
+    if (isCalledOff && !view.journal.isEmpty())
+        noteCancelled(view.journal);
+    const auto rest = [ended = lateEnd](OperationJob& left) {
+        left.runToEnd();
+        if (ended)
+            ended();
+    };
+    if (!slice || !slice->leave(rest))
+        Slice(job, rest);
     slice.reset();
     job.reset();
     view.state = State::Cancelled;
@@ -194,8 +231,11 @@ std::unique_ptr<Operation> Operation::finish(const QByteArray& journal)
 std::unique_ptr<Operation> Operation::takeBack(const QByteArray& journal)
 {
     auto job = OperationJob::takeBack(journal);
-    return std::unique_ptr<Operation>(
-        job == nullptr ? nullptr : new Operation(std::make_unique<Private>(std::move(job))));
+    if (job == nullptr)
+        return nullptr;
+    auto own = std::make_unique<Private>(std::move(job));
+    own->takesBack = true;
+    return std::unique_ptr<Operation>(new Operation(std::move(own)));
 }
 
 Operation::State Operation::state() const
@@ -274,9 +314,15 @@ void Operation::stop(bool isForGood)
     if (hasEnded() || own_->stopped)
         return;
     own_->stopped = Clock::now();
+    own_->isCalledOff = isForGood && !own_->takesBack;
     own_->timeToStop = isForGood ? TimeToStop : TimeToInterrupt;
     own_->job->stop(isForGood ? OperationJob::Stop::ForGood : OperationJob::Stop::Interrupt);
     own_->obeyStop();
+}
+
+void Operation::setLateEnd(std::function<void()> ended)
+{
+    own_->lateEnd = std::move(ended);
 }
 
 OperationProgress Operation::progress() const

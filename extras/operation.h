@@ -2,6 +2,7 @@
 
 #include "extras/operationtypes.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -73,6 +74,10 @@ public:
     /// Like cancel(), but the journal stays, so that the next start offers to go on. What is to
     /// come into folders that were made may still come: they are as they are while one works.
     void interrupt();
+
+    /// What is called when that which went on behind the scenes is at its end: once, from a thread
+    /// of its own, when nothing more is changed. Not if all ended while this was stepped.
+    void setLateEnd(std::function<void()> ended);
 
     OperationProgress progress() const;
     /// What could not be done, the refused ones of the survey included.

@@ -3,7 +3,9 @@
 #include "extras/endsignals.h"
 #include "extras/entrypage.h"
 #include "extras/failurerows.h"
+#include "extras/foldercursor.h"
 #include "extras/journals.h"
+#include "extras/lateends.h"
 #include "extras/operationbox.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
@@ -40,6 +42,19 @@ QString deleteTitle(const OperationRequest& request, const SurveyResult& survey)
     return survey.folders > 0 ? LANG_DELETE_DIR : LANG_DELETE_FILE;
 }
 
+/// Those in which something comes or goes.
+QList<QByteArray> foldersOf(const OperationRequest& request)
+{
+    QList<QByteArray> folders;
+    if (request.kind != OperationKind::Delete)
+        folders.append(request.target);
+    if (request.kind != OperationKind::Copy) {
+        for (const QByteArray& source : request.sources)
+            folders.append(parentOf(source));
+    }
+    return folders;
+}
+
 /// The names of what goes and how much it is.
 QString deleteText(const OperationRequest& request, const SurveyResult& survey)
 {
@@ -54,6 +69,7 @@ OperationRun::OperationRun(std::unique_ptr<Operation> operation, const QString& 
     : operation_(std::move(operation)), title_(title), box_(std::make_unique<OperationBox>(title))
 {
     connect(box_.get(), &OperationBox::cancelled, this, &OperationRun::cancel);
+    operation_->setLateEnd(LateEnds::teller(foldersOf(operation_->request())));
 }
 
 OperationRun::~OperationRun() = default;

@@ -2,6 +2,8 @@
 
 #include "extras/aside.h"
 #include "extras/entrypage.h"
+#include "extras/foldercursor.h"
+#include "extras/lateends.h"
 #include "extras/operation.h"
 #include "extras/operationrun.h"
 #include "extras/operationtexts.h"
@@ -27,6 +29,14 @@ bool asked(const QString& title, const QString& text)
 {
     return textView->showText(title, text, Qt::AlignHCenter, QStringLiteral("res/img/delete.png"),
                               kWidget::Question) == 1;
+}
+
+QList<QByteArray> parentsOf(const QList<QByteArray>& paths)
+{
+    QList<QByteArray> folders;
+    for (const QByteArray& path : paths)
+        folders.append(parentOf(path));
+    return folders;
 }
 
 /// What has become of entries, and of those that are still to go. A thread of its own sees to that,
@@ -146,7 +156,8 @@ ExtrasModule::Outcome throwAwayEntries(const QList<QByteArray>& paths)
             return QStringList{filledText(texts.entries, QString::number(work->done()) +
                                                              QStringLiteral(" / ") +
                                                              QString::number(paths.size()))};
-        });
+        },
+        LateEnds::teller(parentsOf(paths)));
     if (!work->failures().isEmpty())
         tell(work->failures());
     const QStringList left = work->left();

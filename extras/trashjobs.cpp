@@ -1,6 +1,8 @@
 #include "extras/trashjobs.h"
 
 #include "extras/aside.h"
+#include "extras/foldercursor.h"
+#include "extras/lateends.h"
 #include "extras/operationtexts.h"
 #include "extras/safetexts.h"
 #include "extras/trashremoval.h"
@@ -121,7 +123,8 @@ Trash::Result restoreAside(const Trash& trash, const TrashEntry& entry, const QB
         [result, trash, entry, path, whenTaken](const std::atomic<bool>&) {
             *result = trash.restore(entry, path, whenTaken);
         },
-        [&entry] { return QStringList{formerNameText(entry)}; });
+        [&entry] { return QStringList{formerNameText(entry)}; },
+        LateEnds::teller({parentOf(path)}));
     return end == Aside::GoesOn ? Trash::Result() : *result;
 }
 

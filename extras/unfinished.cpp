@@ -60,6 +60,8 @@ QStringList linesFor(const InterruptedOperation& found)
                      filledText(texts.entries, QString::number(found.request.sources.size())));
     if (found.request.kind != OperationKind::Delete)
         lines.append(ZListRowPainter::visibleText(decodeName(found.request.target)));
+    if (found.wasCancelled)
+        lines.append(texts.wasCancelled);
     if (found.isDamagedInPart)
         lines.append(texts.damaged);
     if (found.replaced > 0 && found.canTakeBack)

@@ -10,6 +10,9 @@
 #include "widgets/errorbox.h"
 #include "widgets/kwidget.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace
 {
 
@@ -39,7 +42,40 @@ ExtrasModule* FM::extrasOrError()
     ExtrasModule* module = openExtras();
     if (module == nullptr)
         showError(extrasNeedRestart() ? LANG_UPGRADED : LANG_NO_EXTRAS);
+    else
+        hearOf(*module);
     return module;
+}
+
+void FM::hearOf(ExtrasModule& module)
+{
+    module.setReceiver(this, [this](const QStringList& folders) { changedLate(folders); });
+    connect(ZScreen::instance(), &ZScreen::softKeysChanged, this, &FM::relistChanged,
+            Qt::ConnectionType(Qt::QueuedConnection | Qt::UniqueConnection));
+}
+
+/// What the user has cancelled long since has come to its end.
+void FM::changedLate(const QStringList& folders)
+{
+    changedFolders_ += folders;
+    relistChanged();
+}
+
+/// Not under a question that was asked about the highlighted entry.
+void FM::relistChanged()
+{
+    if (changedFolders_.isEmpty() || !ZScreen::instance()->takesInput(this))
+        return;
+    const QStringList folders = std::exchange(changedFolders_, {});
+    for (const Page page : {Panel1, Panel2}) {
+        FileBrowserFtab* shown = panel(page);
+        const auto isShown = [shown](const QString& folder) {
+            return (shown->curPath + QLatin1Char('/'))
+                .startsWith(folder == QLatin1String("/") ? folder : folder + QLatin1Char('/'));
+        };
+        if (std::any_of(folders.begin(), folders.end(), isShown))
+            shown->relistByName({});
+    }
 }
 
 void FM::deleteSafely()
@@ -81,7 +117,10 @@ void FM::offerUnfinished()
 {
     const ZScreen::MainInputPause pause;
     ExtrasModule* module = openExtras();
-    if (module == nullptr || !module->offerUnfinished())
+    if (module == nullptr)
+        return;
+    hearOf(*module);
+    if (!module->offerUnfinished())
         return;
     for (const Page page : {Panel1, Panel2})
         panel(page)->relistByName({});

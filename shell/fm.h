@@ -186,6 +186,9 @@ private:
 
     // The same by the module "extras".
     ExtrasModule* extrasOrError();
+    void hearOf(ExtrasModule& module);
+    void changedLate(const QStringList& folders);
+    void relistChanged();
     void deleteSafely();
     void deleteToTrash();
     void pasteSafely(ExtrasModule::Kind kind, const QStringList& entries, const QString& folder);
@@ -199,6 +202,7 @@ private:
     bool modifierIsDown_ = false; ///< from a press that the window got until the release
     QPixmap aboutPicture_;        ///< null until the page is first seen
     QStringList aboutTexts_;
+    QStringList changedFolders_; ///< behind the scenes, and not listed since
     QCopChannel* channel_ = nullptr;
 };
 

@@ -13,7 +13,9 @@
 #include <QTest>
 
 #include <algorithm>
+#include <atomic>
 #include <linux/magic.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,6 +42,8 @@ private slots:
         makeFiles(places, files);
         const QByteArrayList before = withoutFolderTimes(wholeText(places.source()));
         Operation operation(places.request(kind, {"tree"}));
+        const auto ends = std::make_shared<std::atomic<int>>(0);
+        operation.setLateEnd([ends] { ++*ends; });
         begin(operation);
         QByteArrayList copied;
         {
@@ -57,10 +61,13 @@ private slots:
             // Until then a power cut finds a journal, which is nobody else's.
             QCOMPARE(places.journals().size(), qsizetype(1));
             QVERIFY(findJournals().isEmpty());
+            QCOMPARE(*ends, 0);
             copied = names(places.target());
         }
-        // What was copied whole is kept when the medium is ready, whoever still looks.
-        QTRY_COMPARE(places.journals(), QByteArrayList());
+        // What was copied whole is kept when the medium is ready, whoever still looks, and is told
+        // of.
+        QTRY_COMPARE(*ends, 1);
+        QCOMPARE(places.journals(), QByteArrayList());
         QCOMPARE(names(places.target()).size(), copied.size());
         QCOMPARE(readFile(places.target("tree/0")), QByteArray("0"));
         QVERIFY(isTidy(places));

@@ -7,8 +7,8 @@
 #include "platform/zmodule.h"
 #include "shell/fm.h"
 #include "shell/settings.h"
+#include "tests/extras/safecommandtest.h"
 #include "tests/extras/safescreens.h"
-#include "tests/fileops/commandtest.h"
 #include "tests/support/keys.h"
 #include "tests/support/later.h"
 #include "tests/support/oddnames.h"
@@ -43,32 +43,11 @@ void onPage(const std::function<void()>& action)
 } // namespace
 
 /// The commands on files as the module "extras" carries them out.
-class tst_SafeCommands : public CommandTest
+class tst_SafeCommands : public SafeCommandTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        // Where flushing costs nothing, however busy the disks are.
-        fixture_ = std::make_unique<CommandFixture>(ScratchFolder::Memory);
-        fixture_->log().setShell(CommandLog::quietShell);
-        extras.safe = true;
-        state_ = std::make_unique<ScratchFolder>(ScratchFolder::Memory);
-        qputenv("XDG_STATE_HOME", QFile::encodeName(state_->path()));
-        ZModule::setFolder(QByteArrayLiteral(QUARN_EXTRAS_MODULES));
-    }
-    void cleanup()
-    {
-        CommandTest::cleanup();
-        ZModule::setExecutable({});
-        QVERIFY(entryPage() == nullptr && operationBox() == nullptr);
-        // Nothing that has come to its end leaves anything to be finished.
-        QCOMPARE(QDir(state_->path("quarn/journals")).entryList(QDir::Files | QDir::Hidden),
-                 QStringList());
-        state_.reset();
-    }
-
     void withoutTheModuleNothingIsTouched()
     {
         ZModule::setFolder(QFile::encodeName(state_->path()));
@@ -535,9 +514,6 @@ private slots:
     }
 
 private:
-    const ScratchFolder& files() const { return fixture_->files(); }
-    FM* window() const { return fixture_->window(); }
-
     static QSet<QByteArray> namesIn(const QString& folder)
     {
         QSet<QByteArray> names;
@@ -548,8 +524,6 @@ private:
         }
         return names;
     }
-
-    std::unique_ptr<ScratchFolder> state_;
 };
 
 QUARN_TEST_MAIN(tst_SafeCommands)

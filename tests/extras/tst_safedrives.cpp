@@ -1,42 +1,23 @@
 // What a user is told of drives that cannot hold all.
 
 #include "platform/keymap.h"
-#include "platform/zmodule.h"
-#include "shell/settings.h"
 #include "tests/extras/callfaults.h"
+#include "tests/extras/safecommandtest.h"
 #include "tests/extras/safescreens.h"
-#include "tests/fileops/commandtest.h"
 #include "tests/support/keys.h"
 #include "tests/support/later.h"
 #include "tests/support/testmain.h"
 
-#include <QDir>
 #include <QFile>
 
 #include <cerrno>
 #include <sys/xattr.h>
 
-class tst_SafeDrives : public CommandTest
+class tst_SafeDrives : public SafeCommandTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        fixture_ = std::make_unique<CommandFixture>(ScratchFolder::Memory);
-        fixture_->log().setShell(CommandLog::quietShell);
-        extras.safe = true;
-        state_ = std::make_unique<ScratchFolder>(ScratchFolder::Memory);
-        qputenv("XDG_STATE_HOME", QFile::encodeName(state_->path()));
-        ZModule::setFolder(QByteArrayLiteral(QUARN_EXTRAS_MODULES));
-    }
-    void cleanup()
-    {
-        CommandTest::cleanup();
-        QVERIFY(entryPage() == nullptr);
-        state_.reset();
-    }
-
     void whatADriveDoesNotHoldIsOneRowAfterAMove()
     {
         fixture_->write(1, {"f/a", "f/b"});
@@ -61,9 +42,6 @@ private slots:
         QVERIFY(wasTold);
         QVERIFY(QFile::exists(fixture_->right("f/b")) && !QFile::exists(fixture_->left("f")));
     }
-
-private:
-    std::unique_ptr<ScratchFolder> state_;
 };
 
 QUARN_TEST_MAIN(tst_SafeDrives)

@@ -1,5 +1,6 @@
 // A trash on a medium that takes long to answer.
 
+#include "browser/filebrowserftab.h"
 #include "tests/extras/callfaults.h"
 #include "tests/extras/opengate.h"
 #include "tests/extras/trashcommandtest.h"
@@ -137,6 +138,23 @@ private slots:
         QCOMPARE(shown_, QStringList("f"));
         QCOMPARE(files().read("left/f/in"), QByteArray("content"));
         QVERIFY(!data.exists("Trash/info/f.trashinfo"));
+    }
+
+    void whatGoesToTheTrashAtLastIsListedNoMore()
+    {
+        fixture_->write(1, {"b"});
+        fixture_->panel(1)->setDir(fixture_->left(), 0);
+        {
+            CallFaults faults;
+            faults.hold(CallFaults::Call::Rename);
+            follow(
+                {{[&faults] { return operationBox() != nullptr && faults.isHolding(); }, leave}});
+            throwAway("b");
+            QVERIFY(faults.isHolding());
+            QCOMPARE(fixture_->program().rows(1), (QStringList{"..", "b"}));
+        }
+        QTRY_COMPARE(fixture_->program().rows(1), QStringList(".."));
+        QCOMPARE(trashed(), (QStringList{"a", "b"}));
     }
 
 private:

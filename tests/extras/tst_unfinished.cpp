@@ -29,9 +29,13 @@ JournalRecord made(const QByteArray& name, bool replaces)
     return record;
 }
 
+/// Short enough to be shown whole.
+constexpr char Target[] = "/there";
+
 /// The path of a journal that nobody works with. The second of its entries took another's place.
-QByteArray abandoned(const OperationRequest& request)
+QByteArray abandoned(OperationRequest request)
 {
+    request.target = Target;
     const auto journal = Journal::begin(request, {});
     journal->add(made("one", false));
     journal->add(made("two", true));
@@ -62,7 +66,6 @@ private slots:
         loadTexts(QString());
         main_ = showMainWidget();
         places_.emplace();
-        target_ = QString::fromLatin1(places_->target());
         lines_.clear();
         rows_.clear();
     }
@@ -98,7 +101,7 @@ private slots:
         // What is deleted has no target, and nothing of it can be taken back.
         const bool isDelete = kind == OperationKind::Delete;
         QCOMPARE(lines_.first(), isDelete ? QStringList{what}
-                                          : QStringList({what, target_, "Replaced for good: 1"}));
+                                          : QStringList({what, Target, "Replaced for good: 1"}));
         QCOMPARE(rows_.first().size(), isDelete ? 3 : 4);
         QCOMPARE(rows_.first().first(), Finish);
         QCOMPARE(rows_.first().filter("Take back").size(), isDelete ? 0 : 1);
@@ -110,8 +113,20 @@ private slots:
         damageInside(abandoned(places_->request(OperationKind::Copy, {"a"})));
         offerAndLeave();
         QCOMPARE(lines_.first(),
-                 (QStringList{"Copying: a", target_, "The notes on it are damaged"}));
+                 (QStringList{"Copying: a", Target, "The notes on it are damaged"}));
         QCOMPARE(rows_.first().first(), Finish);
+    }
+
+    void whatWasCancelledIsToldUntilItIsGoneOnWith()
+    {
+        const QByteArray path = abandoned(places_->request(OperationKind::Copy, {"a"}));
+        Journal::note(path, JournalRecord::Type::Cancelled);
+        offerAndLeave();
+        QCOMPARE(lines_.first(), (QStringList{"Copying: a", Target, "Was cancelled, not yet ended",
+                                              "Replaced for good: 1"}));
+        Journal::resume(path).reset();
+        offerAndLeave();
+        QCOMPARE(lines_.last(), (QStringList{"Copying: a", Target, "Replaced for good: 1"}));
     }
 
     void whatCannotBeReadCanOnlyBeForgotten_data()
@@ -186,7 +201,6 @@ private:
 
     std::unique_ptr<QWidget> main_;
     std::optional<OperationPlaces> places_;
-    QString target_;
     QList<QStringList> lines_;
     QList<QStringList> rows_;
 };

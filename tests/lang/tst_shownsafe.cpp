@@ -116,8 +116,8 @@ private slots:
                            texts.finishing, "2  " + texts.takeBack, texts.takeBackCopy,
                            texts.takeBackMove, texts.laterAsks, texts.forgetting,
                            filledText(texts.replacedStay, "12345")});
-        page.setLines({texts.damaged});
-        expectDrawn(page, {texts.damaged});
+        page.setLines({texts.wasCancelled, texts.damaged});
+        expectDrawn(page, {texts.wasCancelled, texts.damaged});
     }
 
 private:
