@@ -26,7 +26,7 @@ const std::shared_ptr<Hearer>& theHearer()
 
 void LateEnds::setReceiver(QObject* receiver, Changed changed)
 {
-    const std::shared_ptr<Hearer> hearer = theHearer();
+    const std::shared_ptr<Hearer>& hearer = theHearer();
     {
         const std::lock_guard lock(hearer->mutex);
         hearer->changed = std::move(changed);
