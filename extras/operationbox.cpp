@@ -2,6 +2,7 @@
 
 #include "lang/texts.h"
 #include "platform/keymap.h"
+#include "platform/zapplication.h"
 #include "widgets/boxparts.h"
 
 #include <QFontMetrics>
@@ -10,13 +11,16 @@
 
 #include <algorithm>
 
-OperationBox::OperationBox(const QString& title) : BoxFrame(title)
+OperationBox::OperationBox(const QString& title)
+    : BoxFrame(title), waitDepth_(ZApplication::waitDepth() + 1)
 {
     setObjectName(QStringLiteral("OperationBox"));
 }
 
 void OperationBox::showLines(const QStringList& lines, int percent)
 {
+    if (isHidden() && ZApplication::waitDepth() > waitDepth_)
+        return;
     // Programs that read the screen are told of each tenth, not of each block.
     constexpr int Tenth = 10;
     const bool isNews = isHidden() || percent / Tenth != percent_ / Tenth;

@@ -19,7 +19,8 @@ public:
     explicit OperationBox(const QString& title);
 
     /// Each line in its place, cut in its middle if it is too long; 0 to 100 percent, or less than
-    /// 0 for no bar. Shows the box.
+    /// 0 for no bar. Shows the box, but not over a question that was asked since whoever has the
+    /// box began to wait, whose keys it would keep away: then it comes up later.
     void showLines(const QStringList& lines, int percent);
 
     using BoxFrame::lines;
@@ -41,4 +42,5 @@ private:
     QString percentText() const;
 
     int percent_ = -1;
+    int waitDepth_; ///< where it may come up
 };

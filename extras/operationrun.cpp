@@ -85,9 +85,12 @@ bool OperationRun::advance()
 {
     begun_.start();
     QTimer timer;
-    connect(&timer, &QTimer::timeout, this, [this] {
-        if (!isBusy())
+    connect(&timer, &QTimer::timeout, this, [this, &timer] {
+        // It has ended under a question, which may stand for long.
+        if (!isBusy()) {
+            timer.stop();
             return;
+        }
         operation_->step(SliceMilliseconds);
         showProgress();
     });

@@ -27,8 +27,11 @@ bool runInSlices(const QString& title, const std::function<bool(int)>& step,
     begun.start();
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &box, [&] {
-        isDone = isDone || !step(SliceMs);
-        if (isDone || begun.elapsed() < ShowAfterMs ||
+        isDone = isDone || (!isStopped && !step(SliceMs));
+        // It may end under a question, which may stand for long.
+        if (isDone || isStopped)
+            timer.stop();
+        if (isDone || isStopped || begun.elapsed() < ShowAfterMs ||
             (refreshed.isValid() && refreshed.elapsed() < RefreshMs))
             return;
         refreshed.start();

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QEvent>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QSessionManager>
 
 #include <clocale>
@@ -19,6 +20,7 @@ namespace
 {
 
 bool quitting = false;
+int waits = 0;
 
 /// The toolkit keeps references to these for its whole life.
 struct Arguments {
@@ -197,12 +199,19 @@ void ZApplication::processEventsButInput()
 
 bool ZApplication::waitUntil(const std::function<bool()>& done)
 {
+    ++waits;
+    const auto atEnd = qScopeGuard([] { --waits; });
     while (!done()) {
         if (quitting)
             return false;
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
+}
+
+int ZApplication::waitDepth()
+{
+    return waits;
 }
 
 void ZApplication::slotRaise()

@@ -44,6 +44,8 @@ public:
     /// Handles events, sleeping while there are none, until `done` says so (returns true) or the
     /// application is asked to quit (returns false).
     static bool waitUntil(const std::function<bool()>& done);
+    /// How many waitUntil() are in progress, one within another.
+    static int waitDepth();
 
 signals:
     /// The program is asked to come to the front.

@@ -1,12 +1,18 @@
 #include "extras/operationbox.h"
+#include "extras/slices.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
+#include "platform/zapplication.h"
 #include "tests/support/keys.h"
+#include "tests/support/later.h"
 #include "tests/support/mainwidget.h"
 #include "tests/support/testmain.h"
 #include "widgets/boxparts.h"
 
+#include <QAbstractEventDispatcher>
+#include <QElapsedTimer>
 #include <QSignalSpy>
+#include <QTimer>
 
 #include <memory>
 
@@ -32,6 +38,49 @@ private slots:
         QVERIFY(box_->isHidden());
         box_->showLines({"a"}, 0);
         QVERIFY(ZScreen::instance()->active() == box_.get());
+    }
+
+    /// Else its answers would not get the keys any more.
+    void aQuestionThatWasAskedFirstStaysOnTop()
+    {
+        bool isUnder = false;
+        bool isOver = false;
+        once([] { return ZApplication::waitDepth() == 1; },
+             [&] {
+                 once([] { return ZApplication::waitDepth() == 2; },
+                      [&] {
+                          box_->showLines({"a"}, 0);
+                          isUnder = box_->isHidden();
+                          isOver = true;
+                      });
+                 ZApplication::waitUntil([&isOver] { return isOver; });
+                 box_->showLines({"a"}, 0);
+             });
+        ZApplication::waitUntil([this] { return box_->isVisible(); });
+        QVERIFY(isUnder);
+    }
+
+    void whatEndsUnderAQuestionKeepsNoProcessorBusy()
+    {
+        int turns = 0;
+        int steps = 0;
+        const auto ask = [&turns] {
+            QElapsedTimer since;
+            since.start();
+            QObject counter;
+            connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
+                    &counter, [&turns] { ++turns; });
+            QTimer::singleShot(200, &counter, [] {});
+            ZApplication::waitUntil([&since] { return since.elapsed() >= 200; });
+        };
+        const auto step = [&](int) {
+            if (++steps == 1)
+                QTimer::singleShot(0, this, ask);
+            return steps < 2;
+        };
+        QVERIFY(runInSlices("Working", step, [] { return QStringList(); }));
+        QCOMPARE(steps, 2);
+        QVERIFY2(turns < 100, qPrintable(QString::number(turns)));
     }
 
     void longNameIsCutInItsMiddle()
