@@ -131,7 +131,9 @@ class KeyboardCase:
         holder = client.active if self.display.manager else client.focus
         quarn.wait_until(lambda: holder() == program.window(),
                          "the keyboard to be the file manager's")
-        # It may still say that it starts the plugin, and then takes all keys.
+        # It may still say that it starts the plugin, and then takes all keys; behind a window that has
+        # just gone that is seen a moment later.
+        program.wait_stable()
         quarn.wait_until(lambda: not program.shows_box(), "the busy box to go")
 
     def assertListHasKeyboard(self, program, folder=None):
