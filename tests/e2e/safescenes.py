@@ -90,12 +90,11 @@ class Scenes:
 
     def show_progress(self, seen):
         self.gate.close()
-        panels = self.program.wait_stable().tobytes()
         self.paste("Shots")
         self.gate.step()
         quarn.wait_until((self.right / "Shots").exists, "some of the files")
         self.gate.wait_reached()
-        quarn.wait_until(lambda: self.program.screenshot().tobytes() != panels, "the progress")
+        quarn.wait_until(self.user.box, "the progress")
         seen(*MOVING)
         self.program.key("softright")
         self.program.wait_idle()
