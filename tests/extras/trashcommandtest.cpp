@@ -12,6 +12,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <utility>
+
 #include <fcntl.h>
 #include <sys/file.h>
 
@@ -83,11 +85,13 @@ bool TrashCommandTest::messageHasKeys()
     return textView->isUp() && ZScreen::instance()->isActive(textView);
 }
 
+/// Seen twice: at first what has asked may not have gone on yet, and would not hear what is wanted.
 std::function<bool()> TrashCommandTest::unasked(int answers)
 {
-    return [this, answers] {
-        return pageWithKeys() != nullptr && !textView->isWaiting() &&
-               fixture_->log().unused() == answers;
+    return [this, answers, wasSeen = std::make_shared<bool>(false)] {
+        const bool isSeen = pageWithKeys() != nullptr && !textView->isWaiting() &&
+                            fixture_->log().unused() == answers;
+        return std::exchange(*wasSeen, isSeen) && isSeen;
     };
 }
 
