@@ -94,7 +94,7 @@ class Scenes:
         self.gate.step()
         quarn.wait_until((self.right / "Shots").exists, "some of the files")
         self.gate.wait_reached()
-        quarn.wait_until(self.user.box, "the progress")
+        quarn.wait_until(self.program.shows_box, "the progress")
         seen(*MOVING)
         self.program.key("softright")
         self.program.wait_idle()

@@ -1,5 +1,4 @@
 #include "extras/operationbox.h"
-#include "extras/slices.h"
 #include "lang/texts.h"
 #include "platform/keymap.h"
 #include "platform/zapplication.h"
@@ -9,10 +8,7 @@
 #include "tests/support/testmain.h"
 #include "widgets/boxparts.h"
 
-#include <QAbstractEventDispatcher>
-#include <QElapsedTimer>
 #include <QSignalSpy>
-#include <QTimer>
 
 #include <memory>
 
@@ -58,29 +54,6 @@ private slots:
              });
         ZApplication::waitUntil([this] { return box_->isVisible(); });
         QVERIFY(isUnder);
-    }
-
-    void whatEndsUnderAQuestionKeepsNoProcessorBusy()
-    {
-        int turns = 0;
-        int steps = 0;
-        const auto ask = [&turns] {
-            QElapsedTimer since;
-            since.start();
-            QObject counter;
-            connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
-                    &counter, [&turns] { ++turns; });
-            QTimer::singleShot(200, &counter, [] {});
-            ZApplication::waitUntil([&since] { return since.elapsed() >= 200; });
-        };
-        const auto step = [&](int) {
-            if (++steps == 1)
-                QTimer::singleShot(0, this, ask);
-            return steps < 2;
-        };
-        QVERIFY(runInSlices("Working", step, [] { return QStringList(); }));
-        QCOMPARE(steps, 2);
-        QVERIFY2(turns < 100, qPrintable(QString::number(turns)));
     }
 
     void longNameIsCutInItsMiddle()
