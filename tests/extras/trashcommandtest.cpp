@@ -115,6 +115,15 @@ void TrashCommandTest::throwAway(const QString& name)
     CommandFixture::choose(CommandFixture::Delete);
 }
 
+void TrashCommandTest::putFolder(const ScratchFolder& data, const QString& path)
+{
+    const QString name = path.section(QLatin1Char('/'), -1);
+    data.write("Trash/files/" + name + "/in", "content");
+    data.write("Trash/info/" + name + ".trashinfo",
+               "[Trash Info]\nPath=" + QFile::encodeName(path) +
+                   "\nDeletionDate=2026-01-01T00:00:00\n");
+}
+
 QStringList TrashCommandTest::trashed() const
 {
     return QDir(data_->path("Trash/files"))

@@ -42,6 +42,9 @@ protected:
     FM* window() const { return fixture_->window(); }
     /// Deletes an entry of the left panel into the trash.
     void throwAway(const QString& name);
+    /// Puts a folder with a file "in" into the trash of a data folder, as if thrown away from
+    /// `path`.
+    static void putFolder(const ScratchFolder& data, const QString& path);
     /// The names in the trash.
     QStringList trashed() const;
 

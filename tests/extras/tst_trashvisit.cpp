@@ -158,10 +158,7 @@ private slots:
         const ScratchFolder state;
         qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
         qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
-        data.write("Trash/files/f/in", "content");
-        data.write("Trash/info/f.trashinfo",
-                   "[Trash Info]\nPath=" + QFile::encodeName(fixture_->left("gone/f")) +
-                       "\nDeletionDate=2026-01-01T00:00:00\n");
+        putFolder(data, fixture_->left("gone/f"));
         if (isTaken)
             files().write("left/gone/f", "other");
         fixture_->start();
