@@ -4,6 +4,7 @@
 #include "platform/zaccessible.h"
 #include "platform/zscreen.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QEvent>
 #include <QPointer>
@@ -199,8 +200,19 @@ void ZApplication::processEventsButInput()
 
 bool ZApplication::waitUntil(const std::function<bool()>& done)
 {
-    ++waits;
-    const auto atEnd = qScopeGuard([] { --waits; });
+    const int depth = ++waits;
+    // A plain dispatcher sends what was posted and sleeps in the same turn; what ends the wait may
+    // have been among that. Only the innermost wait is asked, since no other can go on.
+    QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
+    const auto asked = QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock,
+                                        dispatcher, [&done, depth, dispatcher] {
+                                            if (depth == waits && (quitting || done()))
+                                                dispatcher->interrupt();
+                                        });
+    const auto atEnd = qScopeGuard([&asked] {
+        --waits;
+        QObject::disconnect(asked);
+    });
     while (!done()) {
         if (quitting)
             return false;

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QScopeGuard>
 #include <QSessionManager>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -290,6 +291,42 @@ private slots:
         thread->start();
         QVERIFY(ZApplication::waitUntil([&done] { return done; }));
         QVERIFY(thread->wait());
+    }
+
+    void waitingIsEndedByWhatWasPosted_data()
+    {
+        QTest::addColumn<QByteArray>("withoutGLib");
+        QTest::newRow("default") << QByteArray();
+        QTest::newRow("plain dispatcher") << QByteArray("1");
+    }
+
+    /// Nothing but the messages themselves wakes the waits; the last one is ended by the end of the
+    /// program.
+    void waitingIsEndedByWhatWasPosted()
+    {
+        QFETCH(QByteArray, withoutGLib);
+        const auto restore =
+            qScopeGuard([was = qgetenv("QT_NO_GLIB")] { qputenv("QT_NO_GLIB", was); });
+        qputenv("QT_NO_GLIB", withoutGLib);
+        QStringList log;
+        Recorder application("any", log);
+        bool isLate = false;
+        QTimer::singleShot(20000, &application, [&isLate] { isLate = true; });
+        const auto post = [&application](auto&& message) {
+            QMetaObject::invokeMethod(&application, message, Qt::QueuedConnection);
+        };
+        bool inner = false;
+        bool outer = false;
+        post([&] {
+            post([&inner] { inner = true; });
+            QVERIFY(ZApplication::waitUntil([&inner] { return inner; }));
+            outer = true;
+        });
+        QVERIFY(ZApplication::waitUntil([&outer] { return outer; }));
+        QVERIFY(!isLate);
+        post(&ZApplication::quit);
+        QVERIFY(!ZApplication::waitUntil([] { return false; }));
+        QVERIFY(!isLate);
     }
 
     void hiddenProgramGoesOn()
