@@ -7,7 +7,9 @@
 
 #include <QTemporaryDir>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <memory>
 #include <string>
@@ -169,6 +171,21 @@ void benchDelete(const std::string& folder)
     printRow("safe delete of 100,000 files", ours, "ms", "rm -rf", tool);
 }
 
+/// Gives every file of a tree of makeTree() a second name elsewhere.
+void linkAll(const std::string& path, const std::string& elsewhere, int folders, int files)
+{
+    mkdir(elsewhere.c_str(), 0755);
+    for (int folder = 0; folder < folders; ++folder) {
+        const std::string inner = "/folder" + std::to_string(folder);
+        mkdir((elsewhere + inner).c_str(), 0755);
+        for (int file = 0; file < files; ++file) {
+            const std::string name = inner + "/file" + std::to_string(file);
+            if (link((path + name).c_str(), (elsewhere + name).c_str()) != 0)
+                qFatal("link: %s", std::strerror(errno));
+        }
+    }
+}
+
 /// Where files cost no disk, since there are a million of them.
 void benchMemory(const std::string& folder)
 {
@@ -180,6 +197,10 @@ void benchMemory(const std::string& folder)
     const double few = run(OperationKind::Copy, folder + "/few", target);
     const double many = run(OperationKind::Copy, folder + "/many", target);
     printRow("memory of a copy of 1,000,000 entries", many, "MiB", "of 10,000", few);
+    runTool("rm -rf '" + target + "/many'");
+    linkAll(folder + "/many", folder + "/other", 1000, 1000);
+    const double linked = run(OperationKind::Copy, folder + "/many", target);
+    printRow("memory of the same with second names elsewhere", linked, "MiB", "without", many);
     const double deleted = run(OperationKind::Delete, folder + "/many", {});
     printRow("memory of a delete of 1,000,000 entries", deleted, "MiB", "of 10,000", few);
 }

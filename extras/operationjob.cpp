@@ -219,6 +219,7 @@ void OperationJob::run(int milliseconds)
         survey_ = surveyor_->result();
     if (surveyor_ != nullptr && state_ != State::Surveying) {
         work_.marks = surveyor_->marks();
+        work_.linked = surveyor_->linked();
         surveyor_.reset();
     }
     if (state_ == State::Working && estimate_ != nullptr)

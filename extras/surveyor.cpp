@@ -144,7 +144,9 @@ bool Surveyor::isWhole(const QByteArray& name)
                                work_.fullTarget(below(*joined, name)), factsOf(info),
                                factsOf(there)});
     if (work_.request.kind == OperationKind::Move && info.st_dev == target_->device() && !joins) {
-        // It is only renamed, with all that is in it.
+        // It is only renamed, with all that is in it. If that should fail, what is in it is not
+        // known.
+        linked_.reset();
         ++result_.entries;
         result_.folders += S_ISDIR(info.st_mode) ? 1 : 0;
         return false;
@@ -163,7 +165,12 @@ bool Surveyor::isFirstName()
     const struct stat& info = walk_->info();
     if (info.st_nlink < 2 || (writes() && !target_->limits().keepsLinks))
         return true;
-    return seen_.insert(EntryIdentity::of(info));
+    const EntryIdentity identity = EntryIdentity::of(info);
+    if (seen_.insert(identity))
+        return true;
+    if (linked_)
+        linked_->insert(identity);
+    return false;
 }
 
 void Surveyor::count()

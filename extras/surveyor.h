@@ -25,6 +25,9 @@ public:
     const SurveyResult& result() const { return result_; }
     /// What each source was, by its place among them.
     const QHash<int, EntryMark>& marks() const { return marks_; }
+    /// Files of which it has met more than one name, where the target can have such; nothing if it
+    /// has not looked into all there is.
+    const std::optional<InodeSet>& linked() const { return linked_; }
 
 private:
     /// A folder on the way, and the one in the target that its contents would join.
@@ -56,6 +59,7 @@ private:
     int source_ = -1;
     std::unique_ptr<TreeWalk> walk_;
     std::vector<Level> levels_;
-    InodeSet seen_; ///< files with several names
+    InodeSet seen_; ///< files with several names, here or elsewhere
+    std::optional<InodeSet> linked_ = InodeSet();
     bool hasBegun_ = false;
 };

@@ -12,6 +12,7 @@ Transfer::Transfer(Work& work, JournalIndex* earlier)
       target_(work.request.target, work.temporaryPrefix),
       batch_(work, target_)
 {
+    links_.expect(std::move(work.linked));
     for (int source = 0; source < int(work.request.sources.size()); ++source) {
         if (!work.isUsable(source))
             continue;

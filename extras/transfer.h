@@ -3,11 +3,10 @@
 #include "extras/batch.h"
 #include "extras/filecopy.h"
 #include "extras/journalindex.h"
+#include "extras/linkedfiles.h"
 #include "extras/removal.h"
 #include "extras/treewalk.h"
 #include "extras/work.h"
-
-#include <QHash>
 
 #include <deque>
 #include <memory>
@@ -57,16 +56,6 @@ private:
         struct stat facts = {};
         QByteArray accessList; ///< that it gets at the end
     };
-    /// Where a file with several names is.
-    struct Linked {
-        QByteArray to;
-        QByteArray workFolder;
-        QByteArray temporary;
-        quint64 serial = 0;
-        qint64 size = 0;
-        qint64 modified = 0;
-        EntryMark made;
-    };
     enum class Verdict { Free, Joins, Out, Ask, Later };
 
     // transfer.cpp: what is done in which order
@@ -106,8 +95,8 @@ private:
     bool keepsEnough(const Kept& kept);
     void startFile(const BatchItem& item, int folder);
     void stepFile();
-    std::optional<Linked> linkedFor(const struct stat& info);
-    QHash<EntryIdentity, Linked>::const_iterator linkedEarlier(const EntryIdentity& identity);
+    std::optional<LinkedFiles::Place> linkedFor(const struct stat& info);
+    std::optional<LinkedFiles::Place> linkedEarlier(const struct stat& info);
     void keep(BatchItem item);
     void makeKnown(Level& level);
 
@@ -123,7 +112,7 @@ private:
     std::unique_ptr<FileCopy> copy_;
     std::optional<BatchItem> copied_; ///< what copy_ makes
     std::unique_ptr<Removal> removal_;
-    QHash<EntryIdentity, Linked> links_;
+    LinkedFiles links_;
     Conflict question_;
     bool isHeld_ = false; ///< the entry that the walk is at has no place yet
     bool isAsking_ = false;

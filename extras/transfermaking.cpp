@@ -98,36 +98,24 @@ bool Transfer::makeLink(BatchItem& item)
     return true;
 }
 
-std::optional<Transfer::Linked> Transfer::linkedFor(const struct stat& info)
+std::optional<LinkedFiles::Place> Transfer::linkedFor(const struct stat& info)
 {
-    const bool hasEarlier = earlier_ != nullptr && !earlier_->linked().isEmpty();
-    // Of a file that is moved name by name the last one is its only one.
-    if (!S_ISREG(info.st_mode) || (links_.isEmpty() && !hasEarlier))
-        return std::nullopt;
-    const EntryIdentity identity = EntryIdentity::of(info);
-    auto found = links_.constFind(identity);
-    if (earlier_ != nullptr && found == links_.constEnd())
-        found = linkedEarlier(identity);
-    // Another file may have got its number meanwhile.
-    if (found == links_.constEnd() || found->size != info.st_size ||
-        found->modified != nanoseconds(info.st_mtim))
-        return std::nullopt;
-    return *found;
+    if (const LinkedFiles::Place* place = links_.find(info))
+        return *place;
+    return earlier_ == nullptr || !S_ISREG(info.st_mode) ? std::nullopt : linkedEarlier(info);
 }
 
-/// What an earlier run has made of a file with several names, if it is still there.
-QHash<EntryIdentity, Transfer::Linked>::const_iterator
-Transfer::linkedEarlier(const EntryIdentity& identity)
+/// Where an earlier run has made a file with several names, if it is still there.
+std::optional<LinkedFiles::Place> Transfer::linkedEarlier(const struct stat& info)
 {
-    for (const qint64 place : earlier_->linked().value(identity.inode)) {
+    for (const qint64 place : earlier_->linked().value(info.st_ino)) {
         const JournalRecord record = earlier_->at(place);
         struct stat made = {};
-        if (isAt(record, made))
-            return links_.insert(
-                identity,
-                {record.to, {}, {}, 0, record.size, record.modified, EntryMark::of(made)});
+        if (record.size == info.st_size && record.modified == nanoseconds(info.st_mtim) &&
+            isAt(record, made))
+            return LinkedFiles::Place{record.to, {}, {}, 0, EntryMark::of(made)};
     }
-    return links_.constEnd();
+    return std::nullopt;
 }
 
 /// Links, pipes, sockets and devices.
@@ -223,9 +211,6 @@ void Transfer::stepFile()
 void Transfer::keep(BatchItem item)
 {
     item.dropsSource = work_.request.kind == OperationKind::Move;
-    if (S_ISREG(item.facts.st_mode) && item.facts.st_nlink > 1)
-        links_.insert(EntryIdentity::of(item.facts),
-                      {item.to, item.workFolder, item.temporary, batch_.serial(),
-                       item.facts.st_size, nanoseconds(item.facts.st_mtim), item.mark});
+    links_.add(item.facts, {item.to, item.workFolder, item.temporary, batch_.serial(), item.mark});
     batch_.add(std::move(item));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "extras/foldercursor.h"
+#include "extras/inodeset.h"
 #include "extras/journal.h"
 #include "extras/metadata.h"
 #include "extras/operationtypes.h"
@@ -31,6 +32,8 @@ struct Work {
     OperationRequest request;
     Decisions decisions;
     QHash<int, EntryMark> marks; ///< what the sources were when they were looked at
+    /// Files with more than one name among the sources, if that was looked at.
+    std::optional<InodeSet> linked;
     OperationProgress progress;
     unsigned lacks = 0; ///< each Lack that was met
     Listed<Failure> failures;

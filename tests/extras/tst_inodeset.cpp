@@ -12,8 +12,10 @@ private slots:
         for (const EntryIdentity entry :
              {EntryIdentity{1, 1}, EntryIdentity{1, 2}, EntryIdentity{2, 1}, EntryIdentity{1, 65},
               EntryIdentity{1, quint64(1) << 63}, EntryIdentity{0, 0}}) {
+            QVERIFY(!set.contains(entry));
             QVERIFY(set.insert(entry));
             QVERIFY(!set.insert(entry));
+            QVERIFY(set.contains(entry));
         }
         QVERIFY(set.insert({2, 2}));
     }
